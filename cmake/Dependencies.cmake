@@ -1,0 +1,14 @@
+# Everything the product links, in one place. Versions are the floor that Debian 12 offers.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
+find_package(QCoro6 0.8 REQUIRED COMPONENTS Core)
+find_package(simdjson 3.0 REQUIRED)
+find_package(tl-expected 1.0 REQUIRED)
+find_package(ICU 72 REQUIRED COMPONENTS uc i18n)
+find_package(Boost 1.74 REQUIRED)
+find_package(Threads REQUIRED)
+
+if(ORBITLEDGE_TESTS)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
+endif()
+
+set(CMAKE_AUTOMOC OFF)

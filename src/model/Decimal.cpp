@@ -1,0 +1,404 @@
+#include "model/Decimal.h"
+
+#include <boost/multiprecision/cpp_int.hpp>
+
+#include <algorithm>
+#include <array>
+
+namespace orbitledge {
+
+namespace {
+
+__extension__ using Significand = unsigned __int128;
+
+constexpr Significand largestSignificand = ~Significand{0};
+
+// Wide enough for a significand moved by the whole span of exponents (128 bits and 255 digits).
+using Wide = boost::multiprecision::number<boost::multiprecision::cpp_int_backend<1024, 1024,
+    boost::multiprecision::unsigned_magnitude, boost::multiprecision::unchecked, void>>;
+
+constexpr int powersOfTen = 39;
+
+constexpr std::array<Significand, powersOfTen> makePowers()
+{
+    std::array<Significand, powersOfTen> powers{};
+    Significand power = 1;
+    for (Significand &entry : powers) {
+        entry = power;
+        power *= 10;
+    }
+    return powers;
+}
+
+constexpr std::array<Significand, powersOfTen> powers = makePowers();
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+Wide widePower(int exponent)
+{
+    return boost::multiprecision::pow(Wide(10), static_cast<unsigned>(exponent));
+}
+
+int digitCount(const Wide &value)
+{
+    return value == 0 ? 1 : static_cast<int>(value.str().size());
+}
+
+/// Drops the last `count` digits, half-even; `inexact` says that something non-zero was cut off before.
+Wide withoutDigits(const Wide &value, int count, bool inexact)
+{
+    const Wide unit = widePower(count);
+    Wide quotient;
+    Wide remainder;
+    boost::multiprecision::divide_qr(value, unit, quotient, remainder);
+    const int half = Wide(remainder * 2).compare(unit);
+    const bool odd = boost::multiprecision::bit_test(quotient, 0);
+    if (half > 0 || (half == 0 && (inexact || odd)))
+        ++quotient;
+    return quotient;
+}
+
+/// Gathers digits from left to right, exactly while they fit, with what rounding needs to know after.
+class DigitCollector {
+public:
+    void push(int digit)
+    {
+        if (m_dropped > 0) {
+            m_sticky = m_sticky || digit != 0;
+            ++m_dropped;
+            return;
+        }
+        // Zeros wait until a digit follows, so that the significand never ends in one.
+        if (digit == 0) {
+            if (m_significand != 0)
+                ++m_waitingZeros;
+            return;
+        }
+        while (m_waitingZeros > 0) {
+            if (m_significand > largestSignificand / 10) {
+                drop(0, m_waitingZeros + 1);
+                m_sticky = true;
+                return;
+            }
+            m_significand *= 10;
+            --m_waitingZeros;
+        }
+        Significand next = 0;
+        if (__builtin_mul_overflow(m_significand, Significand{10}, &next)
+            || __builtin_add_overflow(next, static_cast<Significand>(digit), &next)) {
+            drop(digit, 1);
+            return;
+        }
+        m_significand = next;
+    }
+
+    /// The significand, rounded where digits were dropped; `shift` is added to the exponent.
+    Significand finish(qint64 &shift)
+    {
+        shift = m_waitingZeros + m_dropped;
+        if (m_dropped == 0)
+            return m_significand;
+        if (m_significand >= powers[Decimal::guaranteedDigits]) {
+            m_sticky = m_sticky || m_firstDropped != 0;
+            m_firstDropped = static_cast<int>(m_significand % 10);
+            m_significand /= 10;
+            ++shift;
+        }
+        const bool odd = (m_significand & 1) != 0;
+        if (m_firstDropped > 5 || (m_firstDropped == 5 && (m_sticky || odd)))
+            ++m_significand;
+        return m_significand;
+    }
+
+private:
+    void drop(int first, qint64 count)
+    {
+        m_firstDropped = first;
+        m_dropped = count;
+        m_waitingZeros = 0;
+    }
+
+    Significand m_significand = 0;
+    qint64 m_waitingZeros = 0;
+    qint64 m_dropped = 0;
+    int m_firstDropped = 0;
+    bool m_sticky = false;
+};
+
+} // namespace
+
+/// The significand as one number, and the ways back to the canonical form.
+struct Decimal::Access {
+    static Significand significand(const Decimal &value)
+    {
+        return (Significand{value.m_high} << 64) | value.m_low;
+    }
+
+    /// The canonical value: trailing zeros are taken off as far as the exponent's range allows.
+    static Decimal canonical(bool negative, Significand significand, int exponent)
+    {
+        while (significand > std::numeric_limits<quint64>::max() && significand % 10 == 0
+            && exponent < maximumExponent) {
+            significand /= 10;
+            ++exponent;
+        }
+        // Most amounts fit 64 bits, where a remainder costs a tenth.
+        if (significand <= std::numeric_limits<quint64>::max()) {
+            auto narrow = static_cast<quint64>(significand);
+            while (narrow != 0 && narrow % 10 == 0 && exponent < maximumExponent) {
+                narrow /= 10;
+                ++exponent;
+            }
+            significand = narrow;
+        }
+        if (exponent < minimumExponent || exponent > maximumExponent)
+            return withinRange(negative, significand, exponent);
+        return raw(negative, significand, exponent);
+    }
+
+    static Decimal fromWide(bool negative, const Wide &value, int exponent, bool inexact = false)
+    {
+        if (!inexact && value <= Wide(largestSignificand))
+            return canonical(negative, static_cast<Significand>(value), exponent);
+        const int surplus = std::max(0, digitCount(value) - guaranteedDigits);
+        const Wide rounded = surplus > 0 ? withoutDigits(value, surplus, inexact) : value;
+        return canonical(negative, static_cast<Significand>(rounded), exponent + surplus);
+    }
+
+    static tl::expected<Decimal, ParseError> scan(std::string_view text, bool json);
+
+private:
+    static Decimal raw(bool negative, Significand significand, int exponent)
+    {
+        Decimal result;
+        if (significand == 0)
+            return result;
+        result.m_high = static_cast<quint64>(significand >> 64);
+        result.m_low = static_cast<quint64>(significand);
+        result.m_exponent = static_cast<qint16>(exponent);
+        result.m_negative = negative;
+        return result;
+    }
+
+    static Decimal withinRange(bool negative, Significand significand, int exponent)
+    {
+        if (significand == 0)
+            return {};
+        for (; exponent > maximumExponent; --exponent) {
+            if (__builtin_mul_overflow(significand, Significand{10}, &significand))
+                return raw(negative, largestSignificand, maximumExponent);
+        }
+        if (exponent == maximumExponent)
+            return raw(negative, significand, exponent);
+        const int surplus = minimumExponent - exponent;
+        const Wide rounded = withoutDigits(Wide(significand), surplus, false);
+        return canonical(negative, static_cast<Significand>(rounded), minimumExponent);
+    }
+};
+
+Decimal::Decimal(qint64 value)
+{
+    const auto bits = static_cast<quint64>(value);
+    *this = Access::canonical(value < 0, value < 0 ? quint64{0} - bits : bits, 0);
+}
+
+tl::expected<Decimal, Decimal::ParseError> Decimal::Access::scan(std::string_view text, bool json)
+{
+    const auto malformed = tl::make_unexpected(ParseError::Malformed);
+    const char *at = text.data();
+    const char *const end = at + text.size();
+
+    bool negative = false;
+    if (at != end && (*at == '-' || (!json && *at == '+')))
+        negative = *at++ == '-';
+
+    DigitCollector digits;
+    const char *const integerStart = at;
+    while (at != end && isDigit(*at))
+        digits.push(*at++ - '0');
+    const auto integerDigits = at - integerStart;
+    if (json && (integerDigits == 0 || (*integerStart == '0' && integerDigits > 1)))
+        return malformed;
+
+    qint64 fractionDigits = 0;
+    if (at != end && *at == '.') {
+        const char *const fractionStart = ++at;
+        while (at != end && isDigit(*at))
+            digits.push(*at++ - '0');
+        fractionDigits = at - fractionStart;
+        if (json && fractionDigits == 0)
+            return malformed;
+    }
+    if (integerDigits + fractionDigits == 0)
+        return malformed;
+
+    qint64 written = 0;
+    if (at != end && (*at == 'e' || *at == 'E')) {
+        ++at;
+        bool negativeExponent = false;
+        if (at != end && (*at == '-' || *at == '+'))
+            negativeExponent = *at++ == '-';
+        if (at == end || !isDigit(*at))
+            return malformed;
+        // Far beyond any text that fits in memory, and far from overflowing.
+        constexpr qint64 ceiling = qint64{1} << 40;
+        while (at != end && isDigit(*at))
+            written = std::min(ceiling, written * 10 + (*at++ - '0'));
+        if (negativeExponent)
+            written = -written;
+    }
+    if (at != end)
+        return malformed;
+
+    qint64 shift = 0;
+    const Significand significand = digits.finish(shift);
+    // A zero has no digits to place: only an exponent that someone wrote can be out of range.
+    const qint64 exponent = significand == 0 ? written : written - fractionDigits + shift;
+    if (exponent < minimumExponent || exponent > maximumExponent)
+        return tl::make_unexpected(ParseError::ExponentOutOfRange);
+    return canonical(negative, significand, static_cast<int>(exponent));
+}
+
+tl::expected<Decimal, Decimal::ParseError> Decimal::fromJsonNumber(std::string_view text)
+{
+    return Access::scan(text, true);
+}
+
+tl::expected<Decimal, Decimal::ParseError> Decimal::fromText(std::string_view text)
+{
+    return Access::scan(text, false);
+}
+
+std::string Decimal::toAscii() const
+{
+    if (isZero())
+        return "0";
+    std::array<char, powersOfTen> reversed{};
+    std::size_t count = 0;
+    for (Significand rest = Access::significand(*this); rest != 0; rest /= 10)
+        reversed[count++] = static_cast<char>('0' + static_cast<int>(rest % 10));
+
+    std::string text(m_negative ? "-" : "");
+    const auto appendDigits = [&](std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i > to; --i)
+            text.push_back(reversed[i - 1]);
+    };
+    if (m_exponent >= 0) {
+        appendDigits(count, 0);
+        text.append(static_cast<std::size_t>(m_exponent), '0');
+        return text;
+    }
+    const auto fraction = static_cast<std::size_t>(-m_exponent);
+    if (count > fraction) {
+        appendDigits(count, fraction);
+        text.push_back('.');
+    } else {
+        text.append("0.").append(fraction - count, '0');
+    }
+    appendDigits(std::min(count, fraction), 0);
+    return text;
+}
+
+std::optional<qint64> Decimal::toInteger() const
+{
+    if (m_exponent < 0 || m_exponent > 18)
+        return std::nullopt;
+    Significand magnitude = 0;
+    const Significand power = powers[static_cast<std::size_t>(m_exponent)];
+    if (__builtin_mul_overflow(Access::significand(*this), power, &magnitude))
+        return std::nullopt;
+    constexpr Significand limit = static_cast<quint64>(std::numeric_limits<qint64>::max());
+    if (magnitude > limit + (m_negative ? 1 : 0))
+        return std::nullopt;
+    const auto bits = static_cast<quint64>(magnitude);
+    return static_cast<qint64>(m_negative ? quint64{0} - bits : bits);
+}
+
+Decimal Decimal::operator-() const
+{
+    Decimal result = *this;
+    result.m_negative = !m_negative && !isZero();
+    return result;
+}
+
+Decimal operator+(const Decimal &left, const Decimal &right)
+{
+    using Access = Decimal::Access;
+    if (left.isZero())
+        return right;
+    if (right.isZero())
+        return left;
+
+    const bool leftIsFiner = left.m_exponent <= right.m_exponent;
+    const Decimal &fine = leftIsFiner ? left : right;
+    const Decimal &coarse = leftIsFiner ? right : left;
+    const int gap = coarse.m_exponent - fine.m_exponent;
+    const Significand a = Access::significand(fine);
+
+    Significand b = 0;
+    if (gap < powersOfTen
+        && !__builtin_mul_overflow(Access::significand(coarse), powers[static_cast<std::size_t>(gap)], &b)) {
+        if (fine.m_negative != coarse.m_negative) {
+            return a >= b ? Access::canonical(fine.m_negative, a - b, fine.m_exponent)
+                          : Access::canonical(coarse.m_negative, b - a, fine.m_exponent);
+        }
+        Significand sum = 0;
+        if (!__builtin_add_overflow(a, b, &sum))
+            return Access::canonical(fine.m_negative, sum, fine.m_exponent);
+    }
+
+    const Wide wideFine(a);
+    const Wide wideCoarse = Wide(Access::significand(coarse)) * widePower(gap);
+    if (fine.m_negative == coarse.m_negative)
+        return Access::fromWide(fine.m_negative, Wide(wideFine + wideCoarse), fine.m_exponent);
+    return wideFine >= wideCoarse
+        ? Access::fromWide(fine.m_negative, Wide(wideFine - wideCoarse), fine.m_exponent)
+        : Access::fromWide(coarse.m_negative, Wide(wideCoarse - wideFine), fine.m_exponent);
+}
+
+Decimal operator*(const Decimal &left, const Decimal &right)
+{
+    using Access = Decimal::Access;
+    const Significand a = Access::significand(left);
+    const Significand b = Access::significand(right);
+    const bool negative = left.m_negative != right.m_negative;
+    const int exponent = left.m_exponent + right.m_exponent;
+    Significand product = 0;
+    if (!__builtin_mul_overflow(a, b, &product))
+        return Access::canonical(negative, product, exponent);
+    return Access::fromWide(negative, Wide(Wide(a) * Wide(b)), exponent);
+}
+
+Decimal Decimal::dividedBy(quint32 divisor) const
+{
+    Q_ASSERT(divisor != 0);
+    const Significand significand = Access::significand(*this);
+    if (significand % divisor == 0)
+        return Access::canonical(m_negative, significand / divisor, m_exponent);
+    // Ten digits for the divisor's own and one to round by, beyond those that the result keeps.
+    constexpr int extraDigits = guaranteedDigits + 11;
+    const Wide scaled = Wide(significand) * widePower(extraDigits);
+    Wide quotient;
+    Wide remainder;
+    boost::multiprecision::divide_qr(scaled, Wide(divisor), quotient, remainder);
+    return Access::fromWide(m_negative, quotient, m_exponent - extraDigits, remainder != 0);
+}
+
+std::strong_ordering operator<=>(const Decimal &left, const Decimal &right)
+{
+    const auto signOf = [](const Decimal &value) { return value.isZero() ? 0 : (value.m_negative ? -1 : 1); };
+    if (const auto order = signOf(left) <=> signOf(right); order != 0)
+        return order;
+    // Compared whole and not by a difference, which could round two distinct numbers to zero.
+    const int least = std::min(left.m_exponent, right.m_exponent);
+    const auto aligned = [least](const Decimal &value) {
+        return Wide(Wide(Decimal::Access::significand(value)) * widePower(value.m_exponent - least));
+    };
+    const int magnitude = aligned(left).compare(aligned(right));
+    return (left.m_negative ? -magnitude : magnitude) <=> 0;
+}
+
+} // namespace orbitledge

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+#include <algorithm>
+#include <string_view>
+
+namespace orbitledge::json {
+
+inline QString fromUtf8(std::string_view utf8)
+{
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+/// Whether a text that came out of unescaping holds half a surrogate pair, written as if it were a
+/// character of its own (ED A0 80 to ED BF BF, which UTF-8 excludes, RFC 3629, section 3).
+inline bool holdsSurrogate(std::string_view text)
+{
+    for (auto at = text.find('\xED'); at != std::string_view::npos; at = text.find('\xED', at + 1)) {
+        if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) >= 0xA0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace orbitledge::json
