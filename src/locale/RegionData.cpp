@@ -1,0 +1,21 @@
+#include "locale/RegionData.h"
+
+#include "locale/IcuText.h"
+
+#include <unicode/calendar.h>
+
+#include <memory>
+
+namespace orbitledge {
+
+int firstWeekdayNumber(const Locale &locale)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    // The zone plays no part in the answer; naming one spares ICU the search for the machine's.
+    const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(
+        icu::TimeZone::getGMT()->clone(), icu::Locale(locale.dates.constData()), status));
+    const auto weekday = U_SUCCESS(status) ? calendar->getFirstDayOfWeek(status) : UCAL_MONDAY;
+    return U_SUCCESS(status) ? weekday : UCAL_MONDAY;
+}
+
+} // namespace orbitledge

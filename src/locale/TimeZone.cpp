@@ -1,0 +1,201 @@
+#include "locale/TimeZone.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTimeZone>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 hour = qint64{3600} * 1000;
+constexpr qint64 day = 24 * hour;
+
+// No zone was ever further from UTC, nor moved its clocks further at once.
+constexpr qint64 largestOffset = 26 * hour;
+
+/// A stretch of time with one offset: from `start` up to `end`.
+struct Period {
+    qint64 start;
+    qint64 end;
+    qint64 offset;
+};
+
+QDateTime utc(qint64 milliseconds)
+{
+    return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
+}
+
+bool isInDatabase(const QByteArray &id)
+{
+    // The toolkit would also take a POSIX rule ("FOO+3") for a name, and a path that leaves the folder.
+    static const QRegularExpression name(u"\\A[A-Za-z0-9_+-]+(/[A-Za-z0-9_+-]+)*\\z"_s);
+    if (!name.match(QString::fromLatin1(id)).hasMatch() || id.startsWith("right/"))
+        return false;
+    const QByteArray folder
+        = qEnvironmentVariableIsSet("TZDIR") ? qgetenv("TZDIR") : "/usr/share/zoneinfo"_ba;
+    return QFileInfo(QString::fromLocal8Bit(folder + '/' + id)).isFile();
+}
+
+} // namespace
+
+/// The zone's periods: those of the years that a program meets in a table, all others from the toolkit,
+/// which works them out anew, and slowly, each time it is asked.
+class TimeZone::Rules {
+public:
+    explicit Rules(QTimeZone zone)
+        : m_zone(std::move(zone))
+    {
+        appendPeriods(m_periods, tableStart, tableEnd);
+    }
+
+    const QTimeZone &zone() const { return m_zone; }
+
+    qint64 offsetAt(qint64 milliseconds) const
+    {
+        if (milliseconds >= tableStart && milliseconds < tableEnd)
+            return tablePeriod(milliseconds)->offset;
+        return offsetFromToolkit(milliseconds);
+    }
+
+    /// Calls `visit(period, next)` for the periods that touch [from, to], in their order, until it returns
+    /// true; `next` is null at the last.
+    template <typename Visit> void visitPeriods(qint64 from, qint64 to, Visit visit) const
+    {
+        if (from >= tableStart && to < tableEnd) {
+            const Period *period = tablePeriod(from);
+            const Period *const last = tablePeriod(to);
+            while (!visit(*period, period == last ? nullptr : period + 1) && period != last)
+                ++period;
+            return;
+        }
+        std::vector<Period> periods;
+        appendPeriods(periods, from, to + 1);
+        for (std::size_t i = 0; i < periods.size(); ++i) {
+            if (visit(periods[i], i + 1 < periods.size() ? &periods[i + 1] : nullptr))
+                return;
+        }
+    }
+
+private:
+    static constexpr qint64 tableStart = -2208988800000; // 1900-01-01
+    static constexpr qint64 tableEnd = 4102444800000; // 2100-01-01
+
+    qint64 offsetFromToolkit(qint64 milliseconds) const
+    {
+        return qint64{m_zone.offsetFromUtc(utc(milliseconds))} * 1000;
+    }
+
+    void appendPeriods(std::vector<Period> &periods, qint64 from, qint64 to) const
+    {
+        periods.push_back({from, to, offsetFromToolkit(from)});
+        for (const QTimeZone::OffsetData &transition : m_zone.transitions(utc(from), utc(to))) {
+            const qint64 at = transition.atUtc.toMSecsSinceEpoch();
+            const qint64 offset = qint64{transition.offsetFromUtc} * 1000;
+            // A change of name alone, or of the part that is called daylight saving, moves no clock.
+            if (at <= from || at >= to || offset == periods.back().offset)
+                continue;
+            periods.back().end = at;
+            periods.push_back({at, to, offset});
+        }
+    }
+
+    const Period *tablePeriod(qint64 milliseconds) const
+    {
+        const auto next = std::ranges::upper_bound(m_periods, milliseconds, {}, &Period::start);
+        return &*std::prev(next);
+    }
+
+    QTimeZone m_zone;
+    std::vector<Period> m_periods;
+};
+
+TimeZone::TimeZone(std::shared_ptr<const Rules> rules)
+    : m_rules(std::move(rules))
+{
+}
+
+std::optional<TimeZone> TimeZone::named(const QByteArray &id)
+{
+    if (!isInDatabase(id))
+        return std::nullopt;
+    QTimeZone zone(id);
+    if (!zone.isValid())
+        return std::nullopt;
+    return TimeZone(std::make_shared<const Rules>(std::move(zone)));
+}
+
+TimeZone TimeZone::system()
+{
+    QTimeZone zone(QTimeZone::systemTimeZoneId());
+    if (!zone.isValid())
+        zone = QTimeZone::utc();
+    return TimeZone(std::make_shared<const Rules>(std::move(zone)));
+}
+
+QByteArray TimeZone::id() const
+{
+    return m_rules->zone().id();
+}
+
+qint64 TimeZone::offsetMilliseconds(Instant instant) const
+{
+    return m_rules->offsetAt(instant.millisecondsSinceEpoch());
+}
+
+qint64 TimeZone::wallClock(Instant instant) const
+{
+    return instant.millisecondsSinceEpoch() + offsetMilliseconds(instant);
+}
+
+namespace {
+
+/// What stands for a wall time: the first instant that shows it, or what follows from the gap it fell in.
+struct Resolution {
+    qint64 instant = 0;
+    /// The first instant after the gap; absent where the wall time exists.
+    std::optional<qint64> gapEnd;
+};
+
+template <typename Rules> Resolution resolve(const Rules &rules, qint64 wallClock)
+{
+    Resolution result;
+    bool inGap = false;
+    rules.visitPeriods(
+        wallClock - largestOffset, wallClock + largestOffset, [&](const Period &period, const Period *next) {
+            const qint64 instant = wallClock - period.offset;
+            if (instant >= period.start && instant < period.end) {
+                result = {instant, std::nullopt};
+                return true;
+            }
+            if (!inGap && next != nullptr && instant >= period.end
+                && wallClock - next->offset < next->start) {
+                inGap = true;
+                result = {instant, period.end};
+            }
+            return false;
+        });
+    return result;
+}
+
+} // namespace
+
+Instant TimeZone::instantAt(qint64 wallClock) const
+{
+    return Instant::fromMillisecondsSinceEpoch(resolve(*m_rules, wallClock).instant);
+}
+
+Instant TimeZone::startOfDay(qint64 days) const
+{
+    const Resolution midnight = resolve(*m_rules, days * day);
+    return Instant::fromMillisecondsSinceEpoch(midnight.gapEnd.value_or(midnight.instant));
+}
+
+} // namespace orbitledge
