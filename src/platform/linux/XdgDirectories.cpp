@@ -1,0 +1,54 @@
+#include "platform/linux/XdgDirectories.h"
+
+#include <vector>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace orbitledge {
+
+XdgDirectories::XdgDirectories(std::function<QByteArray(const char *)> variable)
+    : m_variable(std::move(variable))
+{
+}
+
+std::optional<std::filesystem::path> XdgDirectories::absolutePath(const char *name) const
+{
+    std::filesystem::path path(m_variable(name).toStdString());
+    if (!path.is_absolute())
+        return std::nullopt;
+    return path;
+}
+
+std::optional<std::filesystem::path> XdgDirectories::home() const
+{
+    if (auto fromVariable = absolutePath("HOME"))
+        return fromVariable;
+    constexpr std::size_t bufferSize = 16384;
+    std::vector<char> buffer(bufferSize);
+    passwd entry{};
+    passwd *found = nullptr;
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr)
+        return std::nullopt;
+    std::filesystem::path path(found->pw_dir);
+    if (!path.is_absolute())
+        return std::nullopt;
+    return path;
+}
+
+std::optional<std::filesystem::path> XdgDirectories::data() const
+{
+    if (auto fromVariable = absolutePath("XDG_DATA_HOME"))
+        return fromVariable;
+    const auto folder = home();
+    if (!folder)
+        return std::nullopt;
+    return *folder / ".local" / "share";
+}
+
+std::filesystem::path XdgDirectories::temporary() const
+{
+    return absolutePath("TMPDIR").value_or("/tmp");
+}
+
+} // namespace orbitledge

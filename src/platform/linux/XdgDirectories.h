@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/UserDirectories.h"
+
+#include <QByteArray>
+
+#include <functional>
+
+namespace orbitledge {
+
+/// The places of the XDG Base Directory Specification. A variable that is not an absolute path counts as
+/// not set, as that specification asks; the home folder is $HOME, or else the one of the user database.
+class XdgDirectories final : public UserDirectories {
+public:
+    explicit XdgDirectories(std::function<QByteArray(const char *)> variable);
+
+    [[nodiscard]] std::optional<std::filesystem::path> data() const override;
+    [[nodiscard]] std::filesystem::path temporary() const override;
+
+private:
+    [[nodiscard]] std::optional<std::filesystem::path> absolutePath(const char *name) const;
+    [[nodiscard]] std::optional<std::filesystem::path> home() const;
+
+    std::function<QByteArray(const char *)> m_variable;
+};
+
+} // namespace orbitledge
