@@ -1,14 +1,14 @@
 #include "platform/linux/PosixFileStore.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <utility>
-
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
 
 namespace orbitledge {
 
@@ -22,7 +22,8 @@ constexpr qsizetype parserPadding = 64;
 
 tl::unexpected<FileError> failure(int code)
 {
-    FileError error{.kind = FileError::Kind::Other, .errorDescription = QString::fromLocal8Bit(strerror(code))};
+    FileError error{
+        .kind = FileError::Kind::Other, .errorDescription = QString::fromLocal8Bit(strerror(code))};
     switch (code) {
     case ENOENT:
         error.kind = FileError::Kind::NotFound;
@@ -43,7 +44,7 @@ tl::unexpected<FileError> failure(int code)
 }
 
 /// Repeats a call that a signal interrupted.
-template<typename Call> auto uninterrupted(Call call)
+template <typename Call> auto uninterrupted(Call call)
 {
     auto result = call();
     while (result < 0 && errno == EINTR)
@@ -75,7 +76,28 @@ private:
     int m_descriptor;
 };
 
-bool writeAll(int descriptor, const QByteArray &content)
+/// mkdir -p with folders that only their owner may enter; those that exist stay as they are.
+bool createFolders(const std::filesystem::path &folder)
+{
+    std::filesystem::path reached;
+    for (const auto &part : folder) {
+        reached /= part;
+        if (::mkdir(reached.c_str(), privateFolder) == 0 || errno == EEXIST)
+            continue;
+        // On the way to a folder of ours there may be some that we must not write to, or cannot.
+        struct stat status{};
+        const int reason = errno;
+        if (::stat(reached.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+            errno = reason;
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool PosixFileStore::writeDescriptor(int descriptor, const QByteArray &content)
 {
     qsizetype written = 0;
     while (written < content.size()) {
@@ -90,30 +112,9 @@ bool writeAll(int descriptor, const QByteArray &content)
     return true;
 }
 
-/// mkdir -p with folders that only their owner may enter; those that exist stay as they are.
-bool createFolders(const std::filesystem::path &folder)
-{
-    std::filesystem::path reached;
-    for (const auto &part : folder) {
-        reached /= part;
-        if (::mkdir(reached.c_str(), privateFolder) == 0 || errno == EEXIST)
-            continue;
-        // On the way to a folder of ours there may be some that we must not write to, or cannot.
-        struct stat status { };
-        const int reason = errno;
-        if (::stat(reached.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-            errno = reason;
-            return false;
-        }
-    }
-    return true;
-}
-
-} // namespace
-
 tl::expected<QByteArray, FileError> PosixFileStore::readDescriptor(int descriptor)
 {
-    struct stat status { };
+    struct stat status{};
     if (::fstat(descriptor, &status) != 0)
         return failure(errno);
     const auto tooLarge = [] {
@@ -148,7 +149,8 @@ tl::expected<QByteArray, FileError> PosixFileStore::readDescriptor(int descripto
 
 tl::expected<QByteArray, FileError> PosixFileStore::read(const std::filesystem::path &path)
 {
-    const Descriptor file(uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
+    const Descriptor file(
+        uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
     if (!file)
         return failure(errno);
     return readDescriptor(file.get());
@@ -184,7 +186,7 @@ tl::expected<void, FileError> PosixFileStore::replace(
     }));
     if (!file)
         return failure(errno);
-    if (!writeAll(file.get(), content) || ::fsync(file.get()) != 0 || !file.close())
+    if (!writeDescriptor(file.get(), content) || ::fsync(file.get()) != 0 || !file.close())
         return fail();
     if (::renameat(directory.get(), fresh.c_str(), directory.get(), target.c_str()) != 0)
         return fail();

@@ -16,6 +16,9 @@ public:
 
     /// Everything up to the end of what is already open, within the same bounds as `read`.
     static tl::expected<QByteArray, FileError> readDescriptor(int descriptor);
+
+    /// Writes all of it to what is already open; false with errno set where that fails.
+    static bool writeDescriptor(int descriptor, const QByteArray &content);
 };
 
 } // namespace orbitledge

@@ -1,0 +1,34 @@
+#include "cli/CommandLine.h"
+
+#include "BuildInfo.h"
+#include "cli/HelpTexts.h"
+#include "cli/TimelineCommand.h"
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+
+ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &environment)
+{
+    if (words.empty()) {
+        reportError(environment, u"a command is missing, \"orbitledge --help\" lists them"_s);
+        return ExitCode::Usage;
+    }
+    const QByteArray &command = words.front();
+    if (command == "timeline")
+        return runTimeline(words.subspan(1), environment);
+
+    const auto print = [&environment](const QString &text) {
+        return writeText(environment, text) ? ExitCode::Success : ExitCode::Failure;
+    };
+    if (command == "--help" || command == "-h")
+        return print(generalHelp());
+    if (command == "--version")
+        return print(u"orbitledge %1\n"_s.arg(QLatin1StringView(build::version)));
+    reportError(environment,
+        u"the command \"%1\" is not known, \"orbitledge --help\" lists them"_s.arg(
+            QString::fromUtf8(command)));
+    return ExitCode::Usage;
+}
+
+} // namespace orbitledge
