@@ -159,12 +159,21 @@ struct Decimal::Access {
         return raw(negative, significand, exponent);
     }
 
-    static Decimal fromWide(bool negative, const Wide &value, int exponent, bool inexact = false)
+    static Decimal fromWide(bool negative, Wide value, int exponent, bool inexact = false)
     {
-        if (!inexact && value <= Wide(largestSignificand))
-            return canonical(negative, static_cast<Significand>(value), exponent);
-        const int surplus = std::max(0, digitCount(value) - guaranteedDigits);
-        const Wide rounded = surplus > 0 ? withoutDigits(value, surplus, inexact) : value;
+        if (!inexact) {
+            // Zeros at the end are no digits to keep: without them the value may fit as it is.
+            while (value > Wide(largestSignificand) && value % 10 == 0) {
+                value /= 10;
+                ++exponent;
+            }
+            if (value <= Wide(largestSignificand))
+                return canonical(negative, static_cast<Significand>(value), exponent);
+        }
+        // Rounded once, at whichever limit comes first: rounding again at the least exponent would make
+        // ties of numbers that are none.
+        const int surplus = std::max({0, digitCount(value) - guaranteedDigits, minimumExponent - exponent});
+        const Wide rounded = withoutDigits(value, surplus, inexact);
         return canonical(negative, static_cast<Significand>(rounded), exponent + surplus);
     }
 
