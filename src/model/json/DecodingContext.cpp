@@ -159,8 +159,12 @@ bool readText(Value &value, DecodingContext &context, std::string_view &text)
     if (raw.size() < 2 || raw.front() != '"' || raw.back() != '"')
         return context.failTypeMismatch("a string"_L1, raw);
     text = raw.substr(1, raw.size() - 2);
-    if (text.find('\\') == std::string_view::npos)
-        return true; // the indexer has already checked encoding and control characters
+    if (text.find('\\') == std::string_view::npos) {
+        // The indexer has already checked encoding and control characters. The value must still be taken:
+        // the parser passes over one that was not as if a colon might follow it.
+        const error_code code = value.get_raw_json_string().error();
+        return code == simdjson::SUCCESS || context.failMalformed(code);
+    }
     if (const error_code code = value.get_string().get(text); code != simdjson::SUCCESS)
         return context.failMalformed(code);
     if (holdsSurrogate(text))
