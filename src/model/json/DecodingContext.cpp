@@ -252,11 +252,13 @@ std::optional<DecodingError> readDocument(
     if (json.size() > largestDocument)
         return malformed(u"it is larger than 1 GiB"_s);
     constexpr qsizetype padding = simdjson::SIMDJSON_PADDING;
-    if (json.capacity() - json.size() < padding)
+    // The capacity counts the room in front too, which a buffer has once its start was cut off.
+    const auto roomFromStart = [&json] { return json.capacity() - json.data_ptr().freeSpaceAtBegin(); };
+    if (roomFromStart() - json.size() < padding)
         json.reserve(json.size() + padding);
 
     const auto size = static_cast<std::size_t>(json.size());
-    const auto room = static_cast<std::size_t>(json.capacity());
+    const auto room = static_cast<std::size_t>(roomFromStart());
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     const std::string_view all(json.constData(), size);
     const std::size_t start = all.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
