@@ -192,10 +192,11 @@ bool enterArray(Value &value, DecodingContext &context, simdjson::ondemand::arra
 
 bool skipValue(Value &value, DecodingContext &context, int depth)
 {
-    if (depth > maximumDepth)
-        return context.failMalformed(simdjson::DEPTH_ERROR);
     const std::string_view raw = token(value);
-    switch (typeOf(raw)) {
+    const TokenType type = typeOf(raw);
+    if (depth >= maximumDepth && (type == TokenType::Array || type == TokenType::Object))
+        return context.failMalformed(simdjson::DEPTH_ERROR);
+    switch (type) {
     case TokenType::Null:
     case TokenType::Boolean:
     case TokenType::Number:
