@@ -17,8 +17,8 @@ template <typename T> void member(JsonWriter &writer, std::string_view key, cons
 void write(JsonWriter &writer, const TimelineEntry &entry)
 {
     writer.beginObject();
-    member(writer, "id", entry.subscription.id);
-    member(writer, "name", entry.subscription.name);
+    member(writer, "id", entry.subscription->id);
+    member(writer, "name", entry.subscription->name);
     if (entry.daysUntilRenewal)
         member(writer, "daysUntilRenewal", *entry.daysUntilRenewal);
     writer.endObject();

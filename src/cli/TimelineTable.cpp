@@ -187,7 +187,7 @@ private:
 
     Row row(const TimelineEntry &entry, bool isInactive)
     {
-        const Subscription &subscription = entry.subscription;
+        const Subscription &subscription = *entry.subscription;
         return {
             .date = m_dates.monthAndDay(subscription.nextBillingDate),
             .name = printable(subscription.name),

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace orbitledge {
 
@@ -13,9 +14,15 @@ __extension__ using Significand = unsigned __int128;
 
 constexpr Significand largestSignificand = ~Significand{0};
 
-// Wide enough for a significand moved by the whole span of exponents (128 bits and 255 digits).
-using Wide = boost::multiprecision::number<boost::multiprecision::cpp_int_backend<1024, 1024,
+template <unsigned Bits>
+using Integer = boost::multiprecision::number<boost::multiprecision::cpp_int_backend<Bits, Bits,
     boost::multiprecision::unsigned_magnitude, boost::multiprecision::unchecked, void>>;
+
+// Wide enough for a product of two significands, or for a sum of two that lie up to 38 digits apart.
+using Double = Integer<256>;
+
+// Wide enough for a significand moved by the whole span of exponents (128 bits and 255 digits).
+using Wide = Integer<1024>;
 
 constexpr int powersOfTen = 39;
 
@@ -37,24 +44,46 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-Wide widePower(int exponent)
+/// The powers of ten that the type can hold.
+template <typename Number> const std::vector<Number> &wholePowers()
 {
-    return boost::multiprecision::pow(Wide(10), static_cast<unsigned>(exponent));
+    static const auto table = [] {
+        std::vector<Number> entries;
+        const Number limit = std::numeric_limits<Number>::max() / 10;
+        for (Number power = 1;; power *= 10) {
+            entries.push_back(power);
+            if (power > limit)
+                return entries;
+        }
+    }();
+    return table;
 }
 
-int digitCount(const Wide &value)
+template <typename Number> const Number &wholePower(int exponent)
 {
-    return value == 0 ? 1 : static_cast<int>(value.str().size());
+    return wholePowers<Number>()[static_cast<std::size_t>(exponent)];
+}
+
+template <typename Number> int digitCount(const Number &value)
+{
+    if (value == 0)
+        return 1;
+    // log10(2), rounded down so that the estimate is right or one too small.
+    const int estimate = static_cast<int>(boost::multiprecision::msb(value) * 30102 / 100000);
+    return value >= wholePower<Number>(estimate + 1) ? estimate + 2 : estimate + 1;
 }
 
 /// Drops the last `count` digits, half-even; `inexact` says that something non-zero was cut off before.
-Wide withoutDigits(const Wide &value, int count, bool inexact)
+template <typename Number> Number withoutDigits(const Number &value, int count, bool inexact)
 {
-    const Wide unit = widePower(count);
-    Wide quotient;
-    Wide remainder;
+    // Less than half of the unit; of one that the type cannot hold, every value is.
+    if (count > digitCount(value) || static_cast<std::size_t>(count) >= wholePowers<Number>().size())
+        return 0;
+    const Number &unit = wholePower<Number>(count);
+    Number quotient;
+    Number remainder;
     boost::multiprecision::divide_qr(value, unit, quotient, remainder);
-    const int half = Wide(remainder * 2).compare(unit);
+    const int half = remainder.compare(Number(unit - remainder));
     const bool odd = boost::multiprecision::bit_test(quotient, 0);
     if (half > 0 || (half == 0 && (inexact || odd)))
         ++quotient;
@@ -159,22 +188,42 @@ struct Decimal::Access {
         return raw(negative, significand, exponent);
     }
 
-    static Decimal fromWide(bool negative, Wide value, int exponent, bool inexact = false)
+    template <typename Number>
+    static Decimal fromInteger(bool negative, Number value, int exponent, bool inexact = false)
     {
         if (!inexact) {
             // Zeros at the end are no digits to keep: without them the value may fit as it is.
-            while (value > Wide(largestSignificand) && value % 10 == 0) {
+            while (value > Number(largestSignificand) && value % 10 == 0) {
                 value /= 10;
                 ++exponent;
             }
-            if (value <= Wide(largestSignificand))
+            if (value <= Number(largestSignificand))
                 return canonical(negative, static_cast<Significand>(value), exponent);
         }
         // Rounded once, at whichever limit comes first: rounding again at the least exponent would make
         // ties of numbers that are none.
         const int surplus = std::max({0, digitCount(value) - guaranteedDigits, minimumExponent - exponent});
-        const Wide rounded = withoutDigits(value, surplus, inexact);
+        const Number rounded = withoutDigits(value, surplus, inexact);
         return canonical(negative, static_cast<Significand>(rounded), exponent + surplus);
+    }
+
+    /// Two significands of which the second counts in units that are 10^gap times larger.
+    struct Operands {
+        Significand fine;
+        Significand coarse;
+        int gap;
+        int exponent;
+    };
+
+    template <typename Number>
+    static Decimal sum(bool fineIsNegative, bool coarseIsNegative, const Operands &operands)
+    {
+        const Number fine(operands.fine);
+        const Number coarse = Number(operands.coarse) * wholePower<Number>(operands.gap);
+        if (fineIsNegative == coarseIsNegative)
+            return fromInteger(fineIsNegative, Number(fine + coarse), operands.exponent);
+        return fine >= coarse ? fromInteger(fineIsNegative, Number(fine - coarse), operands.exponent)
+                              : fromInteger(coarseIsNegative, Number(coarse - fine), operands.exponent);
     }
 
     static tl::expected<Decimal, ParseError> scan(std::string_view text, bool json);
@@ -203,7 +252,7 @@ private:
         if (exponent == maximumExponent)
             return raw(negative, significand, exponent);
         const int surplus = minimumExponent - exponent;
-        const Wide rounded = withoutDigits(Wide(significand), surplus, false);
+        const Double rounded = withoutDigits(Double(significand), surplus, false);
         return canonical(negative, static_cast<Significand>(rounded), minimumExponent);
     }
 };
@@ -359,13 +408,9 @@ Decimal operator+(const Decimal &left, const Decimal &right)
             return Access::canonical(fine.m_negative, sum, fine.m_exponent);
     }
 
-    const Wide wideFine(a);
-    const Wide wideCoarse = Wide(Access::significand(coarse)) * widePower(gap);
-    if (fine.m_negative == coarse.m_negative)
-        return Access::fromWide(fine.m_negative, Wide(wideFine + wideCoarse), fine.m_exponent);
-    return wideFine >= wideCoarse
-        ? Access::fromWide(fine.m_negative, Wide(wideFine - wideCoarse), fine.m_exponent)
-        : Access::fromWide(coarse.m_negative, Wide(wideCoarse - wideFine), fine.m_exponent);
+    const Access::Operands operands{a, Access::significand(coarse), gap, fine.m_exponent};
+    return gap < powersOfTen ? Access::sum<Double>(fine.m_negative, coarse.m_negative, operands)
+                             : Access::sum<Wide>(fine.m_negative, coarse.m_negative, operands);
 }
 
 Decimal operator*(const Decimal &left, const Decimal &right)
@@ -378,7 +423,7 @@ Decimal operator*(const Decimal &left, const Decimal &right)
     Significand product = 0;
     if (!__builtin_mul_overflow(a, b, &product))
         return Access::canonical(negative, product, exponent);
-    return Access::fromWide(negative, Wide(Wide(a) * Wide(b)), exponent);
+    return Access::fromInteger(negative, Double(Double(a) * Double(b)), exponent);
 }
 
 Decimal Decimal::dividedBy(quint32 divisor) const
@@ -387,13 +432,26 @@ Decimal Decimal::dividedBy(quint32 divisor) const
     const Significand significand = Access::significand(*this);
     if (significand % divisor == 0)
         return Access::canonical(m_negative, significand / divisor, m_exponent);
-    // Ten digits for the divisor's own and one to round by, beyond those that the result keeps.
-    constexpr int extraDigits = guaranteedDigits + 11;
-    const Wide scaled = Wide(significand) * widePower(extraDigits);
-    Wide quotient;
-    Wide remainder;
-    boost::multiprecision::divide_qr(scaled, Wide(divisor), quotient, remainder);
-    return Access::fromWide(m_negative, quotient, m_exponent - extraDigits, remainder != 0);
+
+    // Long division, nine digits at a time while they fit.
+    Significand quotient = significand / divisor;
+    auto remainder = static_cast<quint64>(significand % divisor);
+    int exponent = m_exponent;
+    for (const std::size_t digits : {std::size_t{9}, std::size_t{1}}) {
+        const auto step = static_cast<quint64>(powers[digits]);
+        while (remainder != 0 && quotient < powers[guaranteedDigits - digits]) {
+            remainder *= step;
+            quotient = quotient * step + remainder / divisor;
+            remainder %= divisor;
+            exponent -= static_cast<int>(digits);
+        }
+    }
+    if (remainder == 0)
+        return Access::canonical(m_negative, quotient, exponent);
+    // One digit more than is kept tells, with whether anything follows it, how to round.
+    remainder *= 10;
+    const Double withGuard = Double(quotient) * 10 + remainder / divisor;
+    return Access::fromInteger(m_negative, withGuard, exponent - 1, remainder % divisor != 0);
 }
 
 std::strong_ordering operator<=>(const Decimal &left, const Decimal &right)
@@ -404,7 +462,7 @@ std::strong_ordering operator<=>(const Decimal &left, const Decimal &right)
     // Compared whole and not by a difference, which could round two distinct numbers to zero.
     const int least = std::min(left.m_exponent, right.m_exponent);
     const auto aligned = [least](const Decimal &value) {
-        return Wide(Wide(Decimal::Access::significand(value)) * widePower(value.m_exponent - least));
+        return Wide(Wide(Decimal::Access::significand(value)) * wholePower<Wide>(value.m_exponent - least));
     };
     const int magnitude = aligned(left).compare(aligned(right));
     return (left.m_negative ? -magnitude : magnitude) <=> 0;

@@ -6,16 +6,20 @@ namespace orbitledge {
 
 namespace {
 
-constexpr int hexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
+constexpr unsigned notHexadecimal = 0x100;
+
+// Lists hold four identifiers a record: a table is what makes them cheap to read.
+constexpr auto hexValues = [] {
+    std::array<quint16, 256> values{};
+    values.fill(notHexadecimal);
+    for (unsigned digit = 0; digit < 10; ++digit)
+        values['0' + digit] = static_cast<quint16>(digit);
+    for (unsigned letter = 0; letter < 6; ++letter) {
+        values['a' + letter] = static_cast<quint16>(10 + letter);
+        values['A' + letter] = static_cast<quint16>(10 + letter);
+    }
+    return values;
+}();
 
 } // namespace
 
@@ -23,26 +27,24 @@ std::optional<QUuid> uuidFromText(std::string_view text)
 {
     if (text.size() != 36)
         return std::nullopt;
-    std::array<unsigned char, 16> bytes{};
-    std::size_t at = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if ((i == 4 || i == 6 || i == 8 || i == 10) && text[at++] != '-')
-            return std::nullopt;
-        const int high = hexValue(text[at]);
-        const int low = hexValue(text[at + 1]);
-        if (high < 0 || low < 0)
-            return std::nullopt;
-        bytes[i] = static_cast<unsigned char>(high * 16 + low);
-        at += 2;
-    }
-    const auto join = [&bytes](std::size_t from, std::size_t count) {
+    if (text[8] != '-' || text[13] != '-' || text[18] != '-' || text[23] != '-')
+        return std::nullopt;
+    unsigned faults = 0;
+    const auto number = [text, &faults](std::size_t from, std::size_t digits) {
         unsigned value = 0;
-        for (std::size_t i = from; i < from + count; ++i)
-            value = value << 8U | bytes[i];
+        for (std::size_t i = from; i < from + digits; ++i) {
+            const unsigned digit = hexValues[static_cast<unsigned char>(text[i])];
+            faults |= digit;
+            value = value << 4U | digit;
+        }
         return value;
     };
-    return QUuid(join(0, 4), static_cast<ushort>(join(4, 2)), static_cast<ushort>(join(6, 2)), bytes[8],
-        bytes[9], bytes[10], bytes[11], bytes[12], bytes[13], bytes[14], bytes[15]);
+    const auto pair = [&number](std::size_t from) { return static_cast<uchar>(number(from, 2)); };
+    const QUuid uuid(number(0, 8), static_cast<ushort>(number(9, 4)), static_cast<ushort>(number(14, 4)),
+        pair(19), pair(21), pair(24), pair(26), pair(28), pair(30), pair(32), pair(34));
+    if ((faults & notHexadecimal) != 0)
+        return std::nullopt;
+    return uuid;
 }
 
 QString uuidText(const QUuid &uuid)

@@ -126,17 +126,9 @@ std::optional<Decimal> monthlyShare(const Decimal &amount, const QString &billin
 struct Place {
     qsizetype index = 0;
     std::optional<qint64> days;
-    QByteArray nameKey;
+    /// Where the name's sort key stands; only what has no day is ever ordered by name.
+    std::size_t nameKey = 0;
 };
-
-bool comesBefore(const Place &left, const Place &right)
-{
-    if (left.days && right.days)
-        return *left.days < *right.days;
-    if (left.days || right.days)
-        return left.days.has_value();
-    return left.nameKey < right.nameKey;
-}
 
 class SectionList {
 public:
@@ -149,9 +141,9 @@ public:
 
     void add(Bucket bucket, qsizetype index, std::optional<qint64> days)
     {
-        // Only what has no day is ever ordered by name.
-        QByteArray key = days ? QByteArray() : m_collation.sortKey(m_subscriptions[index].name);
-        m_buckets[static_cast<std::size_t>(bucket)].push_back({index, days, std::move(key)});
+        places(bucket).push_back({index, days, m_nameKeys.size()});
+        if (!days)
+            m_nameKeys.push_back(m_collation.sortKey(m_subscriptions[index].name));
     }
 
     QList<TimelineSection> take(const std::optional<DateInterval> &month)
@@ -168,6 +160,15 @@ public:
 private:
     std::vector<Place> &places(Bucket bucket) { return m_buckets[static_cast<std::size_t>(bucket)]; }
 
+    bool comesBefore(const Place &left, const Place &right) const
+    {
+        if (left.days && right.days)
+            return *left.days < *right.days;
+        if (left.days || right.days)
+            return left.days.has_value();
+        return m_nameKeys[left.nameKey] < m_nameKeys[right.nameKey];
+    }
+
     QString nextMonthName(const std::optional<DateInterval> &month)
     {
         if (!month)
@@ -183,11 +184,12 @@ private:
         std::vector<Place> &sorted = places(bucket);
         if (sorted.empty())
             return;
-        std::ranges::stable_sort(sorted, comesBefore);
+        std::ranges::stable_sort(
+            sorted, [this](const Place &left, const Place &right) { return comesBefore(left, right); });
         TimelineSection section{.id = id, .title = title, .entries = {}};
         section.entries.reserve(static_cast<qsizetype>(sorted.size()));
         for (const Place &place : sorted)
-            section.entries.append({m_subscriptions[place.index], place.days});
+            section.entries.append({SubscriptionRef(m_subscriptions, place.index), place.days});
         sections.append(std::move(section));
     }
 
@@ -195,6 +197,7 @@ private:
     const Calendar &m_calendar;
     Collation m_collation;
     std::array<std::vector<Place>, bucketCount> m_buckets;
+    std::vector<QByteArray> m_nameKeys;
 };
 
 } // namespace

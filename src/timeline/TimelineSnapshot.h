@@ -12,8 +12,31 @@
 
 namespace orbitledge {
 
+/// One of the subscriptions that a snapshot was made from. It shares the list and copies nothing, so that a
+/// snapshot costs little beside the list, and stays valid for as long as it is held.
+class SubscriptionRef {
+public:
+    SubscriptionRef(QList<Subscription> list, qsizetype index)
+        : m_list(std::move(list))
+        , m_index(index)
+    {
+    }
+
+    const Subscription &operator*() const { return m_list.at(m_index); }
+    const Subscription *operator->() const { return &m_list.at(m_index); }
+
+    friend bool operator==(const SubscriptionRef &left, const SubscriptionRef &right)
+    {
+        return *left == *right;
+    }
+
+private:
+    QList<Subscription> m_list;
+    qsizetype m_index;
+};
+
 struct TimelineEntry {
-    Subscription subscription;
+    SubscriptionRef subscription;
     /// Whole days from today; negative where the renewal is overdue. Absent for what does not renew: an
     /// inactive subscription, or a date that does not exist.
     std::optional<qint64> daysUntilRenewal;
@@ -65,4 +88,5 @@ struct TimelineSnapshot {
 
 } // namespace orbitledge
 
+Q_DECLARE_TYPEINFO(orbitledge::SubscriptionRef, Q_RELOCATABLE_TYPE);
 Q_DECLARE_TYPEINFO(orbitledge::TimelineEntry, Q_RELOCATABLE_TYPE);
