@@ -19,6 +19,7 @@ namespace {
 constexpr auto indent = "  "_L1;
 constexpr auto gap = "  "_L1;
 constexpr int narrowestName = 8;
+constexpr int narrowestSubtitle = 16;
 
 QString daysText(std::optional<qint64> days)
 {
@@ -158,14 +159,18 @@ private:
         }
 
         const int date = widest(sections, &Row::date);
-        const int subtitle = widest(sections, &Row::subtitle);
+        int subtitle = widest(sections, &Row::subtitle);
         const int cost = widest(sections, &Row::cost);
         const int days = widest(sections, &Row::days);
         int name = widest(sections, &Row::name);
         if (m_options.columns > 0) {
-            const int others
-                = static_cast<int>(indent.size() + 4 * gap.size()) + date + subtitle + cost + days;
-            name = std::min(name, std::max(narrowestName, m_options.columns - others));
+            const int fixed = static_cast<int>(indent.size() + 4 * gap.size()) + date + cost + days;
+            const auto giveWay = [&](int width, int narrowest) {
+                const int surplus = std::max(0, fixed + name + subtitle - m_options.columns);
+                return std::min(width, std::max(narrowest, width - surplus));
+            };
+            subtitle = giveWay(subtitle, narrowestSubtitle);
+            name = giveWay(name, narrowestName);
         }
 
         for (const Section &section : sections) {
@@ -179,8 +184,9 @@ private:
                 line(indent + padded(row.date, date, Align::Left) + gap
                     + decorated(padded(elided(row.name, name), name, Align::Left),
                         row.isInactive ? Style::Dim : Style::Plain)
-                    + gap + decorated(padded(row.subtitle, subtitle, Align::Left), Style::Dim) + gap
-                    + padded(row.cost, cost, Align::Right) + gap + daysColumn);
+                    + gap
+                    + decorated(padded(elided(row.subtitle, subtitle), subtitle, Align::Left), Style::Dim)
+                    + gap + padded(row.cost, cost, Align::Right) + gap + daysColumn);
             }
         }
     }

@@ -11,7 +11,7 @@ struct TableOptions {
     /// ISO 4217 code of the totals.
     QString currency;
     bool colors = false;
-    /// Names give way where lines would be longer; 0 for no limit.
+    /// Subtitles and then names give way where lines would be longer; 0 for no limit.
     int columns = 0;
 };
 

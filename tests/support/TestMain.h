@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 namespace orbitledge::testing {
 

@@ -1,0 +1,31 @@
+#include "platform/linux/PosixFileStore.h"
+#include "state/SnapshotCache.h"
+#include "support/SampleRecords.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+using namespace orbitledge;
+
+// Saves two snapshots of different size in turn, until it is killed. Says when the first one is in place.
+int main(int argc, char **argv)
+{
+    if (argc != 2)
+        return 2;
+    const QCoreApplication application(argc, argv);
+    const CacheSnapshot small = testing::sampleSnapshot(150);
+    const CacheSnapshot large = testing::sampleSnapshot(400);
+    SnapshotCache cache(argv[1], std::make_shared<PosixFileStore>());
+    const auto save = [&](const CacheSnapshot &snapshot) -> QCoro::Task<> {
+        if (!co_await cache.save(snapshot))
+            std::abort();
+    };
+    QCoro::waitFor(save(small));
+    std::puts("saved");
+    std::fflush(stdout);
+    while (true) {
+        QCoro::waitFor(save(large));
+        QCoro::waitFor(save(small));
+    }
+}
