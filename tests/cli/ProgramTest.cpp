@@ -1,0 +1,159 @@
+#include "platform/linux/PosixFileStore.h"
+#include "state/CacheSnapshot.h"
+#include "support/SampleRecords.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+
+using namespace orbitledge;
+using namespace orbitledge::testing;
+using namespace Qt::StringLiterals;
+
+/// The program as it is installed: its own process, real files, real streams.
+class ProgramTest : public QObject {
+    Q_OBJECT
+
+private:
+    struct Result {
+        int exitCode = -1;
+        QByteArray output;
+        QByteArray errors;
+    };
+
+    static Result run(const QStringList &arguments, const QByteArray &input = {},
+        const QHash<QString, QString> &variables = {})
+    {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (auto it = variables.begin(); it != variables.end(); ++it)
+            environment.insert(it.key(), it.value());
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(ORBITLEDGE_PROGRAM), arguments);
+        process.write(input);
+        process.closeWriteChannel();
+        if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
+            return {};
+        return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    }
+
+    static QString ownCache()
+    {
+        return qEnvironmentVariable("XDG_DATA_HOME")
+            + u"/app.orbitledge.Orbitledge/subscription-snapshot-v1.json"_s;
+    }
+
+    static void save(const QByteArray &content)
+    {
+        QVERIFY(PosixFileStore().replace(ownCache().toStdString(), content));
+    }
+
+private Q_SLOTS:
+    void cleanup() { QFile::remove(ownCache()); }
+
+    void shouldShowTheSavedData()
+    {
+        save(encodeCacheSnapshot(sampleSnapshot(3)));
+        const Result result = run({u"timeline"_s, u"--now"_s, u"2026-03-17T12:00:00Z"_s});
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(result.output.contains("€29.97 / month"));
+        QVERIFY(result.output.contains("tomorrow"));
+        QCOMPARE(result.errors, ""_ba);
+    }
+
+    void shouldReadAPipe()
+    {
+        const Result result = run({u"timeline"_s, u"--snapshot"_s, u"-"_s, u"--json"_s},
+            encodeCacheSnapshot(sampleSnapshot(2'000)));
+        QCOMPARE(result.exitCode, 0);
+        const auto object = QJsonDocument::fromJson(result.output).object();
+        QCOMPARE(object[u"activeCount"_s].toInt(), 2'000);
+    }
+
+    void shouldSayWhatIsWrongInOneLineWhateverTheLocale_data()
+    {
+        QTest::addColumn<QString>("locale");
+        for (const char *locale : {"C", "POSIX", "C.UTF-8", "de_DE.UTF-8", "xx_XX", "en_US.ISO-8859-1", ""})
+            QTest::newRow(*locale != '\0' ? locale : "none") << QString::fromLatin1(locale);
+    }
+    void shouldSayWhatIsWrongInOneLineWhateverTheLocale()
+    {
+        QFETCH(QString, locale);
+        save("{\"version\":1,\"profile\":{\"id\":\"ü\"}}");
+        const Result result = run({u"timeline"_s}, {}, {{u"LC_ALL"_s, locale}, {u"LANG"_s, locale}});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, ""_ba);
+        QCOMPARE(result.errors, "orbitledge: " + ownCache().toUtf8() + ": profile.id: Expected a UUID\n");
+    }
+
+    void shouldLeaveADamagedCacheWhereItIs()
+    {
+        save("damaged");
+        QCOMPARE(run({u"timeline"_s}).exitCode, 1);
+        QVERIFY(QFile::exists(ownCache()));
+    }
+
+    void shouldSayThatNothingWasSavedYetAndCreateNothing()
+    {
+        const QString home = qEnvironmentVariable("HOME") + u"/empty"_s;
+        QVERIFY(QDir().mkpath(home));
+        const Result result = run({u"timeline"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.errors.count('\n'), 1);
+        QVERIFY(result.errors.contains("No data has been saved yet"));
+        QVERIFY(QDir(home).isEmpty());
+    }
+
+    void shouldRefuseWrongArgumentsWithTwo()
+    {
+        const Result result = run({u"timeline"_s, u"--time-zone"_s, u"Mars/Olympus"_s});
+        QCOMPARE(result.exitCode, 2);
+        QCOMPARE(result.errors.count('\n'), 1);
+        QVERIFY(result.errors.contains("Mars/Olympus"));
+    }
+
+    void shouldTakeZoneAndLocaleFromTheMachine()
+    {
+        save(encodeCacheSnapshot(sampleSnapshot(1)));
+        const QStringList arguments{u"timeline"_s, u"--json"_s, u"--now"_s, u"2026-03-18T12:30:00Z"_s};
+        const Result result
+            = run(arguments, {}, {{u"TZ"_s, u"Pacific/Auckland"_s}, {u"LC_ALL"_s, u"de_DE.UTF-8"_s}});
+        QCOMPARE(result.exitCode, 0);
+        // Already the 19th there; Monday the 16th starts the week at 11:00 UTC of the day before.
+        QVERIFY(result.output.contains(
+            "\"week\":[{\"date\":\"2026-03-15T11:00:00Z\",\"localDate\":\"2026-03-16\""));
+        QVERIFY(result.output.contains("\"localDate\":\"2026-03-19\",\"isToday\":true"));
+    }
+
+    void shouldFailWhereTheDiskIsFull()
+    {
+        if (!QFileInfo::exists(u"/dev/full"_s))
+            QSKIP("no /dev/full here");
+        save(encodeCacheSnapshot(sampleSnapshot(1)));
+        QProcess process;
+        process.setStandardOutputFile(u"/dev/full"_s);
+        process.start(QStringLiteral(ORBITLEDGE_PROGRAM), {u"timeline"_s});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 1);
+        QCOMPARE(process.readAllStandardError(), "orbitledge: The output could not be written\n"_ba);
+    }
+
+    void shouldLoadNoGraphicalLibrary()
+    {
+        save(encodeCacheSnapshot(sampleSnapshot(1)));
+        // The loader's own list of what it mapped, also of what would only be opened later.
+        const Result result = run({u"timeline"_s}, {}, {{u"LD_DEBUG"_s, u"files"_s}});
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(result.errors.contains("libQt6Core"));
+        for (const char *library : {"Qt6Gui", "Qt6Widgets", "libX11", "libxcb", "wayland", "libGL"})
+            QVERIFY2(!result.errors.contains(library), library);
+    }
+};
+
+ORBITLEDGE_TEST_MAIN(ProgramTest)
+#include "ProgramTest.moc"
