@@ -96,15 +96,31 @@ private:
     void appendPeriods(std::vector<Period> &periods, qint64 from, qint64 to) const
     {
         periods.push_back({from, to, offsetFromToolkit(from)});
-        for (const QTimeZone::OffsetData &transition : m_zone.transitions(utc(from), utc(to))) {
-            const qint64 at = transition.atUtc.toMSecsSinceEpoch();
-            const qint64 offset = qint64{transition.offsetFromUtc} * 1000;
-            // A change of name alone, or of the part that is called daylight saving, moves no clock.
-            if (at <= from || at >= to || offset == periods.back().offset)
-                continue;
-            periods.back().end = at;
-            periods.push_back({at, to, offset});
+        // The toolkit ends its list at the last change that the zone's file spells out, even where the file
+        // ends in a rule for all later years; asked again from a moment after that change it applies the
+        // rule.
+        constexpr qint64 moment = 1000;
+        qint64 asked = from;
+        while (asked < to) {
+            const QTimeZone::OffsetDataList transitions = m_zone.transitions(utc(asked), utc(to));
+            if (transitions.isEmpty())
+                return;
+            for (const QTimeZone::OffsetData &transition : transitions)
+                appendTransition(periods, transition, to);
+            asked = transitions.last().atUtc.toMSecsSinceEpoch() + moment;
         }
+    }
+
+    static void appendTransition(
+        std::vector<Period> &periods, const QTimeZone::OffsetData &transition, qint64 to)
+    {
+        const qint64 at = transition.atUtc.toMSecsSinceEpoch();
+        const qint64 offset = qint64{transition.offsetFromUtc} * 1000;
+        // A change of name alone, or of the part that is called daylight saving, moves no clock.
+        if (at <= periods.back().start || at >= to || offset == periods.back().offset)
+            return;
+        periods.back().end = at;
+        periods.push_back({at, to, offset});
     }
 
     const Period *tablePeriod(qint64 milliseconds) const
