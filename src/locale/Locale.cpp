@@ -24,7 +24,34 @@ bool isKnownLanguage(const char *language)
 bool isKnownRegion(const char *region)
 {
     UErrorCode status = U_ZERO_ERROR;
-    return *region == '\0' || (icu::Region::getInstance(region, status) != nullptr && U_SUCCESS(status));
+    if (*region == '\0')
+        return true;
+    const icu::Region *const known = icu::Region::getInstance(region, status);
+    // "ZZ" is what CLDR calls the region that is not known.
+    return U_SUCCESS(status) && known != nullptr && known->getType() != URGN_UNKNOWN;
+}
+
+/// The C library names a script by a modifier where ICU has a subtag: "sr_RS@latin" is "sr_Latn_RS". Its
+/// other modifiers ("@euro") say nothing about texts, while keywords ("@collation=phonebook") are ICU's own.
+QByteArray withoutModifier(QByteArray name)
+{
+    const auto at = name.indexOf('@');
+    if (at < 0 || name.indexOf('=', at) >= 0)
+        return name;
+    const QByteArray modifier = name.mid(at + 1);
+    name.truncate(at);
+    struct Script {
+        QByteArrayView modifier;
+        const char *subtag;
+    };
+    for (const Script &script : {Script{"latin", "_Latn"}, Script{"iqtelif", "_Latn"},
+             Script{"cyrillic", "_Cyrl"}, Script{"devanagari", "_Deva"}}) {
+        if (modifier == script.modifier) {
+            const auto languageEnd = name.indexOf('_');
+            return name.insert(languageEnd < 0 ? name.size() : languageEnd, script.subtag);
+        }
+    }
+    return name;
 }
 
 std::optional<QByteArray> icuIdentifier(QByteArray name)
@@ -36,6 +63,7 @@ std::optional<QByteArray> icuIdentifier(QByteArray name)
         const auto modifier = name.indexOf('@', dot);
         name.remove(dot, modifier < 0 ? name.size() - dot : modifier - dot);
     }
+    name = withoutModifier(std::move(name));
     UErrorCode status = U_ZERO_ERROR;
     const bool isTag = name.contains('-') && !name.contains('_');
     const icu::Locale locale = isTag ? icu::Locale::forLanguageTag(name.constData(), status)
