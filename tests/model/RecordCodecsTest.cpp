@@ -879,6 +879,7 @@ void RecordCodecsTest::shouldWriteTextsThatReadBack_data()
     row("astral character", u"\U0001F600"_s, "\"\xF0\x9F\x98\x80\"");
     row("line separator", u"\u2028"_s, "\"\xE2\x80\xA8\"");
     row("delete", u"\u007f"_s, "\"\x7F\"");
+    row("byte order marks at the start", u"\uFEFF\uFEFFx"_s, "\"\xEF\xBB\xBF\xEF\xBB\xBFx\"");
 }
 
 void RecordCodecsTest::shouldWriteTextsThatReadBack()

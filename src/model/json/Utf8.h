@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringDecoder>
 
 #include <algorithm>
 #include <string_view>
@@ -9,7 +10,12 @@ namespace orbitledge::json {
 
 inline QString fromUtf8(std::string_view utf8)
 {
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    // Inside a document U+FEFF is a character like any other, which the toolkit would take off.
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const QByteArrayView bytes(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    if (utf8.starts_with(byteOrderMark))
+        return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(bytes);
+    return QString::fromUtf8(bytes);
 }
 
 /// Whether a text that came out of unescaping holds half a surrogate pair, written as if it were a
