@@ -1,0 +1,39 @@
+# Completion of orbitledge(1) for bash.
+
+_orbitledge() {
+    local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    COMPREPLY=()
+    if ((COMP_CWORD == 1)); then
+        mapfile -t COMPREPLY < <(compgen -W 'timeline --help --version' -- "$word")
+        return
+    fi
+    [[ ${COMP_WORDS[1]} == timeline ]] || return
+
+    case $previous in
+    --snapshot)
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        ;;
+    --time-zone)
+        mapfile -t COMPREPLY < <(compgen -W "$(_orbitledge_zones)" -- "$word")
+        ;;
+    --locale)
+        mapfile -t COMPREPLY < <(compgen -W "$(locale -a 2>/dev/null | sed 's/\..*//' | sort -u)" -- "$word")
+        ;;
+    --currency)
+        mapfile -t COMPREPLY < <(compgen -W 'AUD BRL CAD CHF CNY CZK DKK EUR GBP HUF INR JPY MXN NOK NZD PLN SEK TRY USD ZAR' -- "${word^^}")
+        ;;
+    --now)
+        ;;
+    *)
+        mapfile -t COMPREPLY < <(compgen -W '--snapshot --currency --now --time-zone --locale --json --help' -- "$word")
+        ;;
+    esac
+}
+
+_orbitledge_zones() {
+    # The names and aliases of the tz database's compact form: "Z name …" and "L target alias".
+    awk '$1 == "Z" { print $2 } $1 == "L" { print $3 }' /usr/share/zoneinfo/tzdata.zi 2>/dev/null
+}
+
+complete -F _orbitledge orbitledge

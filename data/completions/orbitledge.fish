@@ -1,0 +1,16 @@
+# Completion of orbitledge(1) for fish.
+
+function __orbitledge_zones
+    awk '$1 == "Z" { print $2 } $1 == "L" { print $3 }' /usr/share/zoneinfo/tzdata.zi 2>/dev/null
+end
+
+complete -c orbitledge -f
+complete -c orbitledge -n __fish_use_subcommand -a timeline -d 'Print the totals, this week, and the coming renewals'
+complete -c orbitledge -n __fish_use_subcommand -l version -d 'Print the version'
+complete -c orbitledge -s h -l help -d 'Print help'
+complete -c orbitledge -n '__fish_seen_subcommand_from timeline' -l snapshot -r -F -d 'Read this file instead of the saved data'
+complete -c orbitledge -n '__fish_seen_subcommand_from timeline' -l currency -x -a 'AUD BRL CAD CHF CNY CZK DKK EUR GBP HUF INR JPY MXN NOK NZD PLN SEK TRY USD ZAR' -d 'Give the totals in this currency'
+complete -c orbitledge -n '__fish_seen_subcommand_from timeline' -l now -x -d 'As if it were then'
+complete -c orbitledge -n '__fish_seen_subcommand_from timeline' -l time-zone -x -a '(__orbitledge_zones)' -d 'As if you were there'
+complete -c orbitledge -n '__fish_seen_subcommand_from timeline' -l locale -x -a "(locale -a 2>/dev/null | string replace -r '\..*' '' | sort -u)" -d 'With the texts and weeks of that region'
+complete -c orbitledge -n '__fish_seen_subcommand_from timeline' -l json -d 'Print one JSON object, for programs'
