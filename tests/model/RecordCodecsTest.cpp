@@ -622,6 +622,7 @@ void RecordCodecsTest::shouldRefuseAValueWithABadContent_data()
     row("an identifier that is a number", "template_id", R"("42")", anything);
     row("an empty address", "logo_url", R"("")", anything);
     row("a relative address", "logo_url", R"("/logos/a.png")", anything);
+    row("an address behind a byte order mark", "logo_url", R"("\ufeffhttps:\/\/example.com")", anything);
     row("an address with a bad port", "logo_url", R"("https://example.com:port/")", anything);
 }
 
@@ -818,8 +819,8 @@ void RecordCodecsTest::shouldReadEscapesInValues_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<QString>("expected");
-    const auto row = [](const char *name, const char *value, const QString &expected) {
-        QTest::newRow(name) << QByteArray(value) << expected;
+    const auto row = [](const char *name, const QByteArray &value, const QString &expected) {
+        QTest::newRow(name) << value << expected;
     };
     row("empty", R"("")", u""_s);
     row("every short escape", R"("\"\\\/\b\f\n\r\t")", u"\"\\/\b\f\n\r\t"_s);
@@ -830,13 +831,15 @@ void RecordCodecsTest::shouldReadEscapesInValues_data()
     row("a surrogate pair", R"("\ud83d\ude00")", u"\U0001F600"_s);
     row("the last code point", R"("\udbff\udfff")", u"\U0010FFFF"_s);
     row("the first code point beyond the basic plane", R"("\ud800\udc00")", u"\U00010000"_s);
-    row("the code points around the surrogates", R"("\ud7ff\ue000")", QString::fromUcs4(U"\xD7FF\xE000"));
-    row("a byte order mark in a text", R"("\ufeffa")", u"\uFEFFa"_s);
+    row("the code points around the surrogates", R"("\ud7ff\ue000")", u"\xd7ff\xe000"_s);
+    row("an escaped byte order mark before a letter", R"("\ufeffa")", u"\ufeffa"_s);
+    row("an escaped byte order mark alone", R"("\ufeff")", u"\ufeff"_s);
     row("a noncharacter", R"("\uffff")", QString(QChar(0xFFFF)));
-    row("a byte order mark as it is",
-        "\"\xEF\xBB\xBF"
-        "a\"",
-        u"\uFEFFa"_s);
+    row("a byte order mark before a letter", "\"\xEF\xBB\xBFz\"", u"\ufeffz"_s);
+    row("two byte order marks", "\"\xEF\xBB\xBF\xEF\xBB\xBF\"", u"\ufeff\ufeff"_s);
+    row("a byte order mark behind a letter", "\"z\xEF\xBB\xBF\"", u"z\ufeff"_s);
+    row("a byte order mark before a text of two blocks", "\"\xEF\xBB\xBF" + QByteArray(80, 'z') + "\"",
+        u"\ufeff"_s + QString(80, u'z'));
     row("letters as they are", "\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"", u"\u00e9\u20ac\U0001F600"_s);
     row("a Korean syllable whose first byte is that of surrogates", "\"\xED\x95\x9C\\n\"", u"\ud55c\n"_s);
     row("delete", "\"\x7F\"", u"\u007f"_s);
@@ -874,6 +877,9 @@ void RecordCodecsTest::shouldWriteTextsThatReadBack_data()
     row("solidus", u"a/b"_s, R"("a/b")");
     row("letters beyond ASCII", u"\u00e9\u20ac"_s, "\"\xC3\xA9\xE2\x82\xAC\"");
     row("astral character", u"\U0001F600"_s, "\"\xF0\x9F\x98\x80\"");
+    row("byte order mark", u"\ufeffa"_s,
+        "\"\xEF\xBB\xBF"
+        "a\"");
     row("line separator", u"\u2028"_s, "\"\xE2\x80\xA8\"");
     row("delete", u"\u007f"_s, "\"\x7F\"");
     row("byte order marks at the start", u"\uFEFF\uFEFFx"_s, "\"\xEF\xBB\xBF\xEF\xBB\xBFx\"");
