@@ -882,7 +882,6 @@ void RecordCodecsTest::shouldWriteTextsThatReadBack_data()
         "a\"");
     row("line separator", u"\u2028"_s, "\"\xE2\x80\xA8\"");
     row("delete", u"\u007f"_s, "\"\x7F\"");
-    row("byte order marks at the start", u"\uFEFF\uFEFFx"_s, "\"\xEF\xBB\xBF\xEF\xBB\xBFx\"");
 }
 
 void RecordCodecsTest::shouldWriteTextsThatReadBack()
