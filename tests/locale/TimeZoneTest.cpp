@@ -263,7 +263,7 @@ private Q_SLOTS:
             for (qint64 hours = 1; hours <= 26; ++hours) {
                 const auto candidate
                     = Instant::fromMillisecondsSinceEpoch(wallClock - offset(later(instant, -hours * hour)));
-                RC_ASSERT(candidate >= back || timeZone.wallClock(candidate) != wallClock);
+                RC_ASSERT((candidate >= back || timeZone.wallClock(candidate) != wallClock));
             }
         }));
     }
