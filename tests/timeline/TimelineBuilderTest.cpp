@@ -33,7 +33,7 @@ QString outline(const TimelineSnapshot &snapshot)
         for (const TimelineEntry &entry : section.entries) {
             const QString days
                 = entry.daysUntilRenewal ? u' ' + QString::number(*entry.daysUntilRenewal) : QString();
-            entries.append(entry.subscription.name + days);
+            entries.append(entry.subscription->name + days);
         }
         sections.append(section.id + u": "_s + entries.join(u", "_s));
     }
@@ -523,7 +523,7 @@ private Q_SLOTS:
         const TimelineSnapshot snapshot = build({subscription});
         QCOMPARE(snapshot.sections.size(), 1);
         QCOMPARE(snapshot.sections.first().entries.size(), 1);
-        QVERIFY(snapshot.sections.first().entries.first().subscription == subscription);
+        QVERIFY(*snapshot.sections.first().entries.first().subscription == subscription);
     }
 
     // Week strip

@@ -182,8 +182,8 @@ std::map<Tie, std::vector<QUuid>> tiesOf(const TimelineSnapshot &snapshot)
     std::map<Tie, std::vector<QUuid>> ties;
     for (const TimelineSection &section : snapshot.sections) {
         for (const TimelineEntry &entry : section.entries) {
-            const QString name = entry.daysUntilRenewal ? QString() : entry.subscription.name.toCaseFolded();
-            ties[{section.id, entry.daysUntilRenewal, name}].push_back(entry.subscription.id);
+            const QString name = entry.daysUntilRenewal ? QString() : entry.subscription->name.toCaseFolded();
+            ties[{section.id, entry.daysUntilRenewal, name}].push_back(entry.subscription->id);
         }
     }
     return ties;
@@ -205,7 +205,7 @@ private Q_SLOTS:
             for (const TimelineSection &section : snapshot.sections) {
                 RC_ASSERT(!section.entries.isEmpty());
                 for (const TimelineEntry &entry : section.entries)
-                    listed.push_back(entry.subscription);
+                    listed.push_back(*entry.subscription);
             }
             std::ranges::sort(listed, {}, &Subscription::id);
             RC_ASSERT(listed == subscriptions); // which are in the order of their identifiers
@@ -223,10 +223,10 @@ private Q_SLOTS:
             const TimelineSnapshot snapshot = surroundings.build(subscriptionsIn(surroundings));
             for (const TimelineSection &section : snapshot.sections) {
                 for (const TimelineEntry &entry : section.entries) {
-                    if (hasStatusActive(entry.subscription))
+                    if (hasStatusActive(*entry.subscription))
                         RC_ASSERT(section.id
                             == sectionByDates(
-                                entry.subscription.nextBillingDate, today, calendar.firstWeekday()));
+                                entry.subscription->nextBillingDate, today, calendar.firstWeekday()));
                     else
                         RC_ASSERT(section.id == u"inactive"_s);
                 }
@@ -247,8 +247,8 @@ private Q_SLOTS:
             const TimelineSnapshot snapshot = surroundings.build(subscriptionsIn(surroundings));
             for (const TimelineSection &section : snapshot.sections) {
                 for (const TimelineEntry &entry : section.entries) {
-                    const QDate date = toQDate(entry.subscription.nextBillingDate);
-                    const bool renews = hasStatusActive(entry.subscription) && date.isValid();
+                    const QDate date = toQDate(entry.subscription->nextBillingDate);
+                    const bool renews = hasStatusActive(*entry.subscription) && date.isValid();
                     RC_ASSERT(entry.daysUntilRenewal.has_value() == renews);
                     if (!renews)
                         continue;
@@ -322,8 +322,8 @@ private Q_SLOTS:
                         RC_ASSERT(*first.daysUntilRenewal <= *second.daysUntilRenewal);
                     if (!first.daysUntilRenewal && !second.daysUntilRenewal) {
                         // The names are of ASCII letters, where folding the case gives every locale's order.
-                        RC_ASSERT(first.subscription.name.toCaseFolded()
-                            <= second.subscription.name.toCaseFolded());
+                        RC_ASSERT(first.subscription->name.toCaseFolded()
+                            <= second.subscription->name.toCaseFolded());
                     }
                 }
             }
