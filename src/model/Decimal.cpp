@@ -139,6 +139,11 @@ public:
         const bool odd = (m_significand & 1) != 0;
         if (m_firstDropped > 5 || (m_firstDropped == 5 && (m_sticky || odd)))
             ++m_significand;
+        // Zeros that the rounding made belong to the exponent, which may be too large by them.
+        while (m_significand % 10 == 0) {
+            m_significand /= 10;
+            ++shift;
+        }
         return m_significand;
     }
 

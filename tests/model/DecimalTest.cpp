@@ -385,6 +385,11 @@ void DecimalTest::shouldKeepTheExponentInItsRange_data()
     row("greatest magnitude, negative", "-" + largestSignificand + "e127",
         QString::fromStdString("-" + largestSignificand + zeros(127)));
     row("an exponent that rounding pushes past the greatest", std::string(39, '9') + "e127", outOfRange);
+    row("an exponent that a zero made by rounding pushes past the greatest",
+        "567890123456789012345678901234567890199e126", outOfRange);
+    row("an exponent that a zero made by rounding leaves at the greatest",
+        "567890123456789012345678901234567890199e125",
+        QString::fromStdString("56789012345678901234567890123456789020" + zeros(126)));
     row("an exponent of a billion", "1e999999999", outOfRange);
     row("an exponent of minus a billion", "-1e-999999999", outOfRange);
     row("an exponent beyond 64 bits", "1e99999999999999999999999999999", outOfRange);
@@ -662,7 +667,7 @@ void DecimalTest::shouldAddLikeFractions()
         }
     };
     check(boundaryValues());
-    check(scatteredValues(70));
+    check(scatteredValues(50));
 }
 
 void DecimalTest::shouldSubtractLikeFractions()
@@ -676,7 +681,7 @@ void DecimalTest::shouldSubtractLikeFractions()
         }
     };
     check(boundaryValues());
-    check(scatteredValues(70));
+    check(scatteredValues(50));
 }
 
 void DecimalTest::shouldMultiplyLikeFractions()
@@ -690,7 +695,7 @@ void DecimalTest::shouldMultiplyLikeFractions()
         }
     };
     check(boundaryValues());
-    check(scatteredValues(70));
+    check(scatteredValues(50));
 }
 
 void DecimalTest::shouldDivideLikeFractions()
@@ -706,7 +711,7 @@ void DecimalTest::shouldDivideLikeFractions()
         }
     };
     check(boundaryValues());
-    check(scatteredValues(300));
+    check(scatteredValues(200));
 }
 
 void DecimalTest::shouldAddInPlace()
