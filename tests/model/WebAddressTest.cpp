@@ -39,6 +39,7 @@ void WebAddressTest::shouldReadAnAbsoluteAddress_data()
         "https://example.com/%F0%9F%98%80");
     row("quotes and angles are encoded", u"https://example.com/\"<>"_s, "https://example.com/%22%3C%3E");
     row("a percent sign alone is encoded", u"https://example.com/100%"_s, "https://example.com/100%25");
+    row("a second number sign is encoded", u"https://example.com/#a#b"_s, "https://example.com/#a%23b");
     row("an encoded character stays", u"https://example.com/a%2Fb"_s, "https://example.com/a%2Fb");
     row("host beyond ASCII", u"https://b\u00fccher.example/"_s, "https://xn--bcher-kva.example/");
 }
