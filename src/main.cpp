@@ -26,7 +26,8 @@ int terminalColumns()
 Environment systemEnvironment()
 {
     // Only the encoding: numbers and dates are formatted by their own rules, not by the C library's.
-    std::setlocale(LC_CTYPE, "");
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread yet
+    (void)std::setlocale(LC_CTYPE, "");
     const auto variable = [](const char *name) { return qgetenv(name); };
     return {
         .clock = std::make_shared<SystemClock>(),
@@ -39,6 +40,7 @@ Environment systemEnvironment()
         .writeError = [](const QByteArray &bytes) { PosixFileStore::writeDescriptor(STDERR_FILENO, bytes); },
         .outputIsTerminal = ::isatty(STDOUT_FILENO) == 1,
         .terminalColumns = terminalColumns(),
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): nor here
         .encoding = nl_langinfo(CODESET),
     };
 }

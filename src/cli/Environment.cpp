@@ -2,6 +2,8 @@
 
 #include "cli/Terminal.h"
 
+#include <cstdint>
+
 #include <iconv.h>
 
 namespace orbitledge {
@@ -17,8 +19,9 @@ QByteArray encoded(const QString &text, const QByteArray &encoding)
     // The locale "C" says nothing about the terminal, which is far more likely to speak UTF-8 than not.
     if (encoding == "UTF-8" || encoding == "ANSI_X3.4-1968")
         return utf8;
-    const iconv_t converter = iconv_open((encoding + "//TRANSLIT").constData(), "UTF-8");
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    auto *const converter = iconv_open((encoding + "//TRANSLIT").constData(), "UTF-8");
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how POSIX says that there is none
+    if (converter == reinterpret_cast<iconv_t>(std::intptr_t{-1}))
         return utf8;
     constexpr std::size_t bytesPerByte = 8; // "…" becomes three dots, some letters a whole word
     QByteArray result(utf8.size() * qsizetype{bytesPerByte}, Qt::Uninitialized);

@@ -31,7 +31,7 @@ using Setter = std::optional<QString> (*)(TimelineArguments &, const QByteArray 
 
 struct ValueOption {
     QByteArrayView name;
-    Setter set;
+    Setter set = nullptr;
 };
 
 std::optional<QString> setSnapshot(TimelineArguments &arguments, const QByteArray &value)
@@ -144,32 +144,33 @@ tl::expected<TimelineArguments, QString> parseTimelineArguments(std::span<const 
 
 ExitCode runTimeline(std::span<const QByteArray> words, const Environment &environment)
 {
-    const auto arguments = parseTimelineArguments(words);
-    if (!arguments) {
-        reportError(environment, u"timeline: "_s + arguments.error());
+    const auto parsed = parseTimelineArguments(words);
+    if (!parsed) {
+        reportError(environment, u"timeline: "_s + parsed.error());
         return ExitCode::Usage;
     }
+    const TimelineArguments &arguments = *parsed;
     const auto finish = [&environment](bool written) {
         if (written)
             return ExitCode::Success;
         reportError(environment, u"The output could not be written"_s);
         return ExitCode::Failure;
     };
-    if (arguments->help)
+    if (arguments.help)
         return finish(writeText(environment, timelineHelp()));
 
-    const auto snapshot = load(arguments->snapshot, environment);
+    const auto snapshot = load(arguments.snapshot, environment);
     if (!snapshot) {
         reportError(environment, snapshot.error());
         return ExitCode::Failure;
     }
-    const Calendar calendar(arguments->timeZone ? *arguments->timeZone : TimeZone::system(),
-        arguments->locale ? *arguments->locale : Locale::fromEnvironment(environment.variable));
-    const Instant now = arguments->now ? *arguments->now : environment.clock->now();
-    const QString currency = arguments->currency.value_or(snapshot->profile.defaultCurrency);
+    const Calendar calendar(arguments.timeZone ? *arguments.timeZone : TimeZone::system(),
+        arguments.locale ? *arguments.locale : Locale::fromEnvironment(environment.variable));
+    const Instant now = arguments.now ? *arguments.now : environment.clock->now();
+    const QString currency = arguments.currency.value_or(snapshot->profile.defaultCurrency);
     const TimelineSnapshot timeline = buildTimeline(snapshot->subscriptions, currency, now, calendar);
 
-    if (arguments->json)
+    if (arguments.json)
         return finish(environment.writeOutput(timelineJson(timeline)));
     const TableOptions options{
         .currency = currency,

@@ -68,7 +68,7 @@ Style brandStyle(QStringView color)
     constexpr std::array styles{
         Style::Cyan, Style::Green, Style::Yellow, Style::Red, Style::Magenta, Style::Blue};
     static_assert(styles.size() == brandPalette.size());
-    const auto found = std::ranges::find_if(
+    const auto *const found = std::ranges::find_if(
         brandPalette, [color](const BrandColor &brand) { return brand.dark == color; });
     return found == brandPalette.end() ? Style::Plain
                                        : styles[static_cast<std::size_t>(found - brandPalette.begin())];
@@ -77,10 +77,10 @@ Style brandStyle(QStringView color)
 class Table {
 public:
     Table(
-        const TimelineSnapshot &snapshot, Instant now, const Calendar &calendar, const TableOptions &options)
+        const TimelineSnapshot &snapshot, Instant now, const Calendar &calendar, TableOptions options)
         : m_snapshot(snapshot)
         , m_today(calendar.localDate(now))
-        , m_options(options)
+        , m_options(std::move(options))
         , m_money(calendar.locale())
         , m_dates(calendar.locale())
     {

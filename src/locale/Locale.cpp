@@ -42,7 +42,7 @@ QByteArray withoutModifier(QByteArray name)
     name.truncate(at);
     struct Script {
         QByteArrayView modifier;
-        const char *subtag;
+        const char *subtag = nullptr;
     };
     for (const Script &script : {Script{"latin", "_Latn"}, Script{"iqtelif", "_Latn"},
              Script{"cyrillic", "_Cyrl"}, Script{"devanagari", "_Deva"}}) {

@@ -50,8 +50,8 @@ bool isInDatabase(const QByteArray &id)
 /// which works them out anew, and slowly, each time it is asked.
 class TimeZone::Rules {
 public:
-    explicit Rules(QTimeZone zone)
-        : m_zone(std::move(zone))
+    explicit Rules(const QTimeZone &zone)
+        : m_zone(zone)
     {
         appendPeriods(m_periods, tableStart, tableEnd);
     }
@@ -142,10 +142,10 @@ std::optional<TimeZone> TimeZone::named(const QByteArray &id)
 {
     if (!isInDatabase(id))
         return std::nullopt;
-    QTimeZone zone(id);
+    const QTimeZone zone(id);
     if (!zone.isValid())
         return std::nullopt;
-    return TimeZone(std::make_shared<const Rules>(std::move(zone)));
+    return TimeZone(std::make_shared<const Rules>(zone));
 }
 
 TimeZone TimeZone::system()
@@ -153,7 +153,7 @@ TimeZone TimeZone::system()
     QTimeZone zone(QTimeZone::systemTimeZoneId());
     if (!zone.isValid())
         zone = QTimeZone::utc();
-    return TimeZone(std::make_shared<const Rules>(std::move(zone)));
+    return TimeZone(std::make_shared<const Rules>(zone));
 }
 
 QByteArray TimeZone::id() const

@@ -3,6 +3,7 @@
 #include "model/FloorDivide.h"
 #include "model/LocalDate.h"
 
+#include <array>
 #include <cstdio>
 
 namespace orbitledge {
@@ -148,10 +149,10 @@ QByteArray Instant::text() const
     const qint64 days = floorDivide(seconds, secondsPerDay);
     const qint64 ofDay = seconds - days * secondsPerDay;
     const LocalDate date = LocalDate::fromDaysSinceEpoch(days);
-    char buffer[64];
-    const int length = std::snprintf(buffer, sizeof buffer, "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ",
+    std::array<char, 64> buffer{};
+    const int length = std::snprintf(buffer.data(), buffer.size(), "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ",
         date.year, date.month, date.day, ofDay / 3600, ofDay / 60 % 60, ofDay % 60);
-    return {buffer, length};
+    return {buffer.data(), length};
 }
 
 } // namespace orbitledge

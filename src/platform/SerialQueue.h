@@ -62,7 +62,7 @@ private:
         {
         }
 
-        std::invoke_result_t<Work> takeResult() { return *std::move(m_result); }
+        std::invoke_result_t<Work> takeResult() { return std::move(m_result).value(); }
 
     protected:
         void perform() override { m_result.emplace(m_work()); }

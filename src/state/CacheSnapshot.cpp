@@ -21,7 +21,7 @@ template<> struct RecordFields<CacheSnapshot> {
 
 // Found by argument-dependent lookup, like the overloads for all other types of fields.
 
-bool read(Value &value, DecodingContext &context, SnapshotVersion &target)
+static bool read(Value &value, DecodingContext &context, SnapshotVersion &target)
 {
     if (!read(value, context, target.number))
         return false;
@@ -32,12 +32,12 @@ bool read(Value &value, DecodingContext &context, SnapshotVersion &target)
             .arg(SnapshotVersion::current));
 }
 
-bool read(Value &value, DecodingContext &context, CacheSnapshot &target)
+static bool read(Value &value, DecodingContext &context, CacheSnapshot &target)
 {
     return readRecord(value, context, target);
 }
 
-void write(JsonWriter &writer, const SnapshotVersion &version)
+static void write(JsonWriter &writer, const SnapshotVersion &version)
 {
     writer.number(version.number);
 }

@@ -50,7 +50,7 @@ bool DecodingContext::failMissing(const QString &key)
     return failedAt(key);
 }
 
-bool DecodingContext::failMalformed(QString reason)
+bool DecodingContext::failMalformed(const QString &reason)
 {
     m_malformed = true;
     return fail(DecodingError::Kind::DataCorrupted, u"The data is not valid JSON: "_s + reason);
@@ -244,7 +244,7 @@ std::optional<DecodingError> readDocument(
     QByteArray json, JsonSource source, const std::function<bool(Value &, DecodingContext &)> &read)
 {
     DecodingContext context(source);
-    const auto malformed = [&context](auto why) {
+    const auto malformed = [&context](const auto &why) {
         context.failMalformed(why);
         return context.takeError();
     };

@@ -58,7 +58,7 @@ public:
     bool failMissing(const QString &key);
     bool failTypeMismatch(QLatin1StringView expected, std::string_view token);
     /// The document is not JSON: nothing after this point can be trusted.
-    bool failMalformed(QString reason);
+    bool failMalformed(const QString &reason);
     bool failMalformed(simdjson::error_code code);
     /// Puts where the fault lies before its path; returns false.
     bool failedAt(DecodingError::PathElement element);
@@ -69,7 +69,7 @@ public:
 
 private:
     struct KnownOrder {
-        const void *table;
+        const void *table = nullptr;
         FieldOrder order;
     };
 

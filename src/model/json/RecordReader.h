@@ -13,7 +13,7 @@ template <typename T> inline constexpr bool isOptional<std::optional<T>> = true;
 
 template <typename Record> struct FieldReader {
     std::string_view key;
-    bool required;
+    bool required = false;
     bool (*read)(Value &, DecodingContext &, Record &);
 };
 

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <system_error>
 #include <utility>
 
 namespace orbitledge {
@@ -23,7 +23,7 @@ constexpr qsizetype parserPadding = 64;
 tl::unexpected<FileError> failure(int code)
 {
     FileError error{
-        .kind = FileError::Kind::Other, .errorDescription = QString::fromLocal8Bit(strerror(code))};
+        .kind = FileError::Kind::Other, .errorDescription = QString::fromStdString(std::generic_category().message(code))};
     switch (code) {
     case ENOENT:
         error.kind = FileError::Kind::NotFound;
