@@ -335,6 +335,10 @@ private Q_SLOTS:
             "2026-11-02T05:00:00Z", 1);
         row("to the second of two midnights", "America/Havana", "2026-10-31T04:00:00Z",
             "2026-11-01T05:00:00Z", 1);
+        row("on to the day before, come back after midnight", "America/St_Johns", "2006-10-29T02:30:30Z",
+            "2006-10-29T02:45:00Z", 0);
+        row("back from the day before, come back after midnight", "America/St_Johns", "2006-10-29T02:45:00Z",
+            "2006-10-29T02:30:30Z", 0);
         row("over a day skipped whole", "Pacific/Apia", "2011-12-29T10:00:00Z", "2011-12-30T10:00:00Z", 2);
         row("back over a day skipped whole", "Pacific/Apia", "2011-12-30T10:00:00Z", "2011-12-29T10:00:00Z",
             -2);

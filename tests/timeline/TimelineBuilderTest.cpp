@@ -554,6 +554,8 @@ private Q_SLOTS:
             u"18 19 20 21 22 23 *24"_s);
         row("hour before midnight repeated", "Africa/Cairo", "ar_EG", "2026-10-29T21:30:00Z",
             u"24 25 26 27 28 *29 30"_s);
+        row("half an hour to either side of midnight skipped", "America/Toronto", "en_US",
+            "1919-04-02T12:00:00Z", u"30 31 1 *2 3 4 5"_s);
         row("a day skipped whole", "Pacific/Apia", "en_US", "2011-12-29T20:00:00Z", u"25 26 27 28 *29 31"_s);
         row("on the day after it", "Pacific/Apia", "en_US", "2011-12-30T20:00:00Z", u"25 26 27 28 29 *31"_s);
     }
