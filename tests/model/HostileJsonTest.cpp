@@ -2,8 +2,11 @@
 #include "support/JsonDocuments.h"
 #include "support/Printing.h"
 #include "support/TestMain.h"
+#include "support/TimeLimit.h"
 
 #include <QElapsedTimer>
+
+#include <sys/mman.h>
 
 #include <memory>
 
@@ -50,7 +53,7 @@ QByteArray repeated(const QByteArray &text, qsizetype times)
     return text.repeated(times);
 }
 
-constexpr qint64 longestMilliseconds = 1000;
+constexpr qint64 longestMilliseconds = timeLimit(1000);
 
 } // namespace
 
@@ -86,6 +89,7 @@ private Q_SLOTS:
     void shouldRefuseAMillionBracketsQuickly();
     void shouldReadManyKeysQuickly_data();
     void shouldReadManyKeysQuickly();
+    void shouldRefuseADocumentOverAGigabyteWithoutReadingIt();
     void shouldReadATextOfManyMegabytes();
     void shouldReadANumberOfManyMegabytes();
 };
@@ -685,6 +689,20 @@ void HostileJsonTest::shouldReadManyKeysQuickly()
     QVERIFY2(timer.elapsed() < longestMilliseconds, qPrintable(QString::number(timer.elapsed())));
     QVERIFY2(decoded, decoded ? "" : qPrintable(decoded.error().debugDescription));
     QCOMPARE(encodeJson(*decoded), request());
+}
+
+void HostileJsonTest::shouldRefuseADocumentOverAGigabyteWithoutReadingIt()
+{
+    // Address space alone: to read a byte of it would end the program.
+    constexpr std::size_t size = (std::size_t{1} << 30) + 1;
+    void *const nothing = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    QVERIFY(nothing != MAP_FAILED);
+    const auto json = QByteArray::fromRawData(static_cast<const char *>(nothing), qsizetype{size});
+    const auto decoded = decodeJson<CreateSubscriptionRequest>(json);
+    QVERIFY(!decoded);
+    QCOMPARE(decoded.error().kind, Kind::DataCorrupted);
+    QCOMPARE(decoded.error().debugDescription, u"The data is not valid JSON: it is larger than 1 GiB"_s);
+    munmap(nothing, size);
 }
 
 void HostileJsonTest::shouldReadATextOfManyMegabytes()
