@@ -81,7 +81,8 @@ bool DecodingContext::failMalformed(error_code code)
 
 bool DecodingContext::failedAt(DecodingError::PathElement element)
 {
-    m_error.codingPath.insert(m_error.codingPath.begin(), std::move(element));
+    m_error.codingPath.push_back(std::move(element));
+    std::ranges::rotate(m_error.codingPath, std::prev(m_error.codingPath.end()));
     return false;
 }
 
