@@ -2,9 +2,9 @@
 
 #include "cli/Terminal.h"
 
-#include <cstdint>
-
 #include <iconv.h>
+
+#include <cstdint>
 
 namespace orbitledge {
 

@@ -76,8 +76,7 @@ Style brandStyle(QStringView color)
 
 class Table {
 public:
-    Table(
-        const TimelineSnapshot &snapshot, Instant now, const Calendar &calendar, TableOptions options)
+    Table(const TimelineSnapshot &snapshot, Instant now, const Calendar &calendar, TableOptions options)
         : m_snapshot(snapshot)
         , m_today(calendar.localDate(now))
         , m_options(std::move(options))

@@ -150,8 +150,9 @@ QByteArray Instant::text() const
     const qint64 ofDay = seconds - days * secondsPerDay;
     const LocalDate date = LocalDate::fromDaysSinceEpoch(days);
     std::array<char, 64> buffer{};
-    const int length = std::snprintf(buffer.data(), buffer.size(), "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ",
-        date.year, date.month, date.day, ofDay / 3600, ofDay / 60 % 60, ofDay % 60);
+    const int length
+        = std::snprintf(buffer.data(), buffer.size(), "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ", date.year,
+            date.month, date.day, ofDay / 3600, ofDay / 60 % 60, ofDay % 60);
     return {buffer.data(), length};
 }
 

@@ -23,7 +23,7 @@ enum class JsonSource { Service, SnapshotCache };
 /// values nested more than 512 deep are refused.
 ///
 /// Safe to call from any thread. The bytes are copied only where their buffer has no room for the
-/// parser's 64 bytes of padding; `withJsonPadding` prepares a buffer that has.
+/// parser's 64 bytes of padding, which `reserve` gives.
 ///
 /// Instantiated for the six records of this folder and for lists of subscriptions and of templates.
 template <typename Record>

@@ -3,9 +3,9 @@
 #include <QByteArray>
 #include <QString>
 
-#include <filesystem>
-
 #include <tl/expected.hpp>
+
+#include <filesystem>
 
 namespace orbitledge {
 
@@ -38,7 +38,8 @@ public:
     /// way where it is missing. At every moment, a crash or loss of power included, the path leads to the
     /// whole old content or to the whole new one, and after success to the new one. Two processes that
     /// write at once do so one after the other.
-    virtual tl::expected<void, FileError> replace(const std::filesystem::path &path, const QByteArray &content)
+    virtual tl::expected<void, FileError> replace(
+        const std::filesystem::path &path, const QByteArray &content)
         = 0;
 
     /// Removes the file; a missing one is no error.

@@ -15,11 +15,13 @@ SerialQueue::~SerialQueue()
 
 void SerialQueue::Job::execute()
 {
+    QEvent *done = nullptr;
     {
         const std::scoped_lock lock(m_mutex);
         perform();
+        done = m_doneEvent.release();
     }
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    QCoreApplication::postEvent(this, done);
 }
 
 bool SerialQueue::Job::event(QEvent *event)

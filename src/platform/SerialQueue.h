@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoroTask>
 #include <QEvent>
 #include <QObject>
 
@@ -7,11 +8,10 @@
 #include <condition_variable>
 #include <coroutine>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
-
-#include <QCoroTask>
 
 namespace orbitledge {
 
@@ -29,7 +29,7 @@ public:
     /// Hands `work` over at once and returns its result once it ran. Needs an event loop on the calling
     /// thread, to which the waiting coroutine returns. `work` must not throw and must not refer to anything
     /// that may be gone when its turn comes.
-    template<std::invocable Work> QCoro::Task<std::invoke_result_t<Work>> run(Work work)
+    template <std::invocable Work> QCoro::Task<std::invoke_result_t<Work>> run(Work work)
     {
         PendingJob<Work> job(std::move(work));
         enqueue(job);
@@ -53,9 +53,12 @@ private:
     private:
         std::mutex m_mutex;
         std::coroutine_handle<> m_waiting;
+        // Made where it will be read, so that nothing but the result is written by one thread and read by
+        // the other.
+        std::unique_ptr<QEvent> m_doneEvent = std::make_unique<QEvent>(QEvent::User);
     };
 
-    template<std::invocable Work> class PendingJob final : public Job {
+    template <std::invocable Work> class PendingJob final : public Job {
     public:
         explicit PendingJob(Work work)
             : m_work(std::move(work))
@@ -72,7 +75,7 @@ private:
         std::optional<std::invoke_result_t<Work>> m_result;
     };
 
-    template<std::invocable Work> struct Awaiter {
+    template <std::invocable Work> struct Awaiter {
         PendingJob<Work> &job;
 
         // The answer comes through the event loop, to which this thread has yet to return.

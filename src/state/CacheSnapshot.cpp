@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace json {
 
-template<> struct RecordFields<CacheSnapshot> {
+template <> struct RecordFields<CacheSnapshot> {
     static constexpr auto table = std::tuple{
         field<&CacheSnapshot::version>("version"),
         field<&CacheSnapshot::profile>("profile"),

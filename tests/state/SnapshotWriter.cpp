@@ -3,12 +3,14 @@
 #include "support/SampleRecords.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 
 #include <cstdio>
 
 using namespace orbitledge;
 
-// Saves two snapshots of different size in turn, until it is killed. Says when the first one is in place.
+// Saves two snapshots of different size in turn, until it is killed. Says, once both were saved, how many
+// microseconds that took.
 int main(int argc, char **argv)
 {
     if (argc != 2)
@@ -21,8 +23,12 @@ int main(int argc, char **argv)
         if (!co_await cache.save(snapshot))
             std::abort();
     };
+    QElapsedTimer pace;
     QCoro::waitFor(save(small));
-    std::puts("saved");
+    pace.start();
+    QCoro::waitFor(save(large));
+    QCoro::waitFor(save(small));
+    std::printf("%lld\n", static_cast<long long>(pace.nsecsElapsed() / 1000));
     std::fflush(stdout);
     while (true) {
         QCoro::waitFor(save(large));

@@ -22,8 +22,8 @@ constexpr qsizetype parserPadding = 64;
 
 tl::unexpected<FileError> failure(int code)
 {
-    FileError error{
-        .kind = FileError::Kind::Other, .errorDescription = QString::fromStdString(std::generic_category().message(code))};
+    FileError error{.kind = FileError::Kind::Other,
+        .errorDescription = QString::fromStdString(std::generic_category().message(code))};
     switch (code) {
     case ENOENT:
         error.kind = FileError::Kind::NotFound;

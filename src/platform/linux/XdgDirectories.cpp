@@ -1,9 +1,9 @@
 #include "platform/linux/XdgDirectories.h"
 
-#include <vector>
-
 #include <pwd.h>
 #include <unistd.h>
+
+#include <vector>
 
 namespace orbitledge {
 
