@@ -14,7 +14,7 @@ fail() {
 packages_for() {
     local purpose
     for purpose in "$@"; do
-        sed -n "s/^$purpose[[:space:]]\{1,\}\([^[:space:]]\{1,\}\)\$/\1/p" packaging/debian-packages.txt
+        sed -n "s/^${purpose}[[:space:]]\{1,\}\([^[:space:]]\{1,\}\)\$/\1/p" packaging/debian-packages.txt
     done | sort -u
 }
 
