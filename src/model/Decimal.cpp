@@ -79,7 +79,7 @@ template <typename Number> Number withoutDigits(const Number &value, int count, 
     // Less than half of the unit; of one that the type cannot hold, every value is.
     if (count > digitCount(value) || static_cast<std::size_t>(count) >= wholePowers<Number>().size())
         return 0;
-    const Number &unit = wholePower<Number>(count);
+    const auto &unit = wholePower<Number>(count);
     Number quotient;
     Number remainder;
     boost::multiprecision::divide_qr(value, unit, quotient, remainder);

@@ -65,7 +65,8 @@ private:
         {
         }
 
-        std::invoke_result_t<Work> takeResult() { return std::move(m_result).value(); }
+        // NOLINTNEXTLINE(bugprone-unchecked-optional-access): nobody waits past the job's end
+        std::invoke_result_t<Work> takeResult() { return *std::move(m_result); }
 
     protected:
         void perform() override { m_result.emplace(m_work()); }

@@ -19,9 +19,11 @@ template <> struct RecordFields<CacheSnapshot> {
     };
 };
 
-// Found by argument-dependent lookup, like the overloads for all other types of fields.
+// Found by argument-dependent lookup, like the overloads for all other types of fields; inside an unnamed
+// namespace they would not be.
+// NOLINTBEGIN(misc-use-internal-linkage)
 
-static bool read(Value &value, DecodingContext &context, SnapshotVersion &target)
+bool read(Value &value, DecodingContext &context, SnapshotVersion &target)
 {
     if (!read(value, context, target.number))
         return false;
@@ -32,15 +34,17 @@ static bool read(Value &value, DecodingContext &context, SnapshotVersion &target
             .arg(SnapshotVersion::current));
 }
 
-static bool read(Value &value, DecodingContext &context, CacheSnapshot &target)
+bool read(Value &value, DecodingContext &context, CacheSnapshot &target)
 {
     return readRecord(value, context, target);
 }
 
-static void write(JsonWriter &writer, const SnapshotVersion &version)
+void write(JsonWriter &writer, const SnapshotVersion &version)
 {
     writer.number(version.number);
 }
+
+// NOLINTEND(misc-use-internal-linkage)
 
 } // namespace json
 
