@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <clocale>
-#include <cstdlib>
 #include <vector>
 
 using namespace orbitledge;

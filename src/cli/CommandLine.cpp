@@ -18,8 +18,11 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
     if (command == "timeline")
         return runTimeline(words.subspan(1), environment);
 
-    const auto print = [&environment](const QString &text) {
-        return writeText(environment, text) ? ExitCode::Success : ExitCode::Failure;
+    const auto print = [&](const QString &text) {
+        if (words.size() == 1)
+            return finish(environment, writeText(environment, text));
+        reportError(environment, u"\"%1\" was not expected"_s.arg(QString::fromUtf8(words[1])));
+        return ExitCode::Usage;
     };
     if (command == "--help" || command == "-h")
         return print(generalHelp());

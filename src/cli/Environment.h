@@ -25,17 +25,21 @@ struct Environment {
     bool outputIsTerminal = false;
     /// Of the terminal; 0 where the output is none or does not tell.
     int terminalColumns = 0;
-    /// The encoding of the terminal's locale, "UTF-8" where nothing is known.
+    /// The encoding of the terminal's locale, as nl_langinfo(3) names it.
     QByteArray encoding = "UTF-8";
 };
 
 /// What a command ends with.
 enum class ExitCode { Success = 0, Failure = 1, Usage = 2 };
 
-/// One line on standard error, whatever the reason contains: "orbitledge: " and the reason.
+/// One line on standard error, whatever the reason contains and however long it is: "orbitledge: " and the
+/// reason.
 void reportError(const Environment &environment, const QString &reason);
 
 /// Text for people, in the terminal's encoding; false where not everything could be written.
 bool writeText(const Environment &environment, const QString &text);
+
+/// The end of a command whose output was written, or was not, which is reported.
+ExitCode finish(const Environment &environment, bool written);
 
 } // namespace orbitledge

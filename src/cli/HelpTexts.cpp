@@ -33,7 +33,8 @@ Options:
   --json            print one JSON object, for programs
   -h, --help        print this help
 
-Colours are used on a terminal only, and not where NO_COLOR is set.
+Colours are used on a terminal only, and not where NO_COLOR is set or TERM is
+dumb.
 Exit status: 0 on success, 1 where the data cannot be read, 2 where an argument
 is wrong.
 )");

@@ -129,7 +129,9 @@ tl::expected<TimelineArguments, QString> parseTimelineArguments(std::span<const 
         const QByteArray name = equals < 0 ? word : word.first(equals);
         const auto *const option = std::ranges::find(valueOptions, QByteArrayView(name), &ValueOption::name);
         if (option == valueOptions.end()) {
-            return tl::make_unexpected(word.startsWith("--")
+            if (name == "--json" || name == "--help")
+                return tl::make_unexpected(u"%1 takes no value"_s.arg(QString::fromLatin1(name)));
+            return tl::make_unexpected(word.startsWith('-')
                     ? u"the option %1 is not known"_s.arg(quoted(name))
                     : u"%1 was not expected"_s.arg(quoted(word)));
         }
@@ -150,14 +152,8 @@ ExitCode runTimeline(std::span<const QByteArray> words, const Environment &envir
         return ExitCode::Usage;
     }
     const TimelineArguments &arguments = *parsed;
-    const auto finish = [&environment](bool written) {
-        if (written)
-            return ExitCode::Success;
-        reportError(environment, u"The output could not be written"_s);
-        return ExitCode::Failure;
-    };
     if (arguments.help)
-        return finish(writeText(environment, timelineHelp()));
+        return finish(environment, writeText(environment, timelineHelp()));
 
     const auto snapshot = load(arguments.snapshot, environment);
     if (!snapshot) {
@@ -171,13 +167,14 @@ ExitCode runTimeline(std::span<const QByteArray> words, const Environment &envir
     const TimelineSnapshot timeline = buildTimeline(snapshot->subscriptions, currency, now, calendar);
 
     if (arguments.json)
-        return finish(environment.writeOutput(timelineJson(timeline)));
+        return finish(environment, environment.writeOutput(timelineJson(timeline)));
     const TableOptions options{
         .currency = currency,
-        .colors = environment.outputIsTerminal && environment.variable("NO_COLOR").isEmpty(),
+        .colors = environment.outputIsTerminal && environment.variable("NO_COLOR").isEmpty()
+            && environment.variable("TERM") != "dumb",
         .columns = environment.terminalColumns,
     };
-    return finish(writeText(environment, timelineTable(timeline, now, calendar, options)));
+    return finish(environment, writeText(environment, timelineTable(timeline, now, calendar, options)));
 }
 
 } // namespace orbitledge

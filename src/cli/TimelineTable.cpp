@@ -19,6 +19,7 @@ namespace {
 constexpr auto indent = "  "_L1;
 constexpr auto gap = "  "_L1;
 constexpr int narrowestName = 8;
+// A subtitle that would be cut to less than this says nothing any more.
 constexpr int narrowestSubtitle = 16;
 
 QString daysText(std::optional<qint64> days)
@@ -37,12 +38,32 @@ QString daysText(std::optional<qint64> days)
     }
 }
 
+/// A text that was measured once.
+struct Cell {
+    Cell(const QString &content)
+        : text(content)
+        , width(displayWidth(content))
+    {
+    }
+
+    [[nodiscard]] QString filled(int columns, Align align) const
+    {
+        if (width > columns)
+            return padded(elided(text, columns), columns, align);
+        const QString blanks(columns - width, u' ');
+        return align == Align::Left ? text + blanks : blanks + text;
+    }
+
+    QString text;
+    int width;
+};
+
 struct Row {
-    QString date;
-    QString name;
-    QString subtitle;
-    QString cost;
-    QString days;
+    Cell date;
+    Cell name;
+    Cell subtitle;
+    Cell cost;
+    Cell days;
     Urgency urgency = Urgency::None;
     bool isInactive = false;
 };
@@ -52,12 +73,12 @@ struct Section {
     std::vector<Row> rows;
 };
 
-int widest(const std::vector<Section> &sections, QString Row::*column)
+int widest(const std::vector<Section> &sections, Cell Row::*column)
 {
     int width = 0;
     for (const Section &section : sections) {
         for (const Row &row : section.rows)
-            width = std::max(width, displayWidth(row.*column));
+            width = std::max(width, (row.*column).width);
     }
     return width;
 }
@@ -109,7 +130,10 @@ private:
         m_text += u'\n';
     }
 
-    QString money(const Decimal &amount) { return m_money.text(amount, m_options.currency); }
+    // The currency's code comes from outside and may be anything.
+    QString money(const Decimal &amount) { return printable(m_money.text(amount, m_options.currency)); }
+
+    [[nodiscard]] bool fits(int width) const { return m_options.columns <= 0 || width <= m_options.columns; }
 
     void totals()
     {
@@ -117,31 +141,58 @@ private:
         line(decorated(money(m_snapshot.monthlyTotal), Style::Bold) + u" / month"_s);
         line(decorated(money(m_snapshot.remainingThisMonth), Style::Bold) + u" left to charge"_s);
         line(u"%1 active"_s.arg(m_snapshot.activeCount));
-        if (m_snapshot.totalsArePartial) {
-            line(decorated(u"Partial total"_s, Style::Yellow)
-                + u": Some subscriptions could not be converted to your profile currency."_s);
+        if (m_snapshot.totalsArePartial)
+            partialTotal();
+    }
+
+    void partialTotal()
+    {
+        const QString label = u"Partial total"_s;
+        const QString reason = u"Some subscriptions could not be converted to your profile currency."_s;
+        if (fits(static_cast<int>(label.size() + 2 + reason.size()))) {
+            line(decorated(label, Style::Yellow) + u": "_s + reason);
+            return;
         }
+        line(decorated(label, Style::Yellow));
+        QString part;
+        for (const QString &word : reason.split(u' ')) {
+            if (!part.isEmpty() && !fits(static_cast<int>(part.size() + 1 + word.size()))) {
+                line(part);
+                part.clear();
+            }
+            part += (part.isEmpty() ? QString() : u" "_s) + word;
+        }
+        line(part);
     }
 
     void week()
     {
         if (m_snapshot.week.isEmpty())
             return;
+        line();
+        const QString wide = weekStrip(u"  "_s);
+        line(fits(m_weekWidth) ? wide : weekStrip(u""_s));
+    }
+
+    /// The days in a row, `between` two of them; sets the width.
+    QString weekStrip(const QString &between)
+    {
         QString strip;
+        m_weekWidth = 0;
         for (const TimelineDay &day : m_snapshot.week) {
-            QString column
+            const QString name
                 = m_dates.narrowWeekday(day.localDate).toUpper() + u' ' + m_dates.day(day.localDate);
-            if (day.isToday)
-                column = u'[' + decorated(column, Style::Bold) + u']';
-            else
-                column = u' ' + column + u' ';
+            const QString before = strip.isEmpty() ? u" "_s : between;
             QString dots;
             for (const QString &color : day.renewalColors)
                 dots += decorated(u"●"_s, brandStyle(color));
-            strip += column + dots + gap;
+            const QString shown
+                = day.isToday ? u'[' + decorated(name, Style::Bold) + u']' : u' ' + name + u' ';
+            strip += before + shown + dots;
+            m_weekWidth
+                += displayWidth(before) + displayWidth(name) + 2 + static_cast<int>(day.renewalColors.size());
         }
-        line();
-        line(u' ' + strip);
+        return strip;
     }
 
     void rows()
@@ -157,37 +208,63 @@ private:
             line(u"No subscriptions yet"_s);
         }
 
-        const int date = widest(sections, &Row::date);
-        int subtitle = widest(sections, &Row::subtitle);
-        const int cost = widest(sections, &Row::cost);
-        const int days = widest(sections, &Row::days);
-        int name = widest(sections, &Row::name);
-        if (m_options.columns > 0) {
-            const int fixed = static_cast<int>(indent.size() + 4 * gap.size()) + date + cost + days;
-            const auto giveWay = [&](int width, int narrowest) {
-                const int surplus = std::max(0, fixed + name + subtitle - m_options.columns);
-                return std::min(width, std::max(narrowest, width - surplus));
-            };
-            subtitle = giveWay(subtitle, narrowestSubtitle);
-            name = giveWay(name, narrowestName);
-        }
-
+        const Widths widths = fittingWidths(sections);
         for (const Section &section : sections) {
             line();
             line(decorated(section.title, Style::Bold));
-            for (const Row &row : section.rows) {
-                const Style urgency = row.urgency == Urgency::Urgent ? Style::Red
-                    : row.urgency == Urgency::Soon                   ? Style::Yellow
-                                                                     : Style::Plain;
-                const QString daysColumn = decorated(padded(row.days, days, Align::Left), urgency);
-                line(indent + padded(row.date, date, Align::Left) + gap
-                    + decorated(padded(elided(row.name, name), name, Align::Left),
-                        row.isInactive ? Style::Dim : Style::Plain)
-                    + gap
-                    + decorated(padded(elided(row.subtitle, subtitle), subtitle, Align::Left), Style::Dim)
-                    + gap + padded(row.cost, cost, Align::Right) + gap + daysColumn);
-            }
+            for (const Row &row : section.rows)
+                line(rowText(row, widths));
         }
+    }
+
+    struct Widths {
+        int date;
+        int name;
+        /// 0 where there is no room for it.
+        int subtitle;
+        int cost;
+        int days;
+
+        [[nodiscard]] int whole() const
+        {
+            const auto gaps = indent.size() + (subtitle > 0 ? 4 : 3) * gap.size();
+            return static_cast<int>(gaps) + date + name + subtitle + cost + days;
+        }
+    };
+
+    /// First subtitles give way, down to nothing, as their date has a column of its own; then names.
+    [[nodiscard]] Widths fittingWidths(const std::vector<Section> &sections) const
+    {
+        Widths widths{
+            .date = widest(sections, &Row::date),
+            .name = widest(sections, &Row::name),
+            .subtitle = widest(sections, &Row::subtitle),
+            .cost = widest(sections, &Row::cost),
+            .days = widest(sections, &Row::days),
+        };
+        const auto surplus = [&] { return fits(widths.whole()) ? 0 : widths.whole() - m_options.columns; };
+        widths.subtitle -= std::min(surplus(), std::max(0, widths.subtitle - narrowestSubtitle));
+        widths.name -= std::min(surplus(), std::max(0, widths.name - narrowestName));
+        if (surplus() > 0) {
+            widths.subtitle = 0;
+            widths.name = widest(sections, &Row::name);
+            widths.name -= std::min(surplus(), std::max(0, widths.name - narrowestName));
+        }
+        return widths;
+    }
+
+    [[nodiscard]] QString rowText(const Row &row, const Widths &widths) const
+    {
+        const Style urgency = row.urgency == Urgency::Urgent ? Style::Red
+            : row.urgency == Urgency::Soon                   ? Style::Yellow
+                                                             : Style::Plain;
+        QString text = indent + row.date.filled(widths.date, Align::Left) + gap
+            + decorated(row.name.filled(widths.name, Align::Left), row.isInactive ? Style::Dim : Style::Plain)
+            + gap;
+        if (widths.subtitle > 0)
+            text += decorated(row.subtitle.filled(widths.subtitle, Align::Left), Style::Dim) + gap;
+        return text + row.cost.filled(widths.cost, Align::Right) + gap
+            + decorated(row.days.filled(widths.days, Align::Left), urgency);
     }
 
     Row row(const TimelineEntry &entry, bool isInactive)
@@ -210,6 +287,7 @@ private:
     MoneyFormatter m_money;
     DateFormatter m_dates;
     QString m_text;
+    int m_weekWidth = 0;
 };
 
 } // namespace

@@ -11,7 +11,8 @@ struct TableOptions {
     /// ISO 4217 code of the totals.
     QString currency;
     bool colors = false;
-    /// Subtitles and then names give way where lines would be longer; 0 for no limit.
+    /// Where lines would be longer, subtitles and then names give way, down to some 50 columns; 0 for no
+    /// limit.
     int columns = 0;
 };
 

@@ -35,18 +35,18 @@ QList<Grapheme> graphemesOf(const QString &text)
 {
     QList<Grapheme> graphemes;
     graphemes.reserve(text.size());
-    // Most names are plain ASCII, where every character is a cluster; a carriage return and line feed, the
-    // one exception, is not worth the break iterator.
+    // In printable ASCII every character is a cluster.
     if (std::ranges::all_of(text, [](QChar c) { return c.unicode() >= 0x20 && c.unicode() < 0x7F; })) {
         for (const QChar c : text)
             graphemes.append({QString(c), 1});
         return graphemes;
     }
     UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::BreakIterator> breaks(
+    // Its rules take far longer to load than a text to go through.
+    thread_local const std::unique_ptr<icu::BreakIterator> breaks(
         icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
     const icu::UnicodeString source = fromQString(text);
-    if (U_FAILURE(status))
+    if (!breaks)
         return {{text, static_cast<int>(text.size())}};
     breaks->setText(source);
     int32_t start = breaks->first();

@@ -4,12 +4,10 @@
 #include "support/TestMain.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QStandardPaths>
 
 using namespace orbitledge;
 using namespace orbitledge::testing;
@@ -141,6 +139,64 @@ private Q_SLOTS:
         QVERIFY(process.waitForFinished());
         QCOMPARE(process.exitCode(), 1);
         QCOMPARE(process.readAllStandardError(), "orbitledge: The output could not be written\n"_ba);
+    }
+
+    void shouldSpeakTheEncodingOfTheLocale()
+    {
+        const QTemporaryDir locales;
+        if (QProcess::execute(u"localedef"_s,
+                {u"-i"_s, u"de_DE"_s, u"-f"_s, u"ISO-8859-1"_s, locales.filePath(u"de_DE.ISO-8859-1"_s)})
+            != 0)
+            QSKIP("no localedef, or no sources of locales, here");
+        const QHash<QString, QString> latin{
+            {u"LOCPATH"_s, locales.path()}, {u"LC_ALL"_s, u"de_DE.ISO-8859-1"_s}};
+        save(encodeCacheSnapshot(sampleSnapshot(1)));
+        const Result shown = run({u"timeline"_s, u"--now"_s, u"2026-03-18T12:00:00Z"_s}, {}, latin);
+        QCOMPARE(shown.exitCode, 0);
+        QVERIFY(shown.output.startsWith("M\xE4rz 2026\n"));
+        const Result missing = run({u"timeline"_s, u"--snapshot"_s, u"/f\u00FCr"_s}, {}, latin);
+        QCOMPARE(missing.exitCode, 1);
+        QCOMPARE(missing.errors, "orbitledge: /f\xFCr: No such file or directory\n"_ba);
+    }
+
+    void shouldUseColoursAndKeepToTheWidthOnATerminal()
+    {
+        save(encodeCacheSnapshot(sampleSnapshot(1)));
+        const auto onTerminal = [](const QString &prefix) {
+            QProcess terminal;
+            const QString command = u"stty cols 60; %1 '%2' timeline --now 2026-03-18T12:00:00Z"_s.arg(
+                prefix, QStringLiteral(ORBITLEDGE_PROGRAM));
+            terminal.start(u"script"_s, {u"-qec"_s, command, u"/dev/null"_s});
+            return terminal.waitForFinished() && terminal.exitCode() == 0 ? terminal.readAllStandardOutput()
+                                                                          : QByteArray();
+        };
+        const QByteArray colored = onTerminal(u"TERM=xterm"_s);
+        QVERIFY(colored.contains("\x1B[1m"));
+        const QByteArray plain = onTerminal(u"TERM=xterm NO_COLOR=1"_s);
+        QVERIFY(plain.contains("Subscription 0"));
+        QVERIFY(!plain.contains('\x1B'));
+        for (const QByteArray &line : plain.split('\n'))
+            QVERIFY(QString::fromUtf8(line).trimmed().size() <= 60);
+    }
+
+    void shouldEndInOrderWithoutStandardStreams_data()
+    {
+        QTest::addColumn<QString>("redirection");
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("no input") << u"<&-"_s << 0;
+        QTest::newRow("no output") << u">&-"_s << 1;
+        QTest::newRow("no error output") << u"2>&-"_s << 0;
+        QTest::newRow("none at all") << u"<&- >&- 2>&-"_s << 1;
+    }
+    void shouldEndInOrderWithoutStandardStreams()
+    {
+        QFETCH(QString, redirection);
+        QFETCH(int, exitCode);
+        save(encodeCacheSnapshot(sampleSnapshot(1)));
+        QCOMPARE(
+            QProcess::execute(u"sh"_s,
+                {u"-c"_s, u"'%1' timeline --json %2"_s.arg(QStringLiteral(ORBITLEDGE_PROGRAM), redirection)}),
+            exitCode);
     }
 
     void shouldLoadNoGraphicalLibrary()

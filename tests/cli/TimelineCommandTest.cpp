@@ -1,6 +1,7 @@
 #include "cli/TimelineCommand.h"
 
 #include "cli/CommandLine.h"
+#include "cli/Terminal.h"
 #include "support/FakeFileStore.h"
 #include "support/SampleRecords.h"
 #include "support/TestMain.h"
@@ -168,6 +169,11 @@ private Q_SLOTS:
         QCOMPARE(run({"timeline"}), ExitCode::Success);
         QVERIFY(m_output.contains('\x1B'));
 
+        m_variables["TERM"] = "dumb";
+        QCOMPARE(run({"timeline"}), ExitCode::Success);
+        QVERIFY(!m_output.contains('\x1B'));
+
+        m_variables["TERM"] = "xterm";
         m_variables["NO_COLOR"] = "1";
         QCOMPARE(run({"timeline"}), ExitCode::Success);
         QVERIFY(!m_output.contains('\x1B'));
@@ -188,9 +194,34 @@ private Q_SLOTS:
 
     void shouldKeepLinesWithinTheTerminal()
     {
+        for (const int columns : {120, 90, 80, 72, 60, 50}) {
+            m_environment.terminalColumns = columns;
+            QCOMPARE(run({"timeline"}), ExitCode::Success);
+            for (const QByteArray &line : m_output.split('\n'))
+                QVERIFY2(displayWidth(QString::fromUtf8(line)) <= columns, line.constData());
+        }
+    }
+
+    void shouldCutSubtitlesFirstAndThenNames()
+    {
         m_environment.terminalColumns = 72;
         QCOMPARE(run({"timeline"}), ExitCode::Success);
         QCOMPARE(m_output, expected(u"table-72-columns.txt"_s));
+        m_environment.terminalColumns = 50;
+        QCOMPARE(run({"timeline"}), ExitCode::Success);
+        QCOMPARE(m_output, expected(u"table-50-columns.txt"_s));
+    }
+
+    void shouldPrintACurrencyThatIsNoneWithoutItsControlCharacters()
+    {
+        CacheSnapshot snapshot = sampleSnapshot(1);
+        snapshot.profile.defaultCurrency = u"\u001B[31mX\nY"_s;
+        snapshot.subscriptions[0].currency = snapshot.profile.defaultCurrency;
+        QVERIFY(m_files->replace(cacheFile, encodeCacheSnapshot(snapshot)));
+        QCOMPARE(run({"timeline"}), ExitCode::Success);
+        QVERIFY(!m_output.contains('\x1B'));
+        QVERIFY(m_output.startsWith(
+            "March 2026\n\uFFFD[31MX\uFFFDY 9.99 / month\n\uFFFD[31MX\uFFFDY 9.99 left to charge\n"));
     }
 
     void shouldRefuseMalformedArgumentsInOneLine_data()
@@ -255,7 +286,7 @@ private Q_SLOTS:
         QCOMPARE(run({"timeline"}), ExitCode::Failure);
         QCOMPARE(m_errors, message);
         QCOMPARE(m_output, ""_ba);
-        // It only reads: the next fetch may need nothing more than this file's absence to be noticed.
+        // It only reads; whether the file is of any use is for others to decide.
         QCOMPARE(m_files->content(cacheFile), content);
         QCOMPARE(m_files->removals(), 0);
     }
@@ -278,9 +309,12 @@ private Q_SLOTS:
     void shouldFailWhereTheOutputCannotBeWritten()
     {
         m_environment.writeOutput = [](const QByteArray &) { return false; };
-        for (const QByteArray &word : {"--json"_ba, "--help"_ba})
-            QCOMPARE(run({"timeline", word}), ExitCode::Failure);
-        QCOMPARE(m_errors, "orbitledge: The output could not be written\n"_ba);
+        using Words = QList<QByteArray>;
+        for (const Words &words : {Words{"timeline"}, Words{"timeline", "--json"},
+                 Words{"timeline", "--help"}, Words{"--help"}, Words{"--version"}}) {
+            QCOMPARE(run(words), ExitCode::Failure);
+            QCOMPARE(m_errors, "orbitledge: The output could not be written\n"_ba);
+        }
     }
 
     void shouldWriteTextInTheTerminalsEncoding()
@@ -313,6 +347,25 @@ private Q_SLOTS:
     {
         QCOMPARE(run({}), ExitCode::Usage);
         QCOMPARE(run({"frobnicate"}), ExitCode::Usage);
+        QCOMPARE(m_errors.count('\n'), 1);
+        QCOMPARE(run({"--version", "twice"}), ExitCode::Usage);
+        QCOMPARE(m_errors, "orbitledge: \"twice\" was not expected\n"_ba);
+    }
+
+    void shouldSayOfASwitchThatItTakesNoValue()
+    {
+        QCOMPARE(run({"timeline", "--json=yes"}), ExitCode::Usage);
+        QCOMPARE(m_errors, "orbitledge: timeline: --json takes no value\n"_ba);
+    }
+
+    void shouldBoundALineOnStandardErrorWhateverItQuotes()
+    {
+        const QByteArray endless(3'000'000, 'x');
+        QVERIFY(m_files->replace(
+            cacheFile, encodeCacheSnapshot(sampleSnapshot(0)).replace("2026-03-18T09:00:00Z", endless)));
+        QCOMPARE(run({"timeline"}), ExitCode::Failure);
+        QVERIFY(m_errors.size() < 1100);
+        QVERIFY(m_errors.contains("fetchedAt"));
         QCOMPARE(m_errors.count('\n'), 1);
     }
 };
