@@ -4,7 +4,6 @@
 #include <unicode/region.h>
 
 #include <algorithm>
-#include <memory>
 #include <span>
 
 namespace orbitledge {

@@ -6,7 +6,6 @@
 #include <QTimeZone>
 
 #include <algorithm>
-#include <limits>
 #include <vector>
 
 namespace orbitledge {
@@ -33,15 +32,15 @@ QDateTime utc(qint64 milliseconds)
     return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
 }
 
+const QString databaseFolder = u"/usr/share/zoneinfo/"_s;
+
 bool isInDatabase(const QByteArray &id)
 {
     // The toolkit would also take a POSIX rule ("FOO+3") for a name, and a path that leaves the folder.
     static const QRegularExpression name(u"\\A[A-Za-z0-9_+-]+(/[A-Za-z0-9_+-]+)*\\z"_s);
     if (!name.match(QString::fromLatin1(id)).hasMatch() || id.startsWith("right/"))
         return false;
-    const QByteArray folder
-        = qEnvironmentVariableIsSet("TZDIR") ? qgetenv("TZDIR") : "/usr/share/zoneinfo"_ba;
-    return QFileInfo(QString::fromLocal8Bit(folder + '/' + id)).isFile();
+    return QFileInfo(databaseFolder + QString::fromLatin1(id)).isFile();
 }
 
 } // namespace
@@ -150,6 +149,18 @@ std::optional<TimeZone> TimeZone::named(const QByteArray &id)
 
 TimeZone TimeZone::system()
 {
+    // The C library takes a colon in front, and whole paths; the toolkit takes neither.
+    QString chosen = qEnvironmentVariable("TZ");
+    if (chosen.startsWith(u':'))
+        chosen.remove(0, 1);
+    // Where nothing is chosen, the link names the zone; the toolkit would ask a text file first, which may
+    // be out of date.
+    if (chosen.isEmpty())
+        chosen = QFileInfo(u"/etc/localtime"_s).symLinkTarget();
+    if (chosen.startsWith(databaseFolder))
+        chosen.remove(0, databaseFolder.size());
+    if (auto zone = named(chosen.toLatin1()))
+        return *std::move(zone);
     QTimeZone zone(QTimeZone::systemTimeZoneId());
     if (!zone.isValid())
         zone = QTimeZone::utc();

@@ -29,7 +29,7 @@ struct CacheSnapshot {
 };
 
 /// One JSON object. A version that is not the current one is a fault of the key "version" and comes before
-/// any other.
+/// all others but broken JSON.
 Decoded<CacheSnapshot> decodeCacheSnapshot(QByteArray json);
 
 /// Keys sorted, no white space; instants in UTC and whole seconds, rounded down.

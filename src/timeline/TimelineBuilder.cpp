@@ -127,7 +127,7 @@ struct Place {
     qsizetype index = 0;
     std::optional<qint64> days;
     /// Where the name's sort key stands; only what has no day is ever ordered by name.
-    std::size_t nameKey = 0;
+    std::optional<std::size_t> nameKey;
 };
 
 class SectionList {
@@ -141,9 +141,12 @@ public:
 
     void add(Bucket bucket, qsizetype index, std::optional<qint64> days)
     {
-        places(bucket).push_back({index, days, m_nameKeys.size()});
-        if (!days)
+        Place place{.index = index, .days = days, .nameKey = std::nullopt};
+        if (!days) {
+            place.nameKey = m_nameKeys.size();
             m_nameKeys.push_back(m_collation.sortKey(m_subscriptions[index].name));
+        }
+        places(bucket).push_back(place);
     }
 
     QList<TimelineSection> take(const std::optional<DateInterval> &month)
@@ -166,7 +169,7 @@ private:
             return *left.days < *right.days;
         if (left.days || right.days)
             return left.days.has_value();
-        return m_nameKeys[left.nameKey] < m_nameKeys[right.nameKey];
+        return m_nameKeys[left.nameKey.value()] < m_nameKeys[right.nameKey.value()];
     }
 
     QString nextMonthName(const std::optional<DateInterval> &month)

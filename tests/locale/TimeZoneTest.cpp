@@ -350,6 +350,10 @@ private Q_SLOTS:
         QTest::newRow("name") << QByteArray("Europe/Berlin") << QByteArray("Europe/Berlin 7200000");
         QTest::newRow("name after a colon")
             << QByteArray(":Europe/Berlin") << QByteArray("Europe/Berlin 7200000");
+        QTest::newRow("path") << QByteArray("/usr/share/zoneinfo/Asia/Tokyo")
+                              << QByteArray("Asia/Tokyo 32400000");
+        QTest::newRow("path after a colon")
+            << QByteArray(":/usr/share/zoneinfo/Asia/Tokyo") << QByteArray("Asia/Tokyo 32400000");
         QTest::newRow("alias") << QByteArray("US/Eastern") << QByteArray("US/Eastern -14400000");
         QTest::newRow("unknown") << QByteArray("Mars/Olympus") << QByteArray("UTC 0");
         QTest::newRow("no name at all") << QByteArray("%$!") << QByteArray("UTC 0");

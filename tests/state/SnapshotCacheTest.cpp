@@ -188,8 +188,9 @@ private Q_SLOTS:
         QElapsedTimer whole;
         whole.start();
         QCoro::waitFor(use());
-        // The work itself takes far longer; generous, because the other core may be busy.
-        QVERIFY2(longest < 50, qPrintable(u"held for %1 ms of %2 ms"_s.arg(longest).arg(whole.elapsed())));
+        // Either half of the work, done on this thread, would hold it for a good part of the whole.
+        QVERIFY2(longest < whole.elapsed() / 4 + 5,
+            qPrintable(u"held for %1 ms of %2 ms"_s.arg(longest).arg(whole.elapsed())));
     }
 };
 

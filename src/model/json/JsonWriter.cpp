@@ -2,8 +2,6 @@
 
 #include "model/UuidText.h"
 
-#include <array>
-
 namespace orbitledge::json {
 
 void JsonWriter::append(std::string_view text)
@@ -80,12 +78,6 @@ void JsonWriter::boolean(bool value)
 {
     separate();
     append(value ? "true" : "false");
-}
-
-void JsonWriter::null()
-{
-    separate();
-    append("null");
 }
 
 void write(JsonWriter &writer, const QString &value)

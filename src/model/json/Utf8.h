@@ -3,7 +3,6 @@
 #include <QString>
 #include <QStringDecoder>
 
-#include <algorithm>
 #include <string_view>
 
 namespace orbitledge::json {

@@ -190,8 +190,9 @@ tl::expected<void, FileError> PosixFileStore::replace(
         return fail();
     if (::renameat(directory.get(), fresh.c_str(), directory.get(), target.c_str()) != 0)
         return fail();
-    // The file is in place; a folder that cannot be flushed (as on some network file systems) is no loss.
-    ::fsync(directory.get());
+    // Some file systems have no way to flush a folder, and no need to.
+    if (::fsync(directory.get()) != 0 && errno != EINVAL && errno != ENOTSUP)
+        return failure(errno);
     return {};
 }
 
