@@ -13,11 +13,54 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <optional>
 #include <thread>
 
 using namespace orbitledge;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What the store asked of the system, and what the system shall answer.
+struct Calls {
+    QStringList log;
+    int failingFlush = 0; // the number of the call to fsync(2) that fails, from 1
+    int flushes = 0;
+};
+Calls calls;
+
+QString nameOf(int descriptor)
+{
+    return QFileInfo(QFile::symLinkTarget(u"/proc/self/fd/%1"_s.arg(descriptor))).fileName();
+}
+
+} // namespace
+
+extern "C" {
+
+// The names are those that the linker gives to wrapped functions.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+int __real_fsync(int descriptor);
+int __real_renameat(int fromFolder, const char *from, int toFolder, const char *to);
+
+int __wrap_fsync(int descriptor)
+{
+    calls.log.append(u"flush "_s + nameOf(descriptor));
+    if (++calls.flushes == calls.failingFlush) {
+        errno = EIO;
+        return -1;
+    }
+    return __real_fsync(descriptor);
+}
+
+int __wrap_renameat(int fromFolder, const char *from, int toFolder, const char *to)
+{
+    calls.log.append(u"rename %1 to %2"_s.arg(QString::fromUtf8(from), QString::fromUtf8(to)));
+    return __real_renameat(fromFolder, from, toFolder, to);
+}
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+}
 
 class PosixFileStoreTest : public QObject {
     Q_OBJECT
@@ -38,7 +81,11 @@ private:
     PosixFileStore m_files;
 
 private Q_SLOTS:
-    void init() { m_folder.emplace(); }
+    void init()
+    {
+        m_folder.emplace();
+        calls = {};
+    }
     void cleanup() { m_folder.reset(); }
 
     void shouldReadBackWhatItWrote_data()
@@ -118,6 +165,30 @@ private Q_SLOTS:
         QVERIFY(!result);
         QVERIFY(!result.error().errorDescription.isEmpty());
         QCOMPARE(*m_files.read(path("file")), "old"_ba);
+    }
+
+    void shouldFlushTheContentBeforeTheRenameAndTheNameAfterIt()
+    {
+        QVERIFY(m_files.replace(path("file"), "x"));
+        const QString folder = QFileInfo(m_folder->path()).fileName();
+        QCOMPARE(calls.log,
+            (QStringList{u"flush .file.new"_s, u"rename .file.new to file"_s, u"flush "_s + folder}));
+    }
+
+    void shouldKeepTheOldFileWhereTheNewContentCannotBeFlushed()
+    {
+        QVERIFY(m_files.replace(path("file"), "old"));
+        calls = {};
+        calls.failingFlush = 1;
+        QVERIFY(!m_files.replace(path("file"), "new"));
+        QCOMPARE(*m_files.read(path("file")), "old"_ba);
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"file"_s});
+    }
+
+    void shouldReportANameThatMayNotSurviveALossOfPower()
+    {
+        calls.failingFlush = 2;
+        QVERIFY(!m_files.replace(path("file"), "new"));
     }
 
     void shouldSayThatTheDiskIsFull()

@@ -284,8 +284,13 @@ std::optional<DecodingError> readDocument(
     Value root;
     if (const error_code code = document.get_value().get(root); code != simdjson::SUCCESS)
         return malformed(code);
-    if (!read(root, context))
-        return context.takeError();
+    if (!read(root, context)) {
+        DecodingError error = context.takeError();
+        const char *location = nullptr;
+        if (context.isMalformed() && document.current_location().get(location) == simdjson::SUCCESS)
+            error.debugDescription += u", near byte %1"_s.arg(location - json.constData() + 1);
+        return error;
+    }
     if (document.current_location().error() != simdjson::OUT_OF_BOUNDS)
         return malformed(u"something stands behind its end"_s);
     return std::nullopt;
