@@ -170,27 +170,32 @@ private:
         if (m_snapshot.week.isEmpty())
             return;
         line();
-        const QString wide = weekStrip(u"  "_s);
-        line(fits(m_weekWidth) ? wide : weekStrip(u""_s));
+        const Strip wide = weekStrip(2);
+        line(fits(wide.width) ? wide.text : weekStrip(0).text);
     }
 
-    /// The days in a row, `between` two of them; sets the width.
-    QString weekStrip(const QString &between)
+    struct Strip {
+        QString text;
+        /// In columns, styles not counted.
+        int width = 0;
+    };
+
+    /// The days in a row, with so many blanks between two of them.
+    Strip weekStrip(int blanks)
     {
-        QString strip;
-        m_weekWidth = 0;
+        Strip strip;
         for (const TimelineDay &day : m_snapshot.week) {
             const QString name
                 = m_dates.narrowWeekday(day.localDate).toUpper() + u' ' + m_dates.day(day.localDate);
-            const QString before = strip.isEmpty() ? u" "_s : between;
+            const QString before(strip.text.isEmpty() ? 1 : blanks, u' ');
             QString dots;
             for (const QString &color : day.renewalColors)
                 dots += decorated(u"●"_s, brandStyle(color));
             const QString shown
                 = day.isToday ? u'[' + decorated(name, Style::Bold) + u']' : u' ' + name + u' ';
-            strip += before + shown + dots;
-            m_weekWidth
-                += displayWidth(before) + displayWidth(name) + 2 + static_cast<int>(day.renewalColors.size());
+            strip.text += before + shown + dots;
+            strip.width
+                += static_cast<int>(before.size() + 2 + day.renewalColors.size()) + displayWidth(name);
         }
         return strip;
     }
@@ -287,7 +292,6 @@ private:
     MoneyFormatter m_money;
     DateFormatter m_dates;
     QString m_text;
-    int m_weekWidth = 0;
 };
 
 } // namespace
