@@ -127,7 +127,7 @@ struct Place {
     qsizetype index = 0;
     std::optional<qint64> days;
     /// Where the name's sort key stands; only what has no day is ever ordered by name.
-    std::optional<std::size_t> nameKey;
+    std::size_t nameKey = 0;
 };
 
 class SectionList {
@@ -141,7 +141,7 @@ public:
 
     void add(Bucket bucket, qsizetype index, std::optional<qint64> days)
     {
-        Place place{.index = index, .days = days, .nameKey = std::nullopt};
+        Place place{.index = index, .days = days, .nameKey = 0};
         if (!days) {
             place.nameKey = m_nameKeys.size();
             m_nameKeys.push_back(m_collation.sortKey(m_subscriptions[index].name));
@@ -169,7 +169,7 @@ private:
             return *left.days < *right.days;
         if (left.days || right.days)
             return left.days.has_value();
-        return m_nameKeys[left.nameKey.value()] < m_nameKeys[right.nameKey.value()];
+        return m_nameKeys[left.nameKey] < m_nameKeys[right.nameKey];
     }
 
     QString nextMonthName(const std::optional<DateInterval> &month)
