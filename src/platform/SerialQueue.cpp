@@ -1,7 +1,5 @@
 #include "platform/SerialQueue.h"
 
-#include <QCoreApplication>
-
 namespace orbitledge {
 
 SerialQueue::~SerialQueue()
@@ -11,29 +9,6 @@ SerialQueue::~SerialQueue()
         m_thread.request_stop();
         m_thread.join();
     }
-}
-
-void SerialQueue::Job::execute()
-{
-    QEvent *done = nullptr;
-    {
-        const std::scoped_lock lock(m_mutex);
-        perform();
-        done = m_doneEvent.release();
-    }
-    QCoreApplication::postEvent(this, done);
-}
-
-bool SerialQueue::Job::event(QEvent *event)
-{
-    if (event->type() != QEvent::User)
-        return QObject::event(event);
-    {
-        // Nobody else holds it by now; taking it makes what the other thread wrote visible here.
-        const std::scoped_lock lock(m_mutex);
-    }
-    m_waiting.resume(); // may end the coroutine, and this object with it
-    return true;
 }
 
 void SerialQueue::enqueue(Job &job)

@@ -1,16 +1,13 @@
 #pragma once
 
+#include "platform/Handover.h"
+
 #include <QCoroTask>
-#include <QEvent>
-#include <QObject>
 
 #include <concepts>
 #include <condition_variable>
-#include <coroutine>
 #include <deque>
-#include <memory>
 #include <mutex>
-#include <optional>
 #include <thread>
 
 namespace orbitledge {
@@ -34,28 +31,19 @@ public:
         PendingJob<Work> job(std::move(work));
         enqueue(job);
         // From here on the queue itself may be gone.
-        co_return co_await Awaiter<Work>{job};
+        co_return co_await job.result();
     }
 
 private:
-    /// A job and the way back: an object of the waiting thread, to which the background thread posts.
-    class Job : public QObject {
+    class Job {
     public:
-        void setWaiting(std::coroutine_handle<> waiting) { m_waiting = waiting; }
+        Job() = default;
+        Job(const Job &) = delete;
+        Job &operator=(const Job &) = delete;
+        virtual ~Job() = default;
 
         /// On the background thread. The job may be gone when this returns.
-        void execute();
-
-    protected:
-        virtual void perform() = 0;
-        bool event(QEvent *event) override;
-
-    private:
-        std::mutex m_mutex;
-        std::coroutine_handle<> m_waiting;
-        // Made where it will be read, so that nothing but the result is written by one thread and read by
-        // the other.
-        std::unique_ptr<QEvent> m_doneEvent = std::make_unique<QEvent>(QEvent::User);
+        virtual void execute() = 0;
     };
 
     template <std::invocable Work> class PendingJob final : public Job {
@@ -65,24 +53,12 @@ private:
         {
         }
 
-        // NOLINTNEXTLINE(bugprone-unchecked-optional-access): nobody waits past the job's end
-        std::invoke_result_t<Work> takeResult() { return *std::move(m_result); }
-
-    protected:
-        void perform() override { m_result.emplace(m_work()); }
+        void execute() override { m_result.give(m_work()); }
+        auto result() { return m_result.wait(); }
 
     private:
         Work m_work;
-        std::optional<std::invoke_result_t<Work>> m_result;
-    };
-
-    template <std::invocable Work> struct Awaiter {
-        PendingJob<Work> &job;
-
-        // The answer comes through the event loop, to which this thread has yet to return.
-        static bool await_ready() { return false; }
-        void await_suspend(std::coroutine_handle<> waiting) { job.setWaiting(waiting); }
-        std::invoke_result_t<Work> await_resume() { return job.takeResult(); }
+        Handover<std::invoke_result_t<Work>> m_result;
     };
 
     void enqueue(Job &job);
