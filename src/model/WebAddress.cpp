@@ -34,4 +34,29 @@ std::optional<QUrl> absoluteUrlFromText(const QString &text)
     return url;
 }
 
+bool isSameOrigin(const QUrl &a, const QUrl &b)
+{
+    const auto port = [](const QUrl &url) {
+        constexpr int http = 80;
+        constexpr int https = 443;
+        return url.port(url.scheme() == u"https" ? https : http);
+    };
+    // QUrl keeps scheme and host in lower case.
+    return a.scheme() == b.scheme() && a.host() == b.host() && port(a) == port(b);
+}
+
+bool isLoopback(const QUrl &url)
+{
+    const QString host = url.host();
+    if (host == u"localhost" || host.endsWith(u".localhost") || host == u"::1")
+        return true;
+    // QUrl writes every form of an IPv4 address as four decimal numbers.
+    const QStringList parts = host.split(u'.');
+    return parts.size() == 4 && parts.front() == u"127"
+        && std::ranges::all_of(parts, [](const QString &part) {
+               bool isNumber = false;
+               return part.toUShort(&isNumber) <= 255 && isNumber;
+           });
+}
+
 } // namespace orbitledge
