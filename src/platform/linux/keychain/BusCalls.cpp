@@ -1,0 +1,131 @@
+#include "platform/linux/keychain/BusCalls.h"
+
+#include "platform/linux/keychain/OneShot.h"
+
+#include <QCoroDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusPendingCall>
+#include <QDBusServiceWatcher>
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <limits>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+using std::chrono::milliseconds;
+
+namespace {
+
+QDBusMessage busMethod(const QString &method)
+{
+    return QDBusMessage::createMethodCall(
+        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
+}
+
+/// `inTime` tells a service that went away from one that keeps silent: both are "no reply" to the bus.
+KeychainStatus statusOfError(const QDBusMessage &error, bool inTime)
+{
+    const QString name = error.errorName();
+    if (name == "org.freedesktop.Secret.Error.NoSuchObject"_L1)
+        return KeychainStatus::ItemNotFound;
+    if (name == "org.freedesktop.Secret.Error.IsLocked"_L1)
+        return KeychainStatus::InteractionNotAllowed;
+    switch (QDBusError(error).type()) {
+    case QDBusError::AccessDenied:
+        return KeychainStatus::AuthFailed;
+    case QDBusError::UnknownObject:
+        return KeychainStatus::ItemNotFound;
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+        return inTime ? KeychainStatus::IoError : KeychainStatus::TimedOut;
+    default:
+        return KeychainStatus::IoError;
+    }
+}
+
+} // namespace
+
+QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::call(QDBusMessage message)
+{
+    if (m_left <= milliseconds::zero())
+        co_return tl::unexpected(KeychainStatus::TimedOut);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    const int timeout = static_cast<int>(std::min<milliseconds::rep>(
+        m_left.count(), std::numeric_limits<int>::max() - 1)); // the maximum itself means no limit
+    const QDBusPendingCall pending = QDBusConnection::sessionBus().asyncCall(message, timeout);
+    const QDBusMessage reply = co_await pending;
+    m_left -= milliseconds(elapsed.elapsed());
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        co_return reply;
+    // The timer of the call and this clock may differ a little.
+    const bool inTime = m_left > milliseconds(20);
+    co_return tl::unexpected(statusOfError(reply, inTime));
+}
+
+QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::callPatiently(QDBusMessage message)
+{
+    const QDBusPendingCall pending
+        = QDBusConnection::sessionBus().asyncCall(message, std::numeric_limits<int>::max());
+    const QDBusMessage reply = co_await pending;
+    restartTime();
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        co_return reply;
+    co_return tl::unexpected(statusOfError(reply, true));
+}
+
+QCoro::Task<KeychainStatus> BusCalls::summon(QString name)
+{
+    QDBusMessage hasOwner = busMethod(u"NameHasOwner"_s);
+    hasOwner << name;
+    const auto owned = co_await call(hasOwner);
+    if (!owned)
+        co_return owned.error();
+    if (owned->arguments().value(0).toBool())
+        co_return KeychainStatus::Success;
+
+    const auto activatable = co_await call(busMethod(u"ListActivatableNames"_s));
+    if (!activatable)
+        co_return activatable.error();
+    if (!activatable->arguments().value(0).toStringList().contains(name))
+        co_return KeychainStatus::ItemNotFound;
+    QDBusMessage start = busMethod(u"StartServiceByName"_s);
+    start << name << 0U;
+    const auto started = co_await call(start);
+    if (started)
+        co_return KeychainStatus::Success;
+    // One that ends at its start is as good as none: the session may be about to start it in its own way.
+    co_return started.error() == KeychainStatus::IoError ? KeychainStatus::ItemNotFound : started.error();
+}
+
+QCoro::Task<KeychainStatus> BusCalls::summon(QString name, milliseconds comingUp)
+{
+    // Watches from before the first question on, so that it cannot come in between unseen.
+    OneShot<bool> came;
+    const QDBusServiceWatcher watcher(
+        name, QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForRegistration);
+    QObject::connect(
+        &watcher, &QDBusServiceWatcher::serviceRegistered, &came, [&came] { came.settle(true); });
+
+    const KeychainStatus summoned = co_await summon(name);
+    if (summoned != KeychainStatus::ItemNotFound)
+        co_return summoned;
+    const std::optional<bool> here = co_await came.settledWithin(comingUp);
+    co_return here ? KeychainStatus::Success : KeychainStatus::NotAvailable;
+}
+
+QCoro::Task<tl::expected<QString, KeychainStatus>> BusCalls::owner(QString name)
+{
+    QDBusMessage ask = busMethod(u"GetNameOwner"_s);
+    ask << name;
+    const auto reply = co_await call(ask);
+    if (!reply)
+        co_return tl::unexpected(reply.error());
+    co_return reply->arguments().value(0).toString();
+}
+
+} // namespace orbitledge

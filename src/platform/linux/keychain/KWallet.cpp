@@ -1,0 +1,79 @@
+#include "platform/linux/keychain/KWallet.h"
+
+#include <utility>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Whatever a call on the daemon's one object reports as missing or locked, it is not an item.
+KeychainStatus daemonFailure(KeychainStatus status)
+{
+    return status == KeychainStatus::ItemNotFound || status == KeychainStatus::InteractionNotAllowed
+        ? KeychainStatus::IoError
+        : status;
+}
+
+} // namespace
+
+KWallet::KWallet(BusCalls &calls, QString daemon)
+    : m_calls(calls)
+    , m_daemon(std::move(daemon))
+{
+}
+
+QDBusMessage KWallet::method(const QString &name) const
+{
+    // org.kde.kwalletd5 has its object at /modules/kwalletd5
+    const QString path = u"/modules/"_s + m_daemon.section(u'.', -1);
+    return QDBusMessage::createMethodCall(m_daemon, path, u"org.kde.KWallet"_s, name);
+}
+
+QCoro::Task<tl::expected<QString, KeychainStatus>> KWallet::wallet()
+{
+    const auto enabled = co_await m_calls.call(method(u"isEnabled"_s));
+    if (!enabled)
+        co_return tl::unexpected(daemonFailure(enabled.error()));
+    if (!enabled->arguments().value(0).toBool())
+        co_return tl::unexpected(KeychainStatus::NotAvailable);
+    const auto name = co_await m_calls.call(method(u"networkWallet"_s));
+    if (!name)
+        co_return tl::unexpected(daemonFailure(name.error()));
+    co_return name->arguments().value(0).toString();
+}
+
+QCoro::Task<tl::expected<bool, KeychainStatus>> KWallet::isSurelyAbsent(QString wallet, KeychainItem item)
+{
+    QDBusMessage ask = method(u"keyDoesNotExist"_s);
+    ask << wallet << item.service << item.account;
+    const auto reply = co_await m_calls.call(ask);
+    if (!reply)
+        co_return tl::unexpected(daemonFailure(reply.error()));
+    co_return reply->arguments().value(0).toBool();
+}
+
+QCoro::Task<tl::expected<bool, KeychainStatus>> KWallet::isOpenForUs(QString wallet, QString service)
+{
+    // An open wallet still asks before it lets in a program that does not use it yet.
+    QDBusMessage ask = method(u"users"_s);
+    ask << wallet;
+    const auto reply = co_await m_calls.call(ask);
+    if (!reply)
+        co_return tl::unexpected(daemonFailure(reply.error()));
+    co_return reply->arguments().value(0).toStringList().contains(service);
+}
+
+QCoro::Task<KeychainStatus> KWallet::open(QString wallet, QString service)
+{
+    QDBusMessage ask = method(u"open"_s);
+    ask << wallet << qlonglong(0) << service; // no window of ours to stand before
+    const auto reply = co_await m_calls.callPatiently(ask);
+    if (!reply)
+        co_return daemonFailure(reply.error());
+    const int handle = reply->arguments().value(0, -1).toInt();
+    co_return handle >= 0 ? KeychainStatus::Success : KeychainStatus::AuthFailed;
+}
+
+} // namespace orbitledge

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/Keychain.h"
+#include "platform/linux/keychain/BusCalls.h"
+
+#include <QCoroTask>
+#include <QString>
+
+#include <tl/expected.hpp>
+
+namespace orbitledge {
+
+/// What has to be asked of KWallet's daemon beside the secrets themselves, for one operation. The names are
+/// those under which QtKeychain keeps entries: the service is the folder, and who asks for access.
+class KWallet {
+public:
+    /// `calls` must outlive this object. `daemon` is its name on the bus, for instance "org.kde.kwalletd5".
+    KWallet(BusCalls &calls, QString daemon);
+
+    /// The wallet for passwords; NotAvailable where the person does without wallets.
+    QCoro::Task<tl::expected<QString, KeychainStatus>> wallet();
+
+    /// Whether it is certain that there is no such entry. Never prompts, also with a closed wallet.
+    QCoro::Task<tl::expected<bool, KeychainStatus>> isSurelyAbsent(QString wallet, KeychainItem item);
+
+    /// Whether the wallet is open and already ours to use, so that nobody will be asked.
+    QCoro::Task<tl::expected<bool, KeychainStatus>> isOpenForUs(QString wallet, QString service);
+
+    /// Opens the wallet for us and waits for the person's password and consent. AuthFailed where they or the
+    /// daemon decline.
+    QCoro::Task<KeychainStatus> open(QString wallet, QString service);
+
+private:
+    [[nodiscard]] QDBusMessage method(const QString &name) const;
+
+    BusCalls &m_calls;
+    QString m_daemon;
+};
+
+} // namespace orbitledge

@@ -1,0 +1,38 @@
+#include "platform/linux/keychain/PromptWatcher.h"
+
+#include <QDBusConnection>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+
+PromptWatcher::PromptWatcher(const QString &service, const QDBusObjectPath &prompt)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    bus.connect(service, prompt.path(), u"org.freedesktop.Secret.Prompt"_s, u"Completed"_s, this,
+        SLOT(complete(bool, QDBusVariant)));
+
+    // GNOME Keyring's windows belong to another process. When that one ends, the keyring calls the prompt
+    // dismissed, but not before the bus told us.
+    const QString prompter = u"org.gnome.keyring.SystemPrompter"_s;
+    m_watcher.setConnection(bus);
+    m_watcher.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
+    m_watcher.setWatchedServices({service, prompter});
+    connect(
+        &m_watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this, service](const QString &name) {
+            if (name == service)
+                m_outcome.settle(KeychainStatus::IoError);
+            else
+                m_isPrompterLost = true;
+        });
+}
+
+void PromptWatcher::complete(bool dismissed, const QDBusVariant & /*result*/)
+{
+    if (!dismissed)
+        m_outcome.settle(KeychainStatus::Success);
+    else
+        m_outcome.settle(m_isPrompterLost ? KeychainStatus::IoError : KeychainStatus::UserCanceled);
+}
+
+} // namespace orbitledge
