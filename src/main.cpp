@@ -1,8 +1,19 @@
+#include "BuildInfo.h"
 #include "cli/CommandLine.h"
+#include "platform/curl/CurlHttpSession.h"
+#include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
+#include "platform/linux/RouteConnectivity.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/XdgDirectories.h"
+#include "platform/linux/keychain/DesktopKeychain.h"
+#include "service/APIClient.h"
+#include "service/ServiceAddresses.h"
+#include "service/SessionCredentialStore.h"
 #include "state/SnapshotCache.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
 
 #include <langinfo.h>
 #include <sys/ioctl.h>
@@ -13,6 +24,7 @@
 #include <vector>
 
 using namespace orbitledge;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -22,7 +34,30 @@ int terminalColumns()
     return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-Environment systemEnvironment()
+std::shared_ptr<APIClientProtocol> makeClient(const QUrl &baseURL)
+{
+    const QString applicationId = QString::fromLatin1(build::applicationId);
+    auto session = std::make_shared<CurlHttpSession>(QByteArray("Orbitledge/") + build::version,
+        HttpSessionConfiguration{}, std::make_shared<RouteConnectivity>());
+    auto credentials = std::make_shared<SessionCredentialStore>(
+        std::make_shared<DesktopKeychain>(), applicationId, u"session"_s, u"Orbitledge session"_s);
+    return std::make_shared<APIClient>(
+        baseURL, std::move(session), std::move(credentials), std::make_shared<SystemClock>());
+}
+
+tl::expected<ExitCode, QString> withService(int argc, char **argv, const ServiceCommand &command)
+{
+    const auto addresses = ServiceAddresses::fromEnvironment([](const char *name) { return qgetenv(name); });
+    if (!addresses)
+        return tl::make_unexpected(addresses.error());
+    // Scripts expect one line on standard error and no remarks of the libraries. QT_LOGGING_RULES brings
+    // them back.
+    QLoggingCategory::setFilterRules(u"*=false"_s);
+    const QCoreApplication application(argc, argv);
+    return QCoro::waitFor(command(makeClient(addresses->api)));
+}
+
+Environment systemEnvironment(int argc, char **argv)
 {
     // Only the encoding: numbers and dates are formatted by their own rules, not by the C library's.
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread yet
@@ -34,6 +69,10 @@ Environment systemEnvironment()
         .cacheFile = SnapshotCache::defaultLocation(XdgDirectories(variable)),
         .variable = variable,
         .readStandardInput = [] { return PosixFileStore::readDescriptor(STDIN_FILENO); },
+        .readPassword
+        = [](const QString &prompt) { return readPassword(STDIN_FILENO, prompt.toLocal8Bit()); },
+        .withService
+        = [argc, argv](const ServiceCommand &command) { return withService(argc, argv, command); },
         .writeOutput
         = [](const QByteArray &bytes) { return PosixFileStore::writeDescriptor(STDOUT_FILENO, bytes); },
         .writeError = [](const QByteArray &bytes) { PosixFileStore::writeDescriptor(STDERR_FILENO, bytes); },
@@ -49,5 +88,5 @@ Environment systemEnvironment()
 int main(int argc, char **argv)
 {
     const std::vector<QByteArray> words(argv + std::min(argc, 1), argv + argc);
-    return static_cast<int>(runCommandLine(words, systemEnvironment()));
+    return static_cast<int>(runCommandLine(words, systemEnvironment(argc, argv)));
 }

@@ -2,6 +2,7 @@
 
 #include "BuildInfo.h"
 #include "cli/HelpTexts.h"
+#include "cli/SessionCommands.h"
 #include "cli/TimelineCommand.h"
 
 namespace orbitledge {
@@ -15,8 +16,15 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
         return ExitCode::Usage;
     }
     const QByteArray &command = words.front();
+    const auto rest = words.subspan(1);
     if (command == "timeline")
-        return runTimeline(words.subspan(1), environment);
+        return runTimeline(rest, environment);
+    if (command == "sign-in")
+        return runSignIn(rest, environment);
+    if (command == "refresh")
+        return runRefresh(rest, environment);
+    if (command == "sign-out")
+        return runSignOut(rest, environment);
 
     const auto print = [&](const QString &text) {
         if (words.size() == 1)

@@ -2,6 +2,8 @@
 
 #include "cli/Terminal.h"
 
+#include <QStringDecoder>
+
 #include <iconv.h>
 
 #include <cstdint>
@@ -12,31 +14,41 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Characters that the encoding lacks are written in the nearest way it has.
-QByteArray encoded(const QString &text, const QByteArray &encoding)
+bool isUtf8(const QByteArray &encoding)
 {
-    QByteArray utf8 = text.toUtf8();
     // The locale "C" says nothing about the terminal, which is far more likely to speak UTF-8 than not.
-    if (encoding == "UTF-8" || encoding == "ANSI_X3.4-1968")
-        return utf8;
-    // Composed characters are the ones that older encodings have.
-    utf8 = text.normalized(QString::NormalizationForm_C).toUtf8();
-    auto *const converter = iconv_open((encoding + "//TRANSLIT").constData(), "UTF-8");
+    return encoding == "UTF-8" || encoding == "ANSI_X3.4-1968";
+}
+
+/// Absent where the encodings are not known or the text has characters that the new one lacks.
+std::optional<QByteArray> converted(QByteArray text, const QByteArray &from, const QByteArray &to)
+{
+    auto *const converter = iconv_open(to.constData(), from.constData());
     // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how POSIX says that there is none
     if (converter == reinterpret_cast<iconv_t>(std::intptr_t{-1}))
-        return utf8;
+        return std::nullopt;
     constexpr std::size_t bytesPerByte = 8; // "…" becomes three dots, some letters a whole word
-    QByteArray result(utf8.size() * qsizetype{bytesPerByte}, Qt::Uninitialized);
-    char *in = utf8.data();
+    QByteArray result(text.size() * qsizetype{bytesPerByte}, Qt::Uninitialized);
+    char *in = text.data();
     char *out = result.data();
-    auto inLeft = static_cast<std::size_t>(utf8.size());
+    auto inLeft = static_cast<std::size_t>(text.size());
     auto outLeft = static_cast<std::size_t>(result.size());
     const bool whole = iconv(converter, &in, &inLeft, &out, &outLeft) != static_cast<std::size_t>(-1);
     iconv_close(converter);
     if (!whole)
-        return utf8;
+        return std::nullopt;
     result.truncate(out - result.data());
     return result;
+}
+
+/// Characters that the encoding lacks are written in the nearest way it has.
+QByteArray encoded(const QString &text, const QByteArray &encoding)
+{
+    if (isUtf8(encoding))
+        return text.toUtf8();
+    // Composed characters are the ones that older encodings have.
+    const QByteArray utf8 = text.normalized(QString::NormalizationForm_C).toUtf8();
+    return converted(utf8, "UTF-8", encoding + "//TRANSLIT").value_or(utf8);
 }
 
 } // namespace
@@ -48,6 +60,19 @@ void reportError(const Environment &environment, const QString &reason)
     const QString bounded = reason.size() > longest ? reason.first(longest) + u'…' : reason;
     const QString line = u"orbitledge: "_s + printable(bounded) + u'\n';
     environment.writeError(encoded(line, environment.encoding));
+}
+
+std::optional<QString> decodedText(const Environment &environment, const QByteArray &bytes)
+{
+    const auto utf8 = isUtf8(environment.encoding) ? std::optional(bytes)
+                                                   : converted(bytes, environment.encoding, "UTF-8");
+    if (!utf8)
+        return std::nullopt;
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    QString text = decoder.decode(*utf8);
+    if (decoder.hasError())
+        return std::nullopt;
+    return text;
 }
 
 bool writeText(const Environment &environment, const QString &text)

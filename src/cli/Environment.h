@@ -2,14 +2,22 @@
 
 #include "platform/Clock.h"
 #include "platform/FileStore.h"
+#include "service/APIClientProtocol.h"
 
 #include <QByteArray>
 
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace orbitledge {
+
+/// What a command ends with.
+enum class ExitCode { Success = 0, Failure = 1, Usage = 2 };
+
+/// The part of a command that talks to the service.
+using ServiceCommand = std::function<QCoro::Task<ExitCode>(std::shared_ptr<APIClientProtocol>)>;
 
 /// Everything of the machine that a command uses, handed in so that commands can be tried without one.
 struct Environment {
@@ -19,6 +27,12 @@ struct Environment {
     std::filesystem::path cacheFile;
     std::function<QByteArray(const char *name)> variable;
     std::function<tl::expected<QByteArray, FileError>()> readStandardInput;
+    /// From the terminal without echo, with this text before it, or all of standard input where that is no
+    /// terminal; the line's end included. On failure a reason for people.
+    std::function<tl::expected<QByteArray, QString>(const QString &prompt)> readPassword;
+    /// Runs the command with an event loop and a client of the service at the addresses that are in force.
+    /// On failure why there is no such client, for people; then nothing was run.
+    std::function<tl::expected<ExitCode, QString>(const ServiceCommand &)> withService;
     /// False where not everything could be written.
     std::function<bool(const QByteArray &)> writeOutput;
     std::function<void(const QByteArray &)> writeError;
@@ -29,12 +43,12 @@ struct Environment {
     QByteArray encoding = "UTF-8";
 };
 
-/// What a command ends with.
-enum class ExitCode { Success = 0, Failure = 1, Usage = 2 };
-
 /// One line on standard error, whatever the reason contains and however long it is: "orbitledge: " and the
 /// reason.
 void reportError(const Environment &environment, const QString &reason);
+
+/// Text of the terminal or of an argument, which come in the encoding of the locale. Absent where it is none.
+std::optional<QString> decodedText(const Environment &environment, const QByteArray &bytes);
 
 /// Text for people, in the terminal's encoding; false where not everything could be written.
 bool writeText(const Environment &environment, const QString &text);

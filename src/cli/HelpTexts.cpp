@@ -8,7 +8,10 @@ QString generalHelp()
 Shows what your subscriptions are about to charge.
 
 Commands:
+  sign-in      sign in to your account, and fetch its subscriptions
+  refresh      fetch your subscriptions anew
   timeline     print the totals, this week, and the coming renewals
+  sign-out     sign out, and remove what was fetched
 
 Options:
   -h, --help   print this help, or that of a command
@@ -37,6 +40,59 @@ Colours are used on a terminal only, and not where NO_COLOR is set or TERM is
 dumb.
 Exit status: 0 on success, 1 where the data cannot be read, 2 where an argument
 is wrong.
+)");
+}
+
+QString signInHelp()
+{
+    return QStringLiteral(R"(Usage: orbitledge sign-in EMAIL
+Signs in to your account, and fetches its subscriptions.
+
+The password is asked for without being shown. Where standard input is no
+terminal, all of it is the password, but for one line break at its end.
+The session is kept in your desktop's keyring, the password nowhere.
+
+Options:
+  -h, --help        print this help
+
+Environment:
+  ORBITLEDGE_API_URL  the service, instead of the one that was built in
+
+Exit status: 0 on success, 1 where it failed, 2 where an argument is wrong.
+)");
+}
+
+QString refreshHelp()
+{
+    return QStringLiteral(R"(Usage: orbitledge refresh
+Fetches your profile and your subscriptions, and saves them for the other
+commands. What was saved before stays where this fails.
+
+Options:
+  -h, --help        print this help
+
+Environment:
+  ORBITLEDGE_API_URL  the service, instead of the one that was built in
+
+Exit status: 0 on success, 1 where it failed or you are not signed in, 2 where
+an argument is wrong.
+)");
+}
+
+QString signOutHelp()
+{
+    return QStringLiteral(R"(Usage: orbitledge sign-out
+Ends your session at the service, where that can be reached, and removes it from
+your desktop's keyring, along with the subscriptions that were fetched.
+
+Options:
+  -h, --help        print this help
+
+Environment:
+  ORBITLEDGE_API_URL  the service, instead of the one that was built in
+
+Exit status: 0 on success, 1 where what was fetched cannot be removed, 2 where an
+argument is wrong.
 )");
 }
 

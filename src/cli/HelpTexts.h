@@ -4,8 +4,11 @@
 
 namespace orbitledge {
 
-/// The answers to `orbitledge --help` and `orbitledge timeline --help`.
+/// The answers to `orbitledge --help` and `orbitledge COMMAND --help`.
 QString generalHelp();
 QString timelineHelp();
+QString signInHelp();
+QString refreshHelp();
+QString signOutHelp();
 
 } // namespace orbitledge

@@ -79,6 +79,8 @@ struct HttpSessionConfiguration {
     /// Where a connection cannot be made and the machine says that it has no network, wait for one and try
     /// again. A host of this machine is never waited for.
     bool waitsForConnectivity = true;
+    /// A file of trusted certificates (PEM) instead of the system's; empty for the system's.
+    QByteArray certificateAuthorities;
 };
 
 /// Sends HTTP requests (RFC 9110) and keeps nothing between them: no cookies, no cache, no passwords.

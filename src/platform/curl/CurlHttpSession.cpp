@@ -68,6 +68,7 @@ QCoro::Task<tl::expected<HttpResponse, TransportFailure>> exchange(std::shared_p
             = std::chrono::duration_cast<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()),
             .largestBody = configuration.largestBody,
             .userAgent = userAgent,
+            .certificateAuthorities = configuration.certificateAuthorities,
         };
         loop->attempt(request, std::move(options), result);
         HttpAttempt attempt = co_await result.wait();

@@ -22,7 +22,7 @@ using Kind = TransportFailure::Kind;
 
 constexpr int mostRedirects = 20;
 /// Far more than any server sends, and little enough to hold.
-constexpr qsizetype mostHeaderBytes = qsizetype{1} << 20;
+constexpr qsizetype mostHeaderBytes = qsizetype{256} << 10;
 
 Kind kindOf(CURLcode code)
 {
@@ -177,6 +177,8 @@ private:
         setOption(m_easy, CURLOPT_FRESH_CONNECT, 1L);
         setOption(m_easy, CURLOPT_FORBID_REUSE, 1L);
         setOption(m_easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
+        if (!m_options.certificateAuthorities.isEmpty())
+            setOption(m_easy, CURLOPT_CAINFO, m_options.certificateAuthorities.constData());
         setOption(m_easy, CURLOPT_NOSIGNAL, 1L);
         // A name server that does not answer must not hold up the end of the program.
         setOption(m_easy, CURLOPT_QUICK_EXIT, 1L);

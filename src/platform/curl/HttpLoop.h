@@ -18,6 +18,8 @@ struct HttpAttemptOptions {
     std::chrono::milliseconds totalTimeout{};
     qint64 largestBody = 0;
     QByteArray userAgent;
+    /// Empty for the system's.
+    QByteArray certificateAuthorities;
 };
 
 /// How one attempt ended.

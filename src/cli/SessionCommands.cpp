@@ -1,0 +1,194 @@
+#include "cli/SessionCommands.h"
+
+#include "cli/HelpTexts.h"
+#include "cli/Terminal.h"
+#include "service/AccountData.h"
+#include "state/SnapshotCache.h"
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+ExitCode usageError(const Environment &environment, QLatin1StringView command, const QString &reason)
+{
+    reportError(environment, command + u": "_s + reason);
+    return ExitCode::Usage;
+}
+
+/// Takes the words that are no options, which are `most` at most. Absent where the command has ended with
+/// this, as `end` tells.
+std::optional<QList<QByteArray>> operandsOf(std::span<const QByteArray> words, qsizetype most,
+    QLatin1StringView command, QString (*help)(), const Environment &environment, ExitCode &end)
+{
+    QList<QByteArray> operands;
+    for (const QByteArray &word : words) {
+        if (word == "--help" || word == "-h") {
+            end = finish(environment, writeText(environment, help()));
+            return std::nullopt;
+        }
+        const QString quoted = u'"' + QString::fromUtf8(word) + u'"';
+        if (word.startsWith('-')) {
+            end = usageError(environment, command, u"the option %1 is not known"_s.arg(quoted));
+            return std::nullopt;
+        }
+        if (operands.size() == most) {
+            end = usageError(environment, command, u"%1 was not expected"_s.arg(quoted));
+            return std::nullopt;
+        }
+        operands.append(word);
+    }
+    return operands;
+}
+
+ExitCode fail(const Environment &environment, const APIError &error)
+{
+    const QString description = error.errorDescription();
+    const bool isSilent = description.isEmpty() && error.is<APIError::Unauthorized>();
+    reportError(environment, isSilent ? u"Your session expired. Please sign in again."_s : description);
+    return ExitCode::Failure;
+}
+
+ExitCode runWithService(const Environment &environment, const ServiceCommand &command)
+{
+    const auto result = environment.withService(command);
+    if (result)
+        return *result;
+    reportError(environment, result.error());
+    return ExitCode::Failure;
+}
+
+/// Nothing but the line's end that the terminal, or echo, put there.
+void dropLineBreak(QByteArray &text)
+{
+    if (text.endsWith("\r\n"))
+        text.chop(2);
+    else if (text.endsWith('\n'))
+        text.chop(1);
+}
+
+tl::expected<QString, QString> askPassword(const Environment &environment, const QString &email)
+{
+    auto line = environment.readPassword(u"Password for %1: "_s.arg(printable(email)));
+    if (!line)
+        return tl::make_unexpected(std::move(line.error()));
+    dropLineBreak(*line);
+    auto password = decodedText(environment, *line);
+    line->fill('\0');
+    if (!password)
+        return tl::make_unexpected(u"The password is not in your locale's encoding"_s);
+    if (password->isEmpty())
+        return tl::make_unexpected(u"The password is missing"_s);
+    return *std::move(password);
+}
+
+QCoro::Task<ExitCode> save(const Environment &environment, AccountData data, QString success)
+{
+    SnapshotCache cache(environment.cacheFile, environment.files);
+    const qsizetype count = data.subscriptions.size();
+    CacheSnapshot snapshot{
+        .version = {},
+        .profile = std::move(data.profile),
+        .subscriptions = std::move(data.subscriptions),
+        .fetchedAt = environment.clock->now(),
+    };
+    const auto saved = co_await cache.save(std::move(snapshot));
+    if (!saved) {
+        reportError(environment,
+            QString::fromStdString(environment.cacheFile.string()) + u": "_s
+                + saved.error().errorDescription);
+        co_return ExitCode::Failure;
+    }
+    const QString what = count == 1 ? u"1 subscription"_s : u"%1 subscriptions"_s.arg(count);
+    co_return finish(environment, writeText(environment, success + u' ' + what + u" fetched.\n"_s));
+}
+
+// Free functions, as a coroutine must not outlive the lambda that it was; the environment lives until the
+// command has ended.
+
+QCoro::Task<ExitCode> signIn(
+    const Environment &environment, std::shared_ptr<APIClientProtocol> client, QString email)
+{
+    // Blocks, while there is nothing else that could go on.
+    auto password = askPassword(environment, email);
+    if (!password) {
+        reportError(environment, password.error());
+        co_return ExitCode::Failure;
+    }
+    auto profile = co_await client->signIn(email, *std::move(password));
+    if (!profile)
+        co_return fail(environment, profile.error());
+    auto subscriptions = co_await client->fetchSubscriptions();
+    if (!subscriptions)
+        co_return fail(environment, subscriptions.error());
+    AccountData data{*std::move(profile), *std::move(subscriptions)};
+    co_return co_await save(environment, std::move(data), u"Signed in as %1."_s.arg(printable(email)));
+}
+
+QCoro::Task<ExitCode> refresh(const Environment &environment, std::shared_ptr<APIClientProtocol> client)
+{
+    const bool hasSession = co_await client->hasValidSession();
+    if (!hasSession) {
+        reportError(environment, u"You are not signed in."_s);
+        co_return ExitCode::Failure;
+    }
+    auto data = co_await fetchAccountData(client);
+    if (!data)
+        co_return fail(environment, data.error());
+    co_return co_await save(environment, *std::move(data), u"Up to date."_s);
+}
+
+QCoro::Task<ExitCode> signOut(const Environment &environment, std::shared_ptr<APIClientProtocol> client)
+{
+    co_await client->signOut();
+    SnapshotCache cache(environment.cacheFile, environment.files);
+    const auto cleared = co_await cache.clear();
+    if (!cleared) {
+        reportError(environment,
+            QString::fromStdString(environment.cacheFile.string()) + u": "_s
+                + cleared.error().errorDescription);
+        co_return ExitCode::Failure;
+    }
+    co_return finish(environment, writeText(environment, u"Signed out.\n"_s));
+}
+
+} // namespace
+
+ExitCode runSignIn(std::span<const QByteArray> words, const Environment &environment)
+{
+    constexpr auto command = "sign-in"_L1;
+    ExitCode end{};
+    const auto operands = operandsOf(words, 1, command, signInHelp, environment, end);
+    if (!operands)
+        return end;
+    if (operands->isEmpty() || operands->front().isEmpty())
+        return usageError(environment, command, u"the e-mail address of your account is missing"_s);
+    const auto email = decodedText(environment, operands->front());
+    if (!email)
+        return usageError(environment, command, u"the e-mail address is not in your locale's encoding"_s);
+
+    return runWithService(environment, [&](std::shared_ptr<APIClientProtocol> client) {
+        return signIn(environment, std::move(client), *email);
+    });
+}
+
+ExitCode runRefresh(std::span<const QByteArray> words, const Environment &environment)
+{
+    ExitCode end{};
+    if (!operandsOf(words, 0, "refresh"_L1, refreshHelp, environment, end))
+        return end;
+    return runWithService(environment,
+        [&](std::shared_ptr<APIClientProtocol> client) { return refresh(environment, std::move(client)); });
+}
+
+ExitCode runSignOut(std::span<const QByteArray> words, const Environment &environment)
+{
+    ExitCode end{};
+    if (!operandsOf(words, 0, "sign-out"_L1, signOutHelp, environment, end))
+        return end;
+    return runWithService(environment,
+        [&](std::shared_ptr<APIClientProtocol> client) { return signOut(environment, std::move(client)); });
+}
+
+} // namespace orbitledge
