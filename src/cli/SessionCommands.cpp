@@ -123,7 +123,8 @@ QCoro::Task<ExitCode> signIn(
     if (!subscriptions)
         co_return fail(environment, subscriptions.error());
     AccountData data{*std::move(profile), *std::move(subscriptions)};
-    co_return co_await save(environment, std::move(data), u"Signed in as %1."_s.arg(printable(email)));
+    QString success = u"Signed in as %1."_s.arg(printable(email));
+    co_return co_await save(environment, std::move(data), std::move(success));
 }
 
 QCoro::Task<ExitCode> refresh(const Environment &environment, std::shared_ptr<APIClientProtocol> client)
@@ -136,7 +137,8 @@ QCoro::Task<ExitCode> refresh(const Environment &environment, std::shared_ptr<AP
     auto data = co_await fetchAccountData(client);
     if (!data)
         co_return fail(environment, data.error());
-    co_return co_await save(environment, *std::move(data), u"Up to date."_s);
+    QString success = u"Up to date."_s;
+    co_return co_await save(environment, *std::move(data), std::move(success));
 }
 
 QCoro::Task<ExitCode> signOut(const Environment &environment, std::shared_ptr<APIClientProtocol> client)

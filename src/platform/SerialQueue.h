@@ -25,7 +25,8 @@ public:
 
     /// Hands `work` over at once and returns its result once it ran. Needs an event loop on the calling
     /// thread, to which the waiting coroutine returns. `work` must not throw and must not refer to anything
-    /// that may be gone when its turn comes.
+    /// that may be gone when its turn comes. In a coroutine, name the work and the task before co_await: GCC
+    /// 12 destroys what a lambda in such an expression has captured twice.
     template <std::invocable Work> QCoro::Task<std::invoke_result_t<Work>> run(Work work)
     {
         PendingJob<Work> job(std::move(work));

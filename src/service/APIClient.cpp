@@ -137,12 +137,13 @@ APITask<HttpResponse> exchange(std::shared_ptr<APIClientParts> parts, Call call)
         co_return failed(APIError::Transport{outcome.error().errorDescription()});
 
     // An error's body may be as large as any other.
-    auto checked = co_await parts->decoding.run(
-        [response = *std::move(outcome)]() mutable -> tl::expected<HttpResponse, APIError> {
-            if (auto failure = failureOf(response))
-                return failed(*std::move(failure));
-            return std::move(response);
-        });
+    auto check = [response = *std::move(outcome)]() mutable -> tl::expected<HttpResponse, APIError> {
+        if (auto failure = failureOf(response))
+            return failed(*std::move(failure));
+        return std::move(response);
+    };
+    auto checking = parts->decoding.run(std::move(check));
+    auto checked = co_await checking;
     if (!checked && checked.error().is<APIError::Unauthorized>())
         co_await forget(parts);
     co_return checked;
@@ -150,8 +151,9 @@ APITask<HttpResponse> exchange(std::shared_ptr<APIClientParts> parts, Call call)
 
 template <typename Record> APITask<Record> decode(std::shared_ptr<APIClientParts> parts, QByteArray body)
 {
-    auto decoded = co_await parts->decoding.run(
-        [json = std::move(body)]() mutable { return decodeJson<Record>(std::move(json)); });
+    auto work = [json = std::move(body)]() mutable { return decodeJson<Record>(std::move(json)); };
+    auto decoding = parts->decoding.run(std::move(work));
+    auto decoded = co_await decoding;
     if (!decoded)
         co_return failed(APIError::Decoding{decoded.error().errorDescription()});
     co_return *std::move(decoded);
@@ -168,7 +170,8 @@ template <typename Record> APITask<Record> ask(std::shared_ptr<APIClientParts> p
 
 APITask<Subscription> change(std::shared_ptr<APIClientParts> parts, QByteArray path)
 {
-    auto response = co_await ask<SubscriptionMutationResponse>(parts, postOf(std::move(path), emptyBody()));
+    Call call = postOf(std::move(path), emptyBody());
+    auto response = co_await ask<SubscriptionMutationResponse>(parts, std::move(call));
     if (!response)
         co_return failed(std::move(response.error()));
     co_return std::move(response->subscription);
@@ -223,7 +226,8 @@ QCoro::Task<bool> checkSession(std::shared_ptr<APIClientParts> parts)
 
 QCoro::Task<void> closeSession(std::shared_ptr<APIClientParts> parts)
 {
-    const auto answer = co_await exchange(parts, postOf("/auth/logout", emptyBody()));
+    Call call = postOf("/auth/logout", emptyBody());
+    const auto answer = co_await exchange(parts, std::move(call));
     // Who has just declined to unlock the store, or waited for it in vain, is not asked again.
     const bool storeFailed = !answer && answer.error().is<APIError::SessionStorage>();
     co_await forget(parts, storeFailed ? KeychainPrompt::Forbidden : KeychainPrompt::Allowed);

@@ -25,12 +25,13 @@ QString messageOf(const HttpResponse &response, int statusCode)
 std::optional<double> retryAfterSeconds(QByteArrayView header)
 {
     // from_chars knows no plus, but names of what is no number.
-    if (header.startsWith('+'))
-        header = header.sliced(1);
-    const auto isPartOfNumber = [](char c) { return (c >= '0' && c <= '9') || c == '.'; };
-    const QByteArrayView digits = header.startsWith('-') ? header.sliced(1) : header;
-    if (digits.isEmpty() || !isPartOfNumber(digits.front()))
+    const bool hasSign = header.startsWith('+') || header.startsWith('-');
+    const QByteArrayView digits = hasSign ? header.sliced(1) : header;
+    const auto startsNumber = [](char c) { return (c >= '0' && c <= '9') || c == '.'; };
+    if (digits.isEmpty() || !startsNumber(digits.front()))
         return std::nullopt;
+    if (header.startsWith('+'))
+        header = digits;
     double seconds = 0;
     const char *const end = header.data() + header.size();
     const auto [rest, error] = std::from_chars(header.data(), end, seconds);

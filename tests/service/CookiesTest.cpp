@@ -1,0 +1,149 @@
+#include "service/Cookies.h"
+
+#include "support/TestMain.h"
+
+using namespace orbitledge;
+using namespace Qt::StringLiterals;
+
+using Cookies = std::vector<Cookie>;
+Q_DECLARE_METATYPE(Cookies)
+
+class CookiesTest : public QObject {
+    Q_OBJECT
+
+private:
+    const Instant m_now = *Instant::fromText("2026-03-18T12:00:00Z");
+
+    [[nodiscard]] Cookies cookies(
+        const QList<QByteArray> &fields, const QString &url = u"https://api.example.com/v1/"_s) const
+    {
+        QList<HttpHeader> headers;
+        for (const QByteArray &field : fields)
+            headers.append(HttpHeader{"set-cookie", field});
+        return cookiesOf(headers, QUrl(url), m_now);
+    }
+
+private Q_SLOTS:
+    void shouldReadNamesAndValues_data()
+    {
+        QTest::addColumn<QByteArray>("field");
+        QTest::addColumn<Cookies>("expected");
+        const auto row = [](const char *name, const QByteArray &field, const Cookies &expected) {
+            QTest::newRow(name) << field << expected;
+        };
+        const auto one
+            = [](const QString &name, const QString &value) { return Cookies{{name, value, std::nullopt}}; };
+        row("plain", "a=1", one(u"a"_s, u"1"_s));
+        row("with attributes", "a=1; Path=/; HttpOnly; Secure; SameSite=Lax", one(u"a"_s, u"1"_s));
+        row("blanks around everything", " a  =  1 ;Path=/", one(u"a"_s, u"1"_s));
+        row("quotes are kept", "a=\"1\"", one(u"a"_s, u"\"1\""_s));
+        row("equals signs in the value", "a=b=c==", one(u"a"_s, u"b=c=="_s));
+        row("an empty value", "a=; Path=/", one(u"a"_s, QString()));
+        row("a comma in the value", "a=1,2", one(u"a"_s, u"1,2"_s));
+        row("two in one field", "a=1,b=2", {{u"a"_s, u"1"_s, std::nullopt}, {u"b"_s, u"2"_s, std::nullopt}});
+        row("two in one field with attributes", "a=1; Path=/, b=2; Path=/",
+            {{u"a"_s, u"1"_s, std::nullopt}, {u"b"_s, u"2"_s, std::nullopt}});
+        row("no name", "=1", {});
+        row("no equals sign", "a; Path=/", {});
+        row("nothing", "", {});
+        row("bytes beyond ASCII", "a=\xe4", one(u"a"_s, u"\u00e4"_s));
+        row("a path of another place", "a=1; Path=/elsewhere", one(u"a"_s, u"1"_s));
+        row("the own domain", "a=1; Domain=api.example.com", one(u"a"_s, u"1"_s));
+        row("the domain above", "a=1; domain=.Example.COM", one(u"a"_s, u"1"_s));
+        row("another domain", "a=1; Domain=example.org", {});
+        row("a domain below", "a=1; Domain=deep.api.example.com", {});
+        row("a domain that ends alike", "a=1; Domain=ample.com", {});
+        row("an empty domain", "a=1; Domain=", one(u"a"_s, u"1"_s));
+    }
+    void shouldReadNamesAndValues()
+    {
+        QFETCH(QByteArray, field);
+        QFETCH(Cookies, expected);
+        QVERIFY(cookies({field}) == expected);
+    }
+
+    void shouldReadTheExpiry_data()
+    {
+        QTest::addColumn<QByteArray>("attributes");
+        QTest::addColumn<QByteArray>("expiry");
+        const auto row = [](const char *name, const QByteArray &attributes, const QByteArray &expiry) {
+            QTest::newRow(name) << attributes << expiry;
+        };
+        row("none", "Path=/", "");
+        row("RFC 1123", "Expires=Wed, 21 Oct 2026 07:28:00 GMT", "2026-10-21T07:28:00Z");
+        row("RFC 850", "expires=Wednesday, 21-Oct-26 07:28:00 GMT", "2026-10-21T07:28:00Z");
+        row("asctime", "EXPIRES=Wed Oct 21 07:28:00 2026", "2026-10-21T07:28:00Z");
+        row("asctime with one digit", "Expires=Sun Nov  6 08:49:37 2026", "2026-11-06T08:49:37Z");
+        row("hyphens and four digits", "Expires=Wed, 21-Oct-2026 07:28:00 GMT", "2026-10-21T07:28:00Z");
+        row("last century", "Expires=Thu, 01-Jan-70 00:00:00 GMT", "1970-01-01T00:00:00Z");
+        row("long past", "Expires=Thu, 01 Jan 1970 00:00:00 GMT", "1970-01-01T00:00:00Z");
+        row("29 February", "Expires=Tue, 29 Feb 2028 00:00:00 GMT", "2028-02-29T00:00:00Z");
+        row("30 February", "Expires=Wed, 30 Feb 2028 00:00:00 GMT", "");
+        row("hour 24", "Expires=Wed, 21 Oct 2026 24:00:00 GMT", "");
+        row("no time", "Expires=Wed, 21 Oct 2026", "");
+        row("no month", "Expires=Wed, 21 2026 07:28:00 GMT", "");
+        row("a word", "Expires=never", "");
+        row("empty", "Expires=", "");
+        row("an ISO date", "Expires=2026-10-21T07:28:00Z", "");
+        row("the year 1600", "Expires=Wed, 21 Oct 1600 07:28:00 GMT", "");
+        row("seconds from now", "Max-Age=60", "2026-03-18T12:01:00Z");
+        row("no seconds from now", "Max-Age=0", "2026-03-18T12:00:00Z");
+        row("before now", "max-age=-60", "2026-03-18T12:00:00Z");
+        row("seconds win over a date", "Max-Age=60; Expires=Wed, 21 Oct 2026 07:28:00 GMT",
+            "2026-03-18T12:01:00Z");
+        row("seconds win wherever they stand", "Expires=Wed, 21 Oct 2026 07:28:00 GMT; Max-Age=60",
+            "2026-03-18T12:01:00Z");
+        row("seconds that are none do not", "Max-Age=1h; Expires=Wed, 21 Oct 2026 07:28:00 GMT",
+            "2026-10-21T07:28:00Z");
+        row("a plus sign is none", "Max-Age=+60", "");
+        row("a fraction is none", "Max-Age=1.5", "");
+        row("the last one counts", "Max-Age=60; Max-Age=120", "2026-03-18T12:02:00Z");
+    }
+    void shouldReadTheExpiry()
+    {
+        QFETCH(QByteArray, attributes);
+        QFETCH(QByteArray, expiry);
+        const Cookies found = cookies({"a=1; " + attributes});
+        QCOMPARE(found.size(), std::size_t{1});
+        const auto expected = expiry.isEmpty() ? std::nullopt : Instant::fromText(expiry.toStdString());
+        QVERIFY2(found[0].expiresAt == expected,
+            found[0].expiresAt ? found[0].expiresAt->text().constData() : "none");
+    }
+
+    void shouldNotOverflowWhateverTheAge()
+    {
+        for (const char *age : {"9223372036854775807", "99999999999999999999999999", "31622400000"}) {
+            const Cookies found = cookies({"a=1; Max-Age=" + QByteArray(age)});
+            QVERIFY(found.at(0).expiresAt > *Instant::fromText("3000-01-01T00:00:00Z"));
+        }
+    }
+
+    void shouldKeepTheOrderOfTheFields()
+    {
+        const Cookies found = cookies({"b=1", "a=2", ";;;", "b=3"});
+        QCOMPARE(found.size(), std::size_t{3});
+        QCOMPARE(found[0].name + found[1].name + found[2].name, u"bab"_s);
+        QCOMPARE(found[2].value, u"3"_s);
+    }
+
+    void shouldMatchDomainsOfAddressesAsAWhole()
+    {
+        QCOMPARE(cookies({"a=1; Domain=127.0.0.1"}, u"http://127.0.0.1:80/"_s).size(), std::size_t{1});
+        QCOMPARE(cookies({"a=1; Domain=0.0.1"}, u"http://127.0.0.1:80/"_s).size(), std::size_t{0});
+    }
+
+    void shouldLookAtNoOtherField()
+    {
+        QVERIFY(cookiesOf({{"Cookie", "a=1"}, {"Set-Cookie2", "a=1"}}, QUrl(u"https://a/"_s), m_now).empty());
+    }
+
+    void shouldSurviveThousandsOfFields()
+    {
+        QList<QByteArray> fields(5000, ";=,=;,a,=;;Max-Age;Expires=;Domain=;=");
+        fields.append("last=1" + QByteArray(5000, ';'));
+        QCOMPARE(cookies(fields).back().name, u"last"_s);
+    }
+};
+
+ORBITLEDGE_TEST_MAIN(CookiesTest)
+#include "CookiesTest.moc"
