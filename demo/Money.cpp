@@ -1,6 +1,10 @@
 #include "demo/Money.h"
 
+#include "demo/ExchangeRates.h"
+
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 namespace orbitledge::demo {
 
@@ -54,6 +58,25 @@ QString fixedText(const Decimal &value, int digits)
         parts.fraction.resize(static_cast<std::size_t>(digits), '0');
     const std::string text = parts.fraction.empty() ? parts.whole : parts.whole + "." + parts.fraction;
     return QString::fromStdString(text);
+}
+
+QString moneyText(const Decimal &value, const QString &currency)
+{
+    const Currency *const known = findCurrency(currency);
+    const int digits = known != nullptr ? known->digits : 2;
+    const Decimal rounded = roundedHalfEven(value.isNegative() ? -value : value, digits);
+    QString number = fixedText(rounded, digits);
+    const auto point = number.indexOf(u'.');
+    for (auto at = (point < 0 ? number.size() : point) - 3; at > 0; at -= 3)
+        number.insert(at, u',');
+
+    const QString code = currency.toUpper();
+    const QString symbol = code == "EUR"_L1 ? u"€"_s
+        : code == "USD"_L1                  ? u"$"_s
+        : code == "GBP"_L1                  ? u"£"_s
+        : code == "JPY"_L1                  ? u"¥"_s
+                                            : code + u'\u00A0';
+    return (value.isNegative() && !rounded.isZero() ? u"−"_s : QString()) + symbol + number;
 }
 
 } // namespace orbitledge::demo

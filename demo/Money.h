@@ -13,4 +13,7 @@ Decimal roundedHalfEven(const Decimal &value, int digits);
 /// The plain form with at least `digits` digits after the point: "10.50".
 QString fixedText(const Decimal &value, int digits);
 
+/// As people read it: "€1,234.50", "¥1,280", "CHF 12.00"; rounded half-even to the currency's digits.
+QString moneyText(const Decimal &value, const QString &currency);
+
 } // namespace orbitledge::demo

@@ -51,10 +51,12 @@ Service::Service(std::unique_ptr<Database> database, const Options &options)
     , m_signIn(m_accounts, m_sessions)
     , m_subscriptions(*m_database, clockFor(options))
     , m_api(m_signIn, m_accounts, m_sessions, m_subscriptions, loadCatalogue())
+    , m_pages(m_signIn, m_accounts, m_sessions, m_subscriptions)
     , m_front([this](const Request &request) { return m_router.answer(request); },
           [this](const Request &request) { return m_router.isSlow(request); })
 {
     m_api.addTo(m_router);
+    m_pages.addTo(m_router);
 }
 
 tl::expected<quint16, QString> Service::listen(quint16 port)

@@ -3,6 +3,7 @@
 #include "demo/ApiRoutes.h"
 #include "demo/HttpFront.h"
 #include "demo/Options.h"
+#include "demo/WebPages.h"
 
 namespace orbitledge::demo {
 
@@ -27,6 +28,7 @@ private:
     SignIn m_signIn;
     Subscriptions m_subscriptions;
     ApiRoutes m_api;
+    WebPages m_pages;
     Router m_router;
     HttpFront m_front;
 };
