@@ -446,10 +446,12 @@ QCoro::Task<void> DesktopKeychain::State::tidyUpAfterWrite(
 {
     SecretService service(*calls);
     const auto found = co_await service.search(item);
-    if (!found)
+    const auto written = co_await service.searchWritten(item);
+    if (!found || !written)
         co_return;
     for (const QDBusObjectPath &path : found->unlocked + found->locked) {
-        if (SecretService::collectionOf(path) == collection)
+        const bool isWritten = written->unlocked.contains(path) || written->locked.contains(path);
+        if (isWritten && SecretService::collectionOf(path) == collection)
             co_await service.setLabel(path, item.label);
         else if (found->unlocked.contains(path))
             co_await service.deleteItem(path, KeychainPrompt::Forbidden);

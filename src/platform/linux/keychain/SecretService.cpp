@@ -12,8 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Attributes = QMap<QString, QString>;
-
 constexpr auto noObject = QLatin1StringView("/");
 
 QDBusMessage method(const QString &path, const QString &interface, const QString &name)
@@ -48,11 +46,22 @@ KeychainStatus serviceFailure(KeychainStatus status)
 
 QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::search(KeychainItem item)
 {
-    static const QMetaType attributesType = qDBusRegisterMetaType<Attributes>();
+    // Without the schema: a keyring that was not yet unlocked in this session does not find items by it.
+    return searchAttributes({{u"user"_s, item.account}, {u"server"_s, item.service}});
+}
+
+QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::searchWritten(
+    KeychainItem item)
+{
+    return searchAttributes({{u"user"_s, item.account}, {u"server"_s, item.service}, {u"type"_s, u"base64"_s},
+        {u"xdg:schema"_s, u"org.qt.keychain"_s}});
+}
+
+QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::searchAttributes(
+    QMap<QString, QString> attributes)
+{
+    static const QMetaType attributesType = qDBusRegisterMetaType<QMap<QString, QString>>();
     Q_UNUSED(attributesType)
-    // By what QtKeychain writes, except for the schema and the encoding: a keyring that was not yet unlocked
-    // in this session does not find items by their schema.
-    const Attributes attributes{{u"user"_s, item.account}, {u"server"_s, item.service}};
     QDBusMessage ask = serviceMethod(u"SearchItems"_s);
     ask << QVariant::fromValue(attributes);
     const auto reply = co_await m_calls.call(ask);

@@ -35,6 +35,9 @@ public:
     /// All items of that service and account, in all collections. Never prompts.
     QCoro::Task<tl::expected<FoundItems, KeychainStatus>> search(KeychainItem item);
 
+    /// Those among them that QtKeychain wrote, as bytes: one for each collection at most.
+    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchWritten(KeychainItem item);
+
     /// The collection to which new items are added; a path "/" where there is none.
     QCoro::Task<tl::expected<QDBusObjectPath, KeychainStatus>> defaultCollection();
 
@@ -55,6 +58,8 @@ public:
     static QDBusObjectPath collectionOf(const QDBusObjectPath &item);
 
 private:
+    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchAttributes(QMap<QString, QString> attributes);
+
     /// Shows a prompt and waits for the person.
     QCoro::Task<KeychainStatus> answerOf(QDBusObjectPath prompt);
 

@@ -1,0 +1,335 @@
+#include "support/DesktopLab.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace orbitledge::testing {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int patience = 20'000; // milliseconds; only reached by what will never come
+
+const QString keyringName = u"org.freedesktop.secrets"_s;
+const QString prompterName = u"org.gnome.keyring.SystemPrompter"_s;
+
+void writeFile(const QString &path, const QString &text)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+void sendSignal(const QProcess &process, int signal)
+{
+    ::kill(static_cast<pid_t>(process.processId()), signal);
+}
+
+QString freshConnectionName()
+{
+    static int count = 0;
+    return u"desktop-lab-%1"_s.arg(++count);
+}
+
+} // namespace
+
+DesktopLab::DesktopLab()
+    : DesktopLab(Options())
+{
+}
+
+DesktopLab::DesktopLab(const Options &options)
+    : m_environment(QProcessEnvironment::systemEnvironment())
+    , m_bus(QString())
+{
+    for (const char *const name : {"WAYLAND_DISPLAY", "DISPLAY", "XAUTHORITY", "XDG_CURRENT_DESKTOP",
+             "DESKTOP_SESSION", "KDE_FULL_SESSION", "KDE_SESSION_VERSION", "GNOME_DESKTOP_SESSION_ID",
+             "GNOME_KEYRING_CONTROL", "SSH_AUTH_SOCK", "QT_NO_GLIB"})
+        m_environment.remove(QLatin1StringView(name));
+    const auto makeFolder = [&](const QString &variable, const QString &name) {
+        if (!QDir().mkpath(path(name))
+            || !QFile::setPermissions(path(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+            qFatal("cannot make %s", qPrintable(path(name)));
+        m_environment.insert(variable, path(name));
+    };
+    makeFolder(u"HOME"_s, u"home"_s);
+    makeFolder(u"XDG_CONFIG_HOME"_s, u"config"_s);
+    makeFolder(u"XDG_DATA_HOME"_s, u"data"_s);
+    makeFolder(u"XDG_STATE_HOME"_s, u"state"_s);
+    makeFolder(u"XDG_CACHE_HOME"_s, u"cache"_s);
+    makeFolder(u"XDG_RUNTIME_DIR"_s, u"runtime"_s);
+    // The prompter is a GTK program, which would go and look for services that are not here.
+    m_environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
+    m_environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
+
+    if (options.hasDisplay)
+        startDisplay();
+    startBus(options);
+}
+
+DesktopLab::~DesktopLab()
+{
+    for (std::unique_ptr<QProcess> &service : m_services)
+        end(service, SIGKILL);
+    end(m_monitor, SIGKILL);
+    end(m_keyring, SIGKILL);
+    const QString name = m_bus.name();
+    m_bus = QDBusConnection(QString());
+    QDBusConnection::disconnectFromBus(name);
+    end(m_busDaemon, SIGKILL);
+    end(m_display, SIGTERM); // it has a lock and a socket to take away
+}
+
+std::unique_ptr<QProcess> DesktopLab::makeChild(const QString &name) const
+{
+    auto child = std::make_unique<QProcess>();
+    child->setProcessEnvironment(m_environment);
+    child->setStandardErrorFile(path(name + u".err"_s));
+    const pid_t parent = ::getpid();
+    child->setChildProcessModifier([parent] {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (::getppid() != parent)
+            ::_exit(1);
+    });
+    return child;
+}
+
+void DesktopLab::start(QProcess &child, const QString &program, const QStringList &arguments)
+{
+    child.start(program, arguments);
+    if (!child.waitForStarted(patience))
+        qFatal("cannot start %s: %s", qPrintable(program), qPrintable(child.errorString()));
+}
+
+void DesktopLab::end(std::unique_ptr<QProcess> &child, int signal)
+{
+    if (!child)
+        return;
+    if (child->state() != QProcess::NotRunning) {
+        sendSignal(*child, signal);
+        sendSignal(*child, SIGCONT);
+        if (!child->waitForFinished(patience))
+            child->kill();
+    }
+    child.reset();
+}
+
+void DesktopLab::await(const char *what, const std::function<bool()> &isSo)
+{
+    if (!QTest::qWaitFor(isSo, patience))
+        qFatal("waited in vain for: %s", what);
+}
+
+// ---- display ---------------------------------------------------------------------------------------------
+
+void DesktopLab::startDisplay()
+{
+    m_display = makeChild(u"display"_s);
+    start(*m_display, u"Xvfb"_s,
+        {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1024x768x24"_s, u"-nolisten"_s, u"tcp"_s});
+    QByteArray number;
+    await("the X server", [&] {
+        number += m_display->readAllStandardOutput();
+        return number.endsWith('\n');
+    });
+    m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(number.trimmed()));
+}
+
+QByteArray DesktopLab::awaitPrompt()
+{
+    awaitOnBus(prompterName);
+    QByteArray window;
+    await("the prompt's window", [&] {
+        QProcess search;
+        search.setProcessEnvironment(m_environment);
+        search.start(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"gcr-prompter"_s});
+        search.waitForFinished(patience);
+        window = search.readAllStandardOutput().trimmed();
+        return !window.isEmpty();
+    });
+    return window;
+}
+
+void DesktopLab::answerPrompt(const QString &text)
+{
+    awaitPrompt();
+    run(u"xdotool"_s, {u"type"_s, text});
+    run(u"xdotool"_s, {u"key"_s, u"Return"_s});
+}
+
+void DesktopLab::dismissPrompt()
+{
+    awaitPrompt();
+    run(u"xdotool"_s, {u"key"_s, u"Escape"_s});
+}
+
+void DesktopLab::killPrompter()
+{
+    awaitPrompt();
+    const QDBusReply<uint> prompter = m_bus.interface()->servicePid(prompterName);
+    ::kill(static_cast<pid_t>(prompter.value()), SIGKILL);
+}
+
+// ---- bus -------------------------------------------------------------------------------------------------
+
+QString DesktopLab::busConfiguration(const Options &options) const
+{
+    return u"<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+           "  \"http:\x2F/www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+           "<busconfig><type>session</type><listen>unix:path=%1</listen><auth>EXTERNAL</auth>\n"
+           "<servicedir>%2</servicedir><policy context=\"default\">\n"
+           "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>\n"
+           "%3</policy></busconfig>\n"_s.arg(path(u"runtime/bus"_s), path(u"services"_s), options.busPolicy);
+}
+
+void DesktopLab::startBus(const Options &options)
+{
+    QDir().mkpath(path(u"services"_s));
+    const auto addService = [this](const QString &name, const QString &command) {
+        writeFile(path(u"services/"_s + name + u".service"_s),
+            u"[D-BUS Service]\nName=%1\nExec=%2\n"_s.arg(name, command));
+    };
+    if (options.hasDisplay)
+        addService(prompterName, u"/usr/libexec/gcr-prompter"_s);
+    if (options.canActivateKeyring)
+        addService(keyringName, u"/usr/bin/gnome-keyring-daemon --start --foreground --components=secrets"_s);
+    writeFile(path(u"bus.conf"_s), busConfiguration(options));
+
+    m_busDaemon = makeChild(u"bus"_s);
+    start(*m_busDaemon, u"dbus-daemon"_s,
+        {u"--config-file="_s + path(u"bus.conf"_s), u"--nofork"_s, u"--nopidfile"_s, u"--print-address=1"_s});
+    QByteArray address;
+    await("the session bus", [&] {
+        address += m_busDaemon->readAllStandardOutput();
+        return address.endsWith('\n');
+    });
+    m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, QString::fromLatin1(address.trimmed()));
+    m_bus = QDBusConnection::connectToBus(QString::fromLatin1(address.trimmed()), freshConnectionName());
+    if (!m_bus.isConnected())
+        qFatal("cannot connect to the session bus");
+}
+
+void DesktopLab::startMonitor()
+{
+    m_monitor = makeChild(u"monitor"_s);
+    start(*m_monitor, u"dbus-monitor"_s, {u"--session"_s});
+    // It is not told that it is one; it sees what is sent from then on.
+    await("the monitor", [this] {
+        m_bus.send(QDBusMessage::createSignal(u"/monitor"_s, u"app.orbitledge.Test"_s, u"IsThere"_s));
+        QTest::qWait(10);
+        m_monitored += m_monitor->readAllStandardOutput();
+        return m_monitored.contains("member=IsThere");
+    });
+}
+
+QByteArray DesktopLab::monitored()
+{
+    // The bus keeps the order: what was sent before this has been seen when this is.
+    static int count = 0;
+    const QString mark = u"Mark%1Seen"_s.arg(++count);
+    m_bus.send(QDBusMessage::createSignal(u"/monitor"_s, u"app.orbitledge.Test"_s, mark));
+    await("the monitor to catch up", [&] {
+        m_monitored += m_monitor->readAllStandardOutput();
+        return m_monitored.contains("member=" + mark.toLatin1());
+    });
+    return m_monitored;
+}
+
+void DesktopLab::awaitCall(const QByteArray &method)
+{
+    await(method.constData(), [&] {
+        m_monitored += m_monitor->readAllStandardOutput();
+        return m_monitored.contains("member=" + method);
+    });
+}
+
+bool DesktopLab::isOnBus(const QString &name) const
+{
+    return m_bus.interface()->isServiceRegistered(name);
+}
+
+void DesktopLab::awaitOnBus(const QString &name) const
+{
+    await(qPrintable(name), [&] { return isOnBus(name); });
+}
+
+void DesktopLab::pauseBus()
+{
+    sendSignal(*m_busDaemon, SIGSTOP);
+}
+
+void DesktopLab::resumeBus()
+{
+    sendSignal(*m_busDaemon, SIGCONT);
+}
+
+// ---- keyring and others ----------------------------------------------------------------------------------
+
+void DesktopLab::startKeyring(Keyring state)
+{
+    m_keyring = makeChild(u"keyring"_s);
+    m_keyring->setStandardOutputFile(QProcess::nullDevice());
+    QStringList arguments{u"--foreground"_s, u"--components=secrets"_s};
+    if (state == Keyring::Unlocked)
+        arguments.append(u"--unlock"_s);
+    start(*m_keyring, u"gnome-keyring-daemon"_s, arguments);
+    if (state == Keyring::Unlocked)
+        m_keyring->write(keyringPassword().toUtf8());
+    m_keyring->closeWriteChannel();
+    awaitOnBus(keyringName);
+}
+
+void DesktopLab::stopKeyring()
+{
+    end(m_keyring, SIGTERM);
+    await("the keyring to be gone", [this] { return !isOnBus(keyringName); });
+}
+
+void DesktopLab::pauseKeyring()
+{
+    sendSignal(*m_keyring, SIGSTOP);
+}
+
+void DesktopLab::resumeKeyring()
+{
+    sendSignal(*m_keyring, SIGCONT);
+}
+
+void DesktopLab::killKeyring()
+{
+    end(m_keyring, SIGKILL);
+}
+
+QProcess &DesktopLab::startService(const QString &name, const QString &program, const QStringList &arguments)
+{
+    m_services.push_back(makeChild(name));
+    QProcess &service = *m_services.back();
+    service.setStandardOutputFile(QProcess::nullDevice());
+    start(service, program, arguments);
+    awaitOnBus(name);
+    return service;
+}
+
+QByteArray DesktopLab::run(const QString &program, const QStringList &arguments, const QByteArray &input)
+{
+    const std::unique_ptr<QProcess> child = makeChild(u"run"_s);
+    start(*child, program, arguments);
+    child->write(input);
+    child->closeWriteChannel();
+    if (!child->waitForFinished(patience) || child->exitStatus() != QProcess::NormalExit
+        || child->exitCode() != 0)
+        qFatal("%s failed", qPrintable(program));
+    return child->readAllStandardOutput();
+}
+
+} // namespace orbitledge::testing

@@ -1,0 +1,130 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDBusConnection>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace orbitledge::testing {
+
+/// A desktop session of a test's own: home and XDG folders, a session bus, and on demand GNOME's keyring, an
+/// X server without a screen, and services that a test brings along. It knows nothing of the machine's
+/// session, needs no rights, and any number of them run side by side.
+///
+/// The test itself stays outside: what is tested runs as a child in `environment()`, since a process is bound
+/// to one session bus for its life. A bus and an unlocked keyring for a child are no more than
+///
+///     DesktopLab lab;
+///     lab.startKeyring(DesktopLab::Keyring::Unlocked);
+///     QProcess program;
+///     program.setProcessEnvironment(lab.environment());
+///
+/// Everything that was started ends with the object, by its process id, and also when the test crashes: the
+/// kernel ends the children with their parent, and what the bus started ends with the bus. What does not come
+/// up in time ends the test at once. Needs an event loop, since it waits for conditions.
+class DesktopLab {
+public:
+    struct Options {
+        /// An X server, and the program that shows the keyring's prompts, which the bus starts when it is
+        /// needed.
+        bool hasDisplay = false;
+        /// Whether the bus can start the keyring. It would come up locked.
+        bool canActivateKeyring = false;
+        /// More rules for the bus, as elements of its default policy.
+        QString busPolicy;
+    };
+
+    DesktopLab();
+    explicit DesktopLab(const Options &options);
+    ~DesktopLab();
+    DesktopLab(const DesktopLab &) = delete;
+    DesktopLab &operator=(const DesktopLab &) = delete;
+
+    /// For children that are to live in the session.
+    [[nodiscard]] QProcessEnvironment environment() const { return m_environment; }
+
+    /// A folder for the test's files, which goes with the session.
+    [[nodiscard]] QString path(const QString &name) const { return m_folder.filePath(name); }
+
+    // ---- the keyring ----
+
+    enum class Keyring { Unlocked, Locked };
+
+    /// The first start makes a keyring with the password; a later one finds what is in it.
+    void startKeyring(Keyring state);
+    static QString keyringPassword() { return QStringLiteral("correct horse"); }
+    void stopKeyring();
+
+    /// It says nothing any more, but is still there, until it goes on.
+    void pauseKeyring();
+    void resumeKeyring();
+    /// It ends from one moment to the next, whatever it is doing.
+    void killKeyring();
+
+    // ---- the person before the screen; for labs with a display ----
+
+    /// Waits for a prompt, types, and presses the enter key.
+    void answerPrompt(const QString &text);
+    void dismissPrompt();
+    /// Waits for a prompt, and ends the program that shows it.
+    void killPrompter();
+
+    // ---- the bus ----
+
+    /// Keeps what passes over the bus from now on. Call it once.
+    void startMonitor();
+    /// What passed up to now, as dbus-monitor prints it.
+    QByteArray monitored();
+    /// Waits until a call of this method was seen.
+    void awaitCall(const QByteArray &method);
+
+    [[nodiscard]] bool isOnBus(const QString &name) const;
+    void awaitOnBus(const QString &name) const;
+
+    /// The test's own connection to this bus.
+    [[nodiscard]] QDBusConnection bus() const { return m_bus; }
+
+    void pauseBus();
+    void resumeBus();
+
+    // ---- other programs in the session ----
+
+    /// Starts a program that then answers for `name` on the bus, and goes on with the session.
+    QProcess &startService(const QString &name, const QString &program, const QStringList &arguments);
+
+    /// Runs a program to its end, which has to be a good one, and returns what it printed.
+    QByteArray run(const QString &program, const QStringList &arguments, const QByteArray &input = {});
+
+    /// Waits until it is so, and ends the test where that takes too long.
+    static void await(const char *what, const std::function<bool()> &isSo);
+
+private:
+    /// A child that ends with this process; its words are kept in a file of the folder.
+    std::unique_ptr<QProcess> makeChild(const QString &name) const;
+    static void start(QProcess &child, const QString &program, const QStringList &arguments);
+    static void end(std::unique_ptr<QProcess> &child, int signal);
+    void startDisplay();
+    void startBus(const Options &options);
+    [[nodiscard]] QString busConfiguration(const Options &options) const;
+    QByteArray awaitPrompt();
+
+    QTemporaryDir m_folder;
+    QProcessEnvironment m_environment;
+    QDBusConnection m_bus;
+    std::unique_ptr<QProcess> m_display;
+    std::unique_ptr<QProcess> m_busDaemon;
+    std::unique_ptr<QProcess> m_keyring;
+    std::unique_ptr<QProcess> m_monitor;
+    QByteArray m_monitored;
+    std::vector<std::unique_ptr<QProcess>> m_services;
+};
+
+} // namespace orbitledge::testing
