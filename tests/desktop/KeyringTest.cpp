@@ -13,15 +13,8 @@ namespace {
 const KeychainItem session{
     .service = u"app.example"_s, .account = u"session"_s, .label = u"Example session"_s};
 
-KeychainDriver::Result secret(const QByteArray &bytes)
-{
-    return {Success, bytes};
-}
-
-KeychainDriver::Result failure(KeychainStatus status)
-{
-    return {status, {}};
-}
+const auto secret = KeychainDriver::secret;
+const auto failure = KeychainDriver::failure;
 
 } // namespace
 

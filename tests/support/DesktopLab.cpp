@@ -145,25 +145,31 @@ void DesktopLab::startDisplay()
     m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(number.trimmed()));
 }
 
-QByteArray DesktopLab::awaitPrompt()
+void DesktopLab::awaitPrompt()
 {
     awaitOnBus(prompterName);
-    QByteArray window;
     await("the prompt's window", [&] {
         QProcess search;
         search.setProcessEnvironment(m_environment);
         search.start(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"gcr-prompter"_s});
         search.waitForFinished(patience);
-        window = search.readAllStandardOutput().trimmed();
-        return !window.isEmpty();
+        return !search.readAllStandardOutput().trimmed().isEmpty();
     });
-    return window;
 }
 
 void DesktopLab::answerPrompt(const QString &text)
 {
     awaitPrompt();
     run(u"xdotool"_s, {u"type"_s, text});
+    run(u"xdotool"_s, {u"key"_s, u"Return"_s});
+}
+
+void DesktopLab::choosePassword(const QString &password)
+{
+    awaitPrompt();
+    run(u"xdotool"_s, {u"type"_s, password});
+    run(u"xdotool"_s, {u"key"_s, u"Tab"_s});
+    run(u"xdotool"_s, {u"type"_s, password});
     run(u"xdotool"_s, {u"key"_s, u"Return"_s});
 }
 

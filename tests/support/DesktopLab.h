@@ -39,7 +39,7 @@ public:
         /// Whether the bus can start the keyring. It would come up locked.
         bool canActivateKeyring = false;
         /// More rules for the bus, as elements of its default policy.
-        QString busPolicy;
+        QString busPolicy = QString();
     };
 
     DesktopLab();
@@ -71,8 +71,11 @@ public:
 
     // ---- the person before the screen; for labs with a display ----
 
+    void awaitPrompt();
     /// Waits for a prompt, types, and presses the enter key.
     void answerPrompt(const QString &text);
+    /// The same for the prompt that wants a new password, twice.
+    void choosePassword(const QString &password);
     void dismissPrompt();
     /// Waits for a prompt, and ends the program that shows it.
     void killPrompter();
@@ -114,7 +117,6 @@ private:
     void startDisplay();
     void startBus(const Options &options);
     [[nodiscard]] QString busConfiguration(const Options &options) const;
-    QByteArray awaitPrompt();
 
     QTemporaryDir m_folder;
     QProcessEnvironment m_environment;

@@ -24,6 +24,9 @@ public:
         friend bool operator==(const Result &, const Result &) = default;
     };
 
+    static Result secret(const QByteArray &bytes) { return {KeychainStatus::Success, bytes}; }
+    static Result failure(KeychainStatus status) { return {status, {}}; }
+
     struct Patience {
         std::chrono::milliseconds answer = std::chrono::seconds(20);
         std::chrono::milliseconds serviceStart = std::chrono::seconds(5);
