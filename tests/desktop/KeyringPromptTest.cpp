@@ -10,7 +10,8 @@ using enum KeychainStatus;
 
 namespace {
 
-const KeychainItem session{.service = u"app.example"_s, .account = u"session"_s, .label = u"Example session"_s};
+const KeychainItem session{
+    .service = u"app.example"_s, .account = u"session"_s, .label = u"Example session"_s};
 
 const auto secret = KeychainDriver::secret;
 const auto failure = KeychainDriver::failure;
@@ -127,8 +128,8 @@ private Q_SLOTS:
     {
         lockUpItem();
         m_lab->run(u"secret-tool"_s,
-            {u"store"_s, u"--collection=session"_s, u"--label=copy"_s, u"user"_s, session.account, u"server"_s,
-                session.service, u"type"_s, u"base64"_s},
+            {u"store"_s, u"--collection=session"_s, u"--label=copy"_s, u"user"_s, session.account,
+                u"server"_s, session.service, u"type"_s, u"base64"_s},
             "Y29weQ==");
         m_lab->startMonitor();
         KeychainDriver keychain(m_lab->environment());

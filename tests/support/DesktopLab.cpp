@@ -79,7 +79,7 @@ DesktopLab::DesktopLab(const Options &options)
 
 DesktopLab::~DesktopLab()
 {
-    for (std::unique_ptr<QProcess> &service : m_services)
+    for (auto &[name, service] : m_services)
         end(service, SIGKILL);
     end(m_monitor, SIGKILL);
     end(m_keyring, SIGKILL);
@@ -207,8 +207,8 @@ void DesktopLab::startBus(const Options &options)
     };
     if (options.hasDisplay)
         addService(prompterName, u"/usr/libexec/gcr-prompter"_s);
-    if (options.canActivateKeyring)
-        addService(keyringName, u"/usr/bin/gnome-keyring-daemon --start --foreground --components=secrets"_s);
+    if (!options.keyringCommand.isEmpty())
+        addService(keyringName, options.keyringCommand);
     writeFile(path(u"bus.conf"_s), busConfiguration(options));
 
     m_busDaemon = makeChild(u"bus"_s);
@@ -316,14 +316,36 @@ void DesktopLab::killKeyring()
     end(m_keyring, SIGKILL);
 }
 
-QProcess &DesktopLab::startService(const QString &name, const QString &program, const QStringList &arguments)
+QString DesktopLab::defaultKeyringCommand()
 {
-    m_services.push_back(makeChild(name));
-    QProcess &service = *m_services.back();
-    service.setStandardOutputFile(QProcess::nullDevice());
-    start(service, program, arguments);
-    awaitOnBus(name);
-    return service;
+    return u"/usr/bin/gnome-keyring-daemon --start --foreground --components=secrets"_s;
+}
+
+void DesktopLab::startService(const QString &name, const QString &program, const QStringList &arguments)
+{
+    std::unique_ptr<QProcess> &service = m_services[name];
+    service = makeChild(name);
+    service->setStandardOutputFile(QProcess::nullDevice());
+    start(*service, program, arguments);
+    await(qPrintable(name), [&] {
+        if (service->state() == QProcess::NotRunning) {
+            QFile words(path(name + u".err"_s));
+            words.open(QIODevice::ReadOnly);
+            qFatal("%s ended: %s", qPrintable(program), words.readAll().constData());
+        }
+        return isOnBus(name);
+    });
+}
+
+void DesktopLab::pauseService(const QString &name)
+{
+    sendSignal(*m_services.at(name), SIGSTOP);
+}
+
+void DesktopLab::killService(const QString &name)
+{
+    end(m_services.at(name), SIGKILL);
+    await("the service to be gone", [&] { return !isOnBus(name); });
 }
 
 QByteArray DesktopLab::run(const QString &program, const QStringList &arguments, const QByteArray &input)

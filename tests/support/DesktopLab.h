@@ -10,8 +10,8 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
-#include <vector>
 
 namespace orbitledge::testing {
 
@@ -36,8 +36,8 @@ public:
         /// An X server, and the program that shows the keyring's prompts, which the bus starts when it is
         /// needed.
         bool hasDisplay = false;
-        /// Whether the bus can start the keyring. It would come up locked.
-        bool canActivateKeyring = false;
+        /// What the bus runs when somebody asks for a keyring that is not there; nothing where this is empty.
+        QString keyringCommand = QString();
         /// More rules for the bus, as elements of its default policy.
         QString busPolicy = QString();
     };
@@ -62,6 +62,9 @@ public:
     void startKeyring(Keyring state);
     static QString keyringPassword() { return QStringLiteral("correct horse"); }
     void stopKeyring();
+
+    /// A command for the bus that starts the keyring, locked.
+    static QString defaultKeyringCommand();
 
     /// It says nothing any more, but is still there, until it goes on.
     void pauseKeyring();
@@ -100,8 +103,10 @@ public:
 
     // ---- other programs in the session ----
 
-    /// Starts a program that then answers for `name` on the bus, and goes on with the session.
-    QProcess &startService(const QString &name, const QString &program, const QStringList &arguments);
+    /// Starts a program that then answers for `name` on the bus.
+    void startService(const QString &name, const QString &program, const QStringList &arguments);
+    void pauseService(const QString &name);
+    void killService(const QString &name);
 
     /// Runs a program to its end, which has to be a good one, and returns what it printed.
     QByteArray run(const QString &program, const QStringList &arguments, const QByteArray &input = {});
@@ -126,7 +131,7 @@ private:
     std::unique_ptr<QProcess> m_keyring;
     std::unique_ptr<QProcess> m_monitor;
     QByteArray m_monitored;
-    std::vector<std::unique_ptr<QProcess>> m_services;
+    std::map<QString, std::unique_ptr<QProcess>> m_services;
 };
 
 } // namespace orbitledge::testing

@@ -72,6 +72,10 @@ class Daemon(dbus.service.Object):
             reply(1 if consents else -1)
         self.opening = []
 
+    @dbus.service.method(MOCK, out_signature="i")
+    def CountEntries(self):
+        return len(self.entries)
+
     @dbus.service.method(MOCK)
     def CloseWallet(self):
         self.users_of_wallet.clear()

@@ -5,7 +5,10 @@ The first argument says how it behaves:
 
 deny   it finds the item unlocked, but hands out no secret
 ask    the collection is unlocked, but the item is not: the person is asked for it, and declines
+mute   it finds the item unlocked, and says no more when it is asked for the secret
+die    it finds the item unlocked, and ends when it is asked for the secret
 """
+import os
 import sys
 
 import dbus
@@ -30,7 +33,7 @@ class Service(dbus.service.Object):
     def SearchItems(self, attributes):
         if attributes.get("type", "base64") != "base64":
             return paths(), paths()
-        return (paths(ITEM), paths()) if BEHAVIOUR == "deny" else (paths(), paths(ITEM))
+        return (paths(), paths(ITEM)) if BEHAVIOUR == "ask" else (paths(ITEM), paths())
 
     @dbus.service.method("org.freedesktop.Secret.Service", in_signature="s", out_signature="o")
     def ReadAlias(self, alias):
@@ -44,11 +47,21 @@ class Service(dbus.service.Object):
 
     @dbus.service.method("org.freedesktop.Secret.Service", in_signature="ao", out_signature="aoo")
     def Unlock(self, objects):
+        if list(objects) == [COLLECTION]:
+            return paths(COLLECTION), NOTHING
         return paths(), dbus.ObjectPath(PROMPT)
 
-    @dbus.service.method("org.freedesktop.Secret.Service", in_signature="aoo", out_signature="a{o(oayays)}")
-    def GetSecrets(self, items, session):
-        return dbus.Dictionary({}, signature="o(oayays)")
+    @dbus.service.method(
+        "org.freedesktop.Secret.Service",
+        in_signature="aoo",
+        out_signature="a{o(oayays)}",
+        async_callbacks=("reply", "error"),
+    )
+    def GetSecrets(self, items, session, reply, error):
+        if BEHAVIOUR == "die":
+            os._exit(1)
+        if BEHAVIOUR != "mute":
+            reply(dbus.Dictionary({}, signature="o(oayays)"))
 
 
 class Collection(dbus.service.Object):

@@ -25,8 +25,7 @@ QDBusMessage busMethod(const QString &method)
         u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
 }
 
-/// `inTime` tells a service that went away from one that keeps silent: both are "no reply" to the bus.
-KeychainStatus statusOfError(const QDBusMessage &error, bool inTime)
+KeychainStatus statusOfError(const QDBusMessage &error)
 {
     const QString name = error.errorName();
     if (name == "org.freedesktop.Secret.Error.NoSuchObject"_L1)
@@ -41,7 +40,8 @@ KeychainStatus statusOfError(const QDBusMessage &error, bool inTime)
     case QDBusError::NoReply:
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
-        return inTime ? KeychainStatus::IoError : KeychainStatus::TimedOut;
+        // The bus says so of a service that went away. Where we stopped waiting, nobody said anything.
+        return error.service().isEmpty() ? KeychainStatus::TimedOut : KeychainStatus::IoError;
     default:
         return KeychainStatus::IoError;
     }
@@ -62,9 +62,7 @@ QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::call(QDBusMess
     m_left -= milliseconds(elapsed.elapsed());
     if (reply.type() == QDBusMessage::ReplyMessage)
         co_return reply;
-    // The timer of the call and this clock may differ a little.
-    const bool inTime = m_left > milliseconds(20);
-    co_return tl::unexpected(statusOfError(reply, inTime));
+    co_return tl::unexpected(statusOfError(reply));
 }
 
 QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::callPatiently(QDBusMessage message)
@@ -75,7 +73,7 @@ QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::callPatiently(
     restartTime();
     if (reply.type() == QDBusMessage::ReplyMessage)
         co_return reply;
-    co_return tl::unexpected(statusOfError(reply, true));
+    co_return tl::unexpected(statusOfError(reply));
 }
 
 QCoro::Task<KeychainStatus> BusCalls::summon(QString name)

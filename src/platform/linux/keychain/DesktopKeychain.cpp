@@ -54,14 +54,16 @@ QString preferredWalletDaemon()
 /// the bus means to wait for it.
 struct Desktop {
     bool hasBus = false;
-    bool hasSecretLibrary = false;
+    /// libsecret's, absent where the library is not installed.
+    void (*disconnectFromService)() = nullptr;
 };
 
 Desktop connectToDesktop()
 {
-    // The library stays loaded: QtKeychain looks for it by this name.
-    QLibrary secretLibrary(u"secret-1"_s, 0);
-    return {.hasBus = QDBusConnection::sessionBus().isConnected(), .hasSecretLibrary = secretLibrary.load()};
+    // By the name by which QtKeychain loads it; it stays loaded.
+    QLibrary library(u"secret-1"_s, 0);
+    return {.hasBus = QDBusConnection::sessionBus().isConnected(),
+        .disconnectFromService = library.resolve("secret_service_disconnect")};
 }
 
 struct JobResult {
@@ -186,14 +188,17 @@ struct DesktopKeychain::State {
     static QCoro::Task<tl::expected<JobResult, KeychainStatus>> finish(
         std::shared_ptr<BusCalls> calls, QKeychain::Job *job, Asking asking);
 
-    [[nodiscard]] bool canUseSecretLibrary() const;
+    /// Before each job that uses libsecret.
+    QCoro::Task<KeychainStatus> prepareSecretLibrary(std::shared_ptr<BusCalls> calls);
 
     KeychainPatience patience;
     bool isBusy = false;
     std::deque<OneShot<std::monostate> *> waiting;
 
     std::optional<Desktop> desktop;
-    bool hasWaitedForService = false;
+    bool hasWaitedInVain = false;
+    /// The unique name of the service that libsecret used last for this store.
+    QString lastService;
 };
 
 DesktopKeychain::DesktopKeychain(KeychainPatience patience)
@@ -237,26 +242,33 @@ QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summo
         if (summoned != KeychainStatus::ItemNotFound)
             co_return tl::unexpected(summoned);
     }
-    const milliseconds comingUp = hasWaitedForService ? milliseconds::zero() : patience.serviceStart;
-    hasWaitedForService = true;
+    const milliseconds comingUp = hasWaitedInVain ? milliseconds::zero() : patience.serviceStart;
     const KeychainStatus summoned = co_await calls->summon(SecretService::name, comingUp);
+    hasWaitedInVain = summoned == KeychainStatus::NotAvailable;
     if (summoned != KeychainStatus::Success)
         co_return tl::unexpected(summoned);
     co_return QString();
 }
 
-bool DesktopKeychain::State::canUseSecretLibrary() const
+QCoro::Task<KeychainStatus> DesktopKeychain::State::prepareSecretLibrary(std::shared_ptr<BusCalls> calls)
 {
-    if (!desktop->hasSecretLibrary) {
+    if (desktop->disconnectFromService == nullptr) {
         qCWarning(lcKeychain, "libsecret is not installed: the keyring cannot be used");
-        return false;
+        co_return KeychainStatus::NotAvailable;
     }
     const QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance();
     if (dispatcher == nullptr || !dispatcher->inherits("QEventDispatcherGlib")) {
         qCWarning(lcKeychain, "the event loop is not GLib's (QT_NO_GLIB?): the keyring cannot be used");
-        return false;
+        co_return KeychainStatus::IoError;
     }
-    return true;
+    const auto service = co_await calls->owner(SecretService::name);
+    if (!service)
+        co_return service.error();
+    // The library goes on with the encrypted session that it has, also where the service was started anew
+    // since and knows nothing of it.
+    if (*service != std::exchange(lastService, *service))
+        desktop->disconnectFromService();
+    co_return KeychainStatus::Success;
 }
 
 QCoro::Task<tl::expected<JobResult, KeychainStatus>> DesktopKeychain::State::finish(
@@ -304,8 +316,9 @@ QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::read(Keychai
 QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::readFromService(
     std::shared_ptr<BusCalls> calls, KeychainItem item)
 {
-    if (!canUseSecretLibrary())
-        co_return tl::unexpected(KeychainStatus::IoError);
+    const KeychainStatus prepared = co_await prepareSecretLibrary(calls);
+    if (prepared != KeychainStatus::Success)
+        co_return tl::unexpected(prepared);
     SecretService service(*calls);
     auto found = co_await service.search(item);
     if (!found)
@@ -405,8 +418,9 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::write(KeychainItem item, QBy
 QCoro::Task<KeychainStatus> DesktopKeychain::State::writeToService(
     std::shared_ptr<BusCalls> calls, KeychainItem item, QByteArray secret)
 {
-    if (!canUseSecretLibrary())
-        co_return KeychainStatus::IoError;
+    const KeychainStatus prepared = co_await prepareSecretLibrary(calls);
+    if (prepared != KeychainStatus::Success)
+        co_return prepared;
     SecretService service(*calls);
     auto collection = co_await service.defaultCollection();
     if (!collection)

@@ -12,7 +12,7 @@ struct KeychainPatience {
     /// For an operation, without the time that a person takes to answer a prompt.
     std::chrono::milliseconds answer = std::chrono::seconds(20);
     /// For a service that is not on the bus and that the bus cannot start: at login it may be about to come.
-    /// Once for each store.
+    /// Where it did not, it is not waited for again before it has been there.
     std::chrono::milliseconds serviceStart = std::chrono::seconds(5);
 };
 
