@@ -53,6 +53,7 @@ QString preferredWalletDaemon()
 /// What the first operation of all has to do and to load, away from the thread of the windows: to connect to
 /// the bus means to wait for it.
 struct Desktop {
+    bool isKnown = false;
     bool hasBus = false;
     /// libsecret's, absent where the library is not installed.
     void (*disconnectFromService)() = nullptr;
@@ -62,7 +63,8 @@ Desktop connectToDesktop()
 {
     // By the name by which QtKeychain loads it; it stays loaded.
     QLibrary library(u"secret-1"_s, 0);
-    return {.hasBus = QDBusConnection::sessionBus().isConnected(),
+    return {.isKnown = true,
+        .hasBus = QDBusConnection::sessionBus().isConnected(),
         .disconnectFromService = library.resolve("secret_service_disconnect")};
 }
 
@@ -195,7 +197,7 @@ struct DesktopKeychain::State {
     bool isBusy = false;
     std::deque<OneShot<std::monostate> *> waiting;
 
-    std::optional<Desktop> desktop;
+    Desktop desktop;
     bool hasWaitedInVain = false;
     /// The unique name of the service that libsecret used last for this store.
     QString lastService;
@@ -228,11 +230,11 @@ QCoro::Task<KeychainStatus> DesktopKeychain::remove(KeychainItem item, KeychainP
 QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summonKeyring(
     std::shared_ptr<BusCalls> calls)
 {
-    if (!desktop) {
+    if (!desktop.isKnown) {
         SerialQueue background;
         desktop = co_await background.run([] { return connectToDesktop(); });
     }
-    if (!desktop->hasBus)
+    if (!desktop.hasBus)
         co_return tl::unexpected(KeychainStatus::NotAvailable);
 
     if (const QString daemon = preferredWalletDaemon(); !daemon.isEmpty()) {
@@ -252,7 +254,7 @@ QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summo
 
 QCoro::Task<KeychainStatus> DesktopKeychain::State::prepareSecretLibrary(std::shared_ptr<BusCalls> calls)
 {
-    if (desktop->disconnectFromService == nullptr) {
+    if (desktop.disconnectFromService == nullptr) {
         qCWarning(lcKeychain, "libsecret is not installed: the keyring cannot be used");
         co_return KeychainStatus::NotAvailable;
     }
@@ -267,7 +269,7 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::prepareSecretLibrary(std::sh
     // The library goes on with the encrypted session that it has, also where the service was started anew
     // since and knows nothing of it.
     if (*service != std::exchange(lastService, *service))
-        desktop->disconnectFromService();
+        desktop.disconnectFromService();
     co_return KeychainStatus::Success;
 }
 

@@ -21,10 +21,9 @@ public:
     /// For co_await.
     auto ended() { return m_outcome.settled(); }
 
-private Q_SLOTS:
-    void complete(bool dismissed, const QDBusVariant &result);
-
 private:
+    Q_SLOT void complete(bool dismissed, const QDBusVariant &result);
+
     OneShot<KeychainStatus> m_outcome;
     QDBusServiceWatcher m_watcher;
     bool m_isPrompterLost = false;
