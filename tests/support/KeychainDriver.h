@@ -8,7 +8,6 @@
 
 #include <sys/prctl.h>
 
-#include <algorithm>
 #include <csignal>
 
 namespace orbitledge::testing {
@@ -94,8 +93,8 @@ public:
         return result(startRemoving(item, prompt)).status;
     }
 
-    /// Ends the probe in good order. Did its event loop turn all the time? Where the whole machine stood
-    /// still, which another thread of the probe has noticed, it could not.
+    /// Ends the probe in good order. Did its event loop turn all the time? On a machine that is busy with
+    /// other things it turns less often, but is never held up for as long as a silent service would.
     bool ranSmoothly()
     {
         send("quit");
@@ -103,12 +102,12 @@ public:
             receive();
             return m_probe.state() == QProcess::NotRunning && !m_stretch.isEmpty();
         });
-        const qint64 mine = m_stretch.value(1).toLongLong();
-        const qint64 other = m_stretch.value(2).toLongLong();
-        if (m_probe.exitCode() == 0 && mine <= std::max<qint64>(50, other + 25))
+        const int stretch = m_stretch.value(1).toInt();
+        const int stretchUnderLoad = m_stretch.value(2).toInt();
+        if (m_probe.exitCode() == 0 && stretch <= 50 && stretchUnderLoad <= 300)
             return true;
-        qWarning("exit code %d; the event loop stood still for %lld ms, the machine for %lld ms",
-            m_probe.exitCode(), static_cast<long long>(mine), static_cast<long long>(other));
+        qWarning("exit code %d; the event loop stood still for %d ms, on a busy machine for %d ms",
+            m_probe.exitCode(), stretch, stretchUnderLoad);
         return false;
     }
 

@@ -7,9 +7,9 @@
 ///     destroy
 ///
 /// It does not wait for one operation before it starts the next. When one ended, it says "NUMBER STATUS" and,
-/// for what was read, the secret. At the end of its input, or after "quit", it says "stretch MINE OTHER" and
-/// ends: the longest time in milliseconds in which its event loop did not turn, and that in which a thread
-/// that does nothing was not run meanwhile, which is the machine's doing.
+/// for what was read, the secret. At the end of its input, or after "quit", it says "stretch TIME LOADED" and
+/// ends: the longest times in milliseconds in which its event loop did not turn, while the machine had a
+/// processor to spare, and while it had none.
 ///
 /// Arguments: the time limit of an operation, and how long a service may take to come up, in milliseconds.
 
@@ -18,15 +18,15 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QSocketNotifier>
-#include <QTextStream>
-#include <QTimer>
+#include <QTimerEvent>
 
 #include <unistd.h>
 
-#include <atomic>
+#include <array>
+#include <fstream>
 #include <iostream>
 #include <string>
-#include <thread>
+#include <utility>
 
 using namespace orbitledge;
 using namespace Qt::StringLiterals;
@@ -36,36 +36,46 @@ namespace {
 
 constexpr auto tickInterval = 5ms;
 
+/// For how long the machine's processors, all together, have had nothing to do.
+std::chrono::milliseconds idleTime()
+{
+    std::ifstream stat("/proc/stat");
+    std::string name;
+    std::array<qint64, 5> ticks{}; // user, nice, system, idle, waiting for a disk
+    stat >> name;
+    for (qint64 &count : ticks)
+        stat >> count;
+    return std::chrono::milliseconds((ticks[3] + ticks[4]) * 1000 / ::sysconf(_SC_CLK_TCK));
+}
+
+/// Watches how long the event loop does not turn. A thread that waits for something leaves a processor idle;
+/// one that has to wait for a processor does not, and cannot help it.
 class LoopWatch : public QObject {
 public:
     LoopWatch()
     {
         m_sinceTick.start();
-        m_other = std::jthread([this](const std::stop_token &stop) {
-            QElapsedTimer sinceTick;
-            while (!stop.stop_requested()) {
-                sinceTick.start();
-                std::this_thread::sleep_for(tickInterval);
-                m_longestOfOther = std::max<qint64>(m_longestOfOther, sinceTick.elapsed());
-            }
-        });
         startTimer(tickInterval, Qt::PreciseTimer);
     }
 
     [[nodiscard]] qint64 longest() const { return m_longest; }
-    [[nodiscard]] qint64 longestOfOther() const { return m_longestOfOther; }
+    [[nodiscard]] qint64 longestUnderLoad() const { return m_longestUnderLoad; }
 
 protected:
     void timerEvent(QTimerEvent * /*event*/) override
     {
-        m_longest = std::max(m_longest, m_sinceTick.restart());
+        const qint64 stretch = m_sinceTick.restart();
+        const auto idle = idleTime();
+        const bool isUnderLoad = (idle - std::exchange(m_idle, idle)).count() < stretch / 2;
+        qint64 &longest = isUnderLoad ? m_longestUnderLoad : m_longest;
+        longest = std::max(longest, stretch);
     }
 
 private:
     QElapsedTimer m_sinceTick;
+    std::chrono::milliseconds m_idle = idleTime();
     qint64 m_longest = 0;
-    std::atomic<qint64> m_longestOfOther = 0;
-    std::jthread m_other;
+    qint64 m_longestUnderLoad = 0;
 };
 
 void say(const QByteArray &line)
@@ -159,6 +169,7 @@ int main(int argc, char **argv)
         }
     });
     const int status = QCoreApplication::exec();
-    say("stretch " + QByteArray::number(watch.longest()) + ' ' + QByteArray::number(watch.longestOfOther()));
+    say("stretch " + QByteArray::number(watch.longest()) + ' '
+        + QByteArray::number(watch.longestUnderLoad()));
     return status;
 }
