@@ -1,8 +1,7 @@
 #include "cli/TimelineCommand.h"
 
-#include "cli/CommandLine.h"
 #include "cli/Terminal.h"
-#include "support/FakeFileStore.h"
+#include "support/CommandHarness.h"
 #include "support/SampleRecords.h"
 #include "support/TestMain.h"
 
@@ -15,13 +14,6 @@ using namespace orbitledge::testing;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class StoppedClock final : public Clock {
-public:
-    Instant now() const override { return *Instant::fromText("2026-03-18T09:00:00Z"); }
-};
-
-const std::filesystem::path cacheFile = "/data/cache.json";
 
 /// A list with something of everything: sections, conversions, states, wide and combining characters.
 CacheSnapshot variedSnapshot()
@@ -61,19 +53,7 @@ class TimelineCommandTest : public QObject {
     Q_OBJECT
 
 private:
-    std::shared_ptr<FakeFileStore> m_files;
-    QHash<QByteArray, QByteArray> m_variables;
-    Environment m_environment;
-    QByteArray m_output;
-    QByteArray m_errors;
-
-    ExitCode run(const QList<QByteArray> &words)
-    {
-        m_output.clear();
-        m_errors.clear();
-        return runCommandLine(
-            std::span(words.constData(), static_cast<std::size_t>(words.size())), m_environment);
-    }
+    std::optional<CommandHarness> m_harness;
 
     static QByteArray expected(const QString &name)
     {
@@ -84,22 +64,8 @@ private:
 private Q_SLOTS:
     void init()
     {
-        m_files = std::make_shared<FakeFileStore>();
-        m_variables = {{"LANG", "en_US.UTF-8"}};
-        m_environment = {
-            .clock = std::make_shared<StoppedClock>(),
-            .files = m_files,
-            .cacheFile = cacheFile,
-            .variable = [this](const char *name) { return m_variables.value(name); },
-            .readStandardInput = [] { return tl::expected<QByteArray, FileError>(QByteArray()); },
-            .writeOutput =
-                [this](const QByteArray &bytes) {
-                    m_output += bytes;
-                    return true;
-                },
-            .writeError = [this](const QByteArray &bytes) { m_errors += bytes; },
-        };
-        QVERIFY(m_files->replace(cacheFile, encodeCacheSnapshot(variedSnapshot())));
+        m_harness.emplace();
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile, encodeCacheSnapshot(variedSnapshot())));
     }
 
     void shouldPrintATableForPeople_data()
@@ -115,77 +81,77 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, locale);
         QFETCH(QString, file);
-        QCOMPARE(run({"timeline", "--locale", locale}), ExitCode::Success);
-        QCOMPARE(m_output, expected(file));
-        QCOMPARE(m_errors, ""_ba);
+        QCOMPARE(m_harness->run({"timeline", "--locale", locale}), ExitCode::Success);
+        QCOMPARE(m_harness->output, expected(file));
+        QCOMPARE(m_harness->errors, ""_ba);
     }
 
     void shouldPrintOneObjectForPrograms()
     {
-        QCOMPARE(run({"timeline", "--json", "--time-zone", "Europe/Berlin"}), ExitCode::Success);
-        QCOMPARE(m_output, expected(u"timeline.json"_s));
+        QCOMPARE(m_harness->run({"timeline", "--json", "--time-zone", "Europe/Berlin"}), ExitCode::Success);
+        QCOMPARE(m_harness->output, expected(u"timeline.json"_s));
     }
 
     void shouldSayThatTheListIsEmpty()
     {
-        QVERIFY(m_files->replace(cacheFile, encodeCacheSnapshot(sampleSnapshot(0))));
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QCOMPARE(m_output, expected(u"table-empty.txt"_s));
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile, encodeCacheSnapshot(sampleSnapshot(0))));
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QCOMPARE(m_harness->output, expected(u"table-empty.txt"_s));
     }
 
     void shouldTakeCurrencyZoneInstantAndLocaleFromTheArguments()
     {
-        QCOMPARE(run({"timeline", "--json", "--currency", "usd", "--now=2026-12-31T23:30:00Z",
+        QCOMPARE(m_harness->run({"timeline", "--json", "--currency", "usd", "--now=2026-12-31T23:30:00Z",
                      "--time-zone=Pacific/Auckland", "--locale", "ar-EG"}),
             ExitCode::Success);
         // The new year has begun in Auckland, and weeks start on Saturday in Egypt.
-        QVERIFY(m_output.contains("\"localDate\":\"2026-12-26\",\"isToday\":false"));
-        QVERIFY(m_output.contains("\"localDate\":\"2027-01-01\",\"isToday\":true"));
+        QVERIFY(m_harness->output.contains("\"localDate\":\"2026-12-26\",\"isToday\":false"));
+        QVERIFY(m_harness->output.contains("\"localDate\":\"2027-01-01\",\"isToday\":true"));
         // One subscription costs dollars.
-        QVERIFY(m_output.startsWith("{\"monthlyTotal\":10,"));
+        QVERIFY(m_harness->output.startsWith("{\"monthlyTotal\":10,"));
     }
 
     void shouldReadTheFileThatIsNamed()
     {
-        QVERIFY(m_files->replace("/elsewhere", encodeCacheSnapshot(sampleSnapshot(1))));
-        QCOMPARE(run({"timeline", "--snapshot", "/elsewhere", "--json"}), ExitCode::Success);
-        QVERIFY(m_output.contains("\"activeCount\":1,"));
+        QVERIFY(m_harness->files->replace("/elsewhere", encodeCacheSnapshot(sampleSnapshot(1))));
+        QCOMPARE(m_harness->run({"timeline", "--snapshot", "/elsewhere", "--json"}), ExitCode::Success);
+        QVERIFY(m_harness->output.contains("\"activeCount\":1,"));
     }
 
     void shouldReadStandardInput()
     {
-        m_environment.readStandardInput
+        m_harness->environment.readStandardInput
             = [] { return tl::expected<QByteArray, FileError>(encodeCacheSnapshot(sampleSnapshot(2))); };
-        QCOMPARE(run({"timeline", "--snapshot", "-", "--json"}), ExitCode::Success);
-        QVERIFY(m_output.contains("\"activeCount\":2,"));
+        QCOMPARE(m_harness->run({"timeline", "--snapshot", "-", "--json"}), ExitCode::Success);
+        QVERIFY(m_harness->output.contains("\"activeCount\":2,"));
     }
 
     void shouldUseColoursOnATerminalOnly()
     {
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QVERIFY(!m_output.contains('\x1B'));
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QVERIFY(!m_harness->output.contains('\x1B'));
 
-        m_environment.outputIsTerminal = true;
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QVERIFY(m_output.contains('\x1B'));
+        m_harness->environment.outputIsTerminal = true;
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QVERIFY(m_harness->output.contains('\x1B'));
 
-        m_variables["TERM"] = "dumb";
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QVERIFY(!m_output.contains('\x1B'));
+        m_harness->variables["TERM"] = "dumb";
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QVERIFY(!m_harness->output.contains('\x1B'));
 
-        m_variables["TERM"] = "xterm";
-        m_variables["NO_COLOR"] = "1";
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QVERIFY(!m_output.contains('\x1B'));
+        m_harness->variables["TERM"] = "xterm";
+        m_harness->variables["NO_COLOR"] = "1";
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QVERIFY(!m_harness->output.contains('\x1B'));
     }
 
     void shouldLayOutTheSameWithAndWithoutColours()
     {
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        const QByteArray plain = m_output;
-        m_environment.outputIsTerminal = true;
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QString colored = QString::fromUtf8(m_output);
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        const QByteArray plain = m_harness->output;
+        m_harness->environment.outputIsTerminal = true;
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QString colored = QString::fromUtf8(m_harness->output);
         colored.remove(QRegularExpression(u"\u001B\\[[0-9]*m"_s));
         // Styles may keep blanks at the ends of lines, where nobody sees them.
         colored.replace(QRegularExpression(u" +\n"_s), u"\n"_s);
@@ -195,21 +161,21 @@ private Q_SLOTS:
     void shouldKeepLinesWithinTheTerminal()
     {
         for (const int columns : {120, 90, 80, 72, 60, 50}) {
-            m_environment.terminalColumns = columns;
-            QCOMPARE(run({"timeline"}), ExitCode::Success);
-            for (const QByteArray &line : m_output.split('\n'))
+            m_harness->environment.terminalColumns = columns;
+            QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+            for (const QByteArray &line : m_harness->output.split('\n'))
                 QVERIFY2(displayWidth(QString::fromUtf8(line)) <= columns, line.constData());
         }
     }
 
     void shouldCutSubtitlesFirstAndThenNames()
     {
-        m_environment.terminalColumns = 72;
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QCOMPARE(m_output, expected(u"table-72-columns.txt"_s));
-        m_environment.terminalColumns = 50;
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QCOMPARE(m_output, expected(u"table-50-columns.txt"_s));
+        m_harness->environment.terminalColumns = 72;
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QCOMPARE(m_harness->output, expected(u"table-72-columns.txt"_s));
+        m_harness->environment.terminalColumns = 50;
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QCOMPARE(m_harness->output, expected(u"table-50-columns.txt"_s));
     }
 
     void shouldPrintACurrencyThatIsNoneWithoutItsControlCharacters()
@@ -217,10 +183,10 @@ private Q_SLOTS:
         CacheSnapshot snapshot = sampleSnapshot(1);
         snapshot.profile.defaultCurrency = u"\u001B[31mX\nY"_s;
         snapshot.subscriptions[0].currency = snapshot.profile.defaultCurrency;
-        QVERIFY(m_files->replace(cacheFile, encodeCacheSnapshot(snapshot)));
-        QCOMPARE(run({"timeline"}), ExitCode::Success);
-        QVERIFY(!m_output.contains('\x1B'));
-        QVERIFY(m_output.startsWith(
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile, encodeCacheSnapshot(snapshot)));
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Success);
+        QVERIFY(!m_harness->output.contains('\x1B'));
+        QVERIFY(m_harness->output.startsWith(
             "March 2026\n\uFFFD[31MX\uFFFDY 9.99 / month\n\uFFFD[31MX\uFFFDY 9.99 left to charge\n"));
     }
 
@@ -251,11 +217,11 @@ private Q_SLOTS:
     void shouldRefuseMalformedArgumentsInOneLine()
     {
         QFETCH(QList<QByteArray>, words);
-        QCOMPARE(run(QList<QByteArray>{"timeline"} + words), ExitCode::Usage);
-        QCOMPARE(m_output, ""_ba);
-        QCOMPARE(m_errors.count('\n'), 1);
-        QVERIFY(m_errors.endsWith('\n'));
-        QVERIFY(m_errors.startsWith("orbitledge: timeline: "));
+        QCOMPARE(m_harness->run(QList<QByteArray>{"timeline"} + words), ExitCode::Usage);
+        QCOMPARE(m_harness->output, ""_ba);
+        QCOMPARE(m_harness->errors.count('\n'), 1);
+        QVERIFY(m_harness->errors.endsWith('\n'));
+        QVERIFY(m_harness->errors.startsWith("orbitledge: timeline: "));
     }
 
     void shouldNameFilePlaceAndReasonOfUnreadableData_data()
@@ -282,91 +248,91 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, content);
         QFETCH(QByteArray, message);
-        QVERIFY(m_files->replace(cacheFile, content));
-        QCOMPARE(run({"timeline"}), ExitCode::Failure);
-        QCOMPARE(m_errors, message);
-        QCOMPARE(m_output, ""_ba);
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile, content));
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Failure);
+        QCOMPARE(m_harness->errors, message);
+        QCOMPARE(m_harness->output, ""_ba);
         // It only reads; whether the file is of any use is for others to decide.
-        QCOMPARE(m_files->content(cacheFile), content);
-        QCOMPARE(m_files->removals(), 0);
+        QCOMPARE(m_harness->files->content(m_harness->cacheFile), content);
+        QCOMPARE(m_harness->files->removals(), 0);
     }
 
     void shouldSayThatNothingWasSavedYet()
     {
-        QVERIFY(m_files->remove(cacheFile));
-        QCOMPARE(run({"timeline"}), ExitCode::Failure);
-        QCOMPARE(m_errors, "orbitledge: /data/cache.json: No data has been saved yet\n"_ba);
+        QVERIFY(m_harness->files->remove(m_harness->cacheFile));
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Failure);
+        QCOMPARE(m_harness->errors, "orbitledge: /data/cache.json: No data has been saved yet\n"_ba);
     }
 
     void shouldReportAFileThatCannotBeRead()
     {
-        m_files->failReading(
+        m_harness->files->failReading(
             {.kind = FileError::Kind::AccessDenied, .errorDescription = u"Permission denied"_s});
-        QCOMPARE(run({"timeline", "--snapshot", "/a\nb"}), ExitCode::Failure);
-        QCOMPARE(m_errors, "orbitledge: /a\uFFFDb: Permission denied\n"_ba);
+        QCOMPARE(m_harness->run({"timeline", "--snapshot", "/a\nb"}), ExitCode::Failure);
+        QCOMPARE(m_harness->errors, "orbitledge: /a\uFFFDb: Permission denied\n"_ba);
     }
 
     void shouldFailWhereTheOutputCannotBeWritten()
     {
-        m_environment.writeOutput = [](const QByteArray &) { return false; };
+        m_harness->environment.writeOutput = [](const QByteArray &) { return false; };
         using Words = QList<QByteArray>;
         for (const Words &words : {Words{"timeline"}, Words{"timeline", "--json"},
                  Words{"timeline", "--help"}, Words{"--help"}, Words{"--version"}}) {
-            QCOMPARE(run(words), ExitCode::Failure);
-            QCOMPARE(m_errors, "orbitledge: The output could not be written\n"_ba);
+            QCOMPARE(m_harness->run(words), ExitCode::Failure);
+            QCOMPARE(m_harness->errors, "orbitledge: The output could not be written\n"_ba);
         }
     }
 
     void shouldWriteTextInTheTerminalsEncoding()
     {
-        m_environment.encoding = "ISO-8859-1";
-        QCOMPARE(run({"timeline", "--locale", "de_DE"}), ExitCode::Success);
-        QVERIFY(m_output.contains("M\xE4rz 2026"));
-        QVERIFY2(m_output.contains("EUR / month"), "the encoding has no sign for the euro");
+        m_harness->environment.encoding = "ISO-8859-1";
+        QCOMPARE(m_harness->run({"timeline", "--locale", "de_DE"}), ExitCode::Success);
+        QVERIFY(m_harness->output.contains("M\xE4rz 2026"));
+        QVERIFY2(m_harness->output.contains("EUR / month"), "the encoding has no sign for the euro");
     }
 
     void shouldWriteJsonInUtf8WhateverTheTerminal()
     {
-        m_environment.encoding = "ISO-8859-1";
-        QCOMPARE(run({"timeline", "--json"}), ExitCode::Success);
-        QVERIFY(m_output.contains("潮の音楽"));
+        m_harness->environment.encoding = "ISO-8859-1";
+        QCOMPARE(m_harness->run({"timeline", "--json"}), ExitCode::Success);
+        QVERIFY(m_harness->output.contains("潮の音楽"));
     }
 
     void shouldExplainItself()
     {
-        QCOMPARE(run({"--help"}), ExitCode::Success);
-        QVERIFY(m_output.contains("timeline"));
-        QCOMPARE(run({"timeline", "--help"}), ExitCode::Success);
+        QCOMPARE(m_harness->run({"--help"}), ExitCode::Success);
+        QVERIFY(m_harness->output.contains("timeline"));
+        QCOMPARE(m_harness->run({"timeline", "--help"}), ExitCode::Success);
         for (const char *option : {"--snapshot", "--currency", "--now", "--time-zone", "--locale", "--json"})
-            QVERIFY2(m_output.contains(option), option);
-        QCOMPARE(run({"--version"}), ExitCode::Success);
-        QVERIFY(m_output.startsWith("orbitledge "));
+            QVERIFY2(m_harness->output.contains(option), option);
+        QCOMPARE(m_harness->run({"--version"}), ExitCode::Success);
+        QVERIFY(m_harness->output.startsWith("orbitledge "));
     }
 
     void shouldRefuseUnknownCommandsAndNone()
     {
-        QCOMPARE(run({}), ExitCode::Usage);
-        QCOMPARE(run({"frobnicate"}), ExitCode::Usage);
-        QCOMPARE(m_errors.count('\n'), 1);
-        QCOMPARE(run({"--version", "twice"}), ExitCode::Usage);
-        QCOMPARE(m_errors, "orbitledge: \"twice\" was not expected\n"_ba);
+        QCOMPARE(m_harness->run({}), ExitCode::Usage);
+        QCOMPARE(m_harness->run({"frobnicate"}), ExitCode::Usage);
+        QCOMPARE(m_harness->errors.count('\n'), 1);
+        QCOMPARE(m_harness->run({"--version", "twice"}), ExitCode::Usage);
+        QCOMPARE(m_harness->errors, "orbitledge: \"twice\" was not expected\n"_ba);
     }
 
     void shouldSayOfASwitchThatItTakesNoValue()
     {
-        QCOMPARE(run({"timeline", "--json=yes"}), ExitCode::Usage);
-        QCOMPARE(m_errors, "orbitledge: timeline: --json takes no value\n"_ba);
+        QCOMPARE(m_harness->run({"timeline", "--json=yes"}), ExitCode::Usage);
+        QCOMPARE(m_harness->errors, "orbitledge: timeline: --json takes no value\n"_ba);
     }
 
     void shouldBoundALineOnStandardErrorWhateverItQuotes()
     {
         const QByteArray endless(3'000'000, 'x');
-        QVERIFY(m_files->replace(
-            cacheFile, encodeCacheSnapshot(sampleSnapshot(0)).replace("2026-03-18T09:00:00Z", endless)));
-        QCOMPARE(run({"timeline"}), ExitCode::Failure);
-        QVERIFY(m_errors.size() < 1100);
-        QVERIFY(m_errors.contains("fetchedAt"));
-        QCOMPARE(m_errors.count('\n'), 1);
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile,
+            encodeCacheSnapshot(sampleSnapshot(0)).replace("2026-03-18T09:00:00Z", endless)));
+        QCOMPARE(m_harness->run({"timeline"}), ExitCode::Failure);
+        QVERIFY(m_harness->errors.size() < 1100);
+        QVERIFY(m_harness->errors.contains("fetchedAt"));
+        QCOMPARE(m_harness->errors.count('\n'), 1);
     }
 };
 

@@ -116,8 +116,8 @@ public:
         QElapsedTimer waited;
         waited.start();
         while (waited.elapsed() < commandLimit) {
-            const auto arrived = evaluate(QStringLiteral(
-                "return !window.isThePageBefore && document.readyState === 'complete'"));
+            const auto arrived = evaluate(
+                QStringLiteral("return !window.isThePageBefore && document.readyState === 'complete'"));
             if (arrived && arrived->toBool())
                 return true;
             QThread::msleep(10);
