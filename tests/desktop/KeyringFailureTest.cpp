@@ -250,6 +250,17 @@ private Q_SLOTS:
         QVERIFY(keychain.ranSmoothly());
     }
 
+    void shouldTellThatThereIsNobodyToUnlockTheKeyring()
+    {
+        DesktopLab lab; // without a display
+        makeItem(lab);
+        lab.stopKeyring();
+        lab.startKeyring(DesktopLab::Keyring::Locked);
+        KeychainDriver keychain(lab.environment());
+        verifyEverything(keychain, InteractionNotAllowed);
+        QVERIFY(keychain.ranSmoothly());
+    }
+
     void shouldTellThatTheServiceKeepsTheSecret()
     {
         DesktopLab lab;

@@ -95,12 +95,6 @@ KeychainStatus statusOfJob(QKeychain::Error error)
     return KeychainStatus::IoError;
 }
 
-/// Locked, when everything was unlocked before: the service does not want to let us in.
-KeychainStatus afterUnlocking(KeychainStatus status)
-{
-    return status == KeychainStatus::InteractionNotAllowed ? KeychainStatus::AuthFailed : status;
-}
-
 /// A job of QtKeychain's that is about to start. It belongs to itself and goes when it has finished: until
 /// then libsecret holds its address, and nothing can call it back.
 template <typename Job> Job *newJob(const KeychainItem &item)
@@ -310,8 +304,6 @@ QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::read(Keychai
         secret = co_await readFromService(calls, item);
     else
         secret = co_await readFromWallet(calls, item, *keyring);
-    if (!secret)
-        co_return tl::unexpected(afterUnlocking(secret.error()));
     co_return secret;
 }
 
@@ -414,7 +406,7 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::write(KeychainItem item, QBy
     else
         status = co_await writeToWallet(calls, item, secret, *keyring);
     // There is no item that has to be there before it is written.
-    co_return status == KeychainStatus::ItemNotFound ? KeychainStatus::IoError : afterUnlocking(status);
+    co_return status == KeychainStatus::ItemNotFound ? KeychainStatus::IoError : status;
 }
 
 QCoro::Task<KeychainStatus> DesktopKeychain::State::writeToService(
@@ -503,7 +495,7 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::remove(KeychainItem item, Ke
         status = co_await removeFromService(calls, item, prompt);
     else
         status = co_await removeFromWallet(calls, item, prompt, *keyring);
-    co_return prompt == KeychainPrompt::Allowed ? afterUnlocking(status) : status;
+    co_return status;
 }
 
 /// Without libsecret, which would unlock what it finds.

@@ -23,6 +23,9 @@ struct KeychainPatience {
 /// The store may be destroyed at any time: operations that run or wait for their turn still run to their end,
 /// in order, and those who wait for them get the results, as long as there is an event loop.
 ///
+/// InteractionNotAllowed is also how it ends where the person has to be asked, but the desktop has nothing to
+/// ask with, for instance no display.
+///
 /// An operation that ended as TimedOut may still take effect when the service comes to life again.
 ///
 /// With prompts forbidden, `remove` takes away what lies unlocked even where it has to leave a locked copy

@@ -14,10 +14,9 @@ PromptWatcher::PromptWatcher(const QString &service, const QDBusObjectPath &prom
 
     // GNOME Keyring's windows belong to another process. When that one ends, the keyring calls the prompt
     // dismissed, but not before the bus told us.
-    const QString prompter = u"org.gnome.keyring.SystemPrompter"_s;
     m_watcher.setConnection(bus);
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
-    m_watcher.setWatchedServices({service, prompter});
+    m_watcher.setWatchedServices({service, gnomePrompter});
     connect(
         &m_watcher, &QDBusServiceWatcher::serviceUnregistered, this, [this, service](const QString &name) {
             if (name == service)

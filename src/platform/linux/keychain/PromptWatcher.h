@@ -15,6 +15,9 @@ class PromptWatcher final : public QObject {
     Q_OBJECT
 
 public:
+    /// The bus name of the program that shows GNOME Keyring's prompts.
+    static constexpr auto gnomePrompter = QLatin1StringView("org.gnome.keyring.SystemPrompter");
+
     /// `service` is the unique name of who shows the prompt: nobody else's word counts.
     PromptWatcher(const QString &service, const QDBusObjectPath &prompt);
 

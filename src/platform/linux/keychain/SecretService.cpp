@@ -175,12 +175,27 @@ QCoro::Task<KeychainStatus> SecretService::answerOf(QDBusObjectPath prompt)
     PromptWatcher watcher(*service, prompt);
     QDBusMessage show = method(prompt.path(), u"org.freedesktop.Secret.Prompt"_s, u"Prompt"_s);
     show << QString(); // no window of ours to stand before
-    const auto shown = co_await m_calls.call(show);
-    if (!shown)
-        co_return serviceFailure(shown.error());
+    const auto accepted = co_await m_calls.call(show);
+    if (!accepted)
+        co_return serviceFailure(accepted.error());
     const std::optional<KeychainStatus> answer = co_await watcher.ended();
     m_calls.restartTime();
+    if (answer == KeychainStatus::UserCanceled) {
+        const bool shown = co_await wasShown(*service);
+        co_return shown ? KeychainStatus::UserCanceled : KeychainStatus::InteractionNotAllowed;
+    }
     co_return answer.value_or(KeychainStatus::IoError);
+}
+
+QCoro::Task<bool> SecretService::wasShown(QString service)
+{
+    // GNOME Keyring calls a prompt dismissed also where the program that shows it cannot run, for instance
+    // without a display. Where it did run, it stays for a while.
+    const auto gnomeKeyring = co_await m_calls.owner(u"org.gnome.keyring"_s);
+    if (!gnomeKeyring || *gnomeKeyring != service)
+        co_return true;
+    const auto prompter = co_await m_calls.owner(PromptWatcher::gnomePrompter);
+    co_return prompter.has_value();
 }
 
 } // namespace orbitledge

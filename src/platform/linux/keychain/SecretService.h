@@ -60,8 +60,12 @@ public:
 private:
     QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchAttributes(QMap<QString, QString> attributes);
 
-    /// Shows a prompt and waits for the person.
+    /// Shows a prompt and waits for the person. InteractionNotAllowed where there is nobody to show it to.
     QCoro::Task<KeychainStatus> answerOf(QDBusObjectPath prompt);
+
+    /// Whether a prompt that counts as dismissed was shown at all. `service` is the unique name of who
+    /// should.
+    QCoro::Task<bool> wasShown(QString service);
 
     BusCalls &m_calls;
 };
