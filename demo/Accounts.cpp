@@ -98,8 +98,9 @@ tl::expected<QUuid, QString> Accounts::add(const NewAccount &account)
         m_database.run(
             u"INSERT INTO accounts (id, email, email_key, password_hash, first_name, last_name, is_verified, "
             "default_currency, created_at, updated_at) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s,
-            {stored(id), account.email, emailKey(account.email), QString::fromLatin1(hash), account.firstName,
-                account.lastName, stored(account.isVerified), account.currency.toUpper(), now, now});
+            {stored(id), account.email, emailKey(account.email), QString::fromLatin1(hash),
+                stored(account.firstName), stored(account.lastName), stored(account.isVerified),
+                account.currency.toUpper(), now, now});
         return id;
     });
 }

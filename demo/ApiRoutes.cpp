@@ -29,6 +29,10 @@ tl::expected<QJsonObject, Response> jsonObject(const Request &request)
     }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(request.body, &error);
+    // A number that is only too large for this parser is left to the record's own reader, which keeps all
+    // digits and names the field.
+    if (error.error == QJsonParseError::IllegalNumber)
+        return QJsonObject();
     if (error.error != QJsonParseError::NoError)
         return tl::unexpected(badJson(u"byte %1: %2"_s.arg(error.offset).arg(error.errorString())));
     if (!document.isObject()) {

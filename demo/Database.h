@@ -93,7 +93,8 @@ inline QVariant stored(const Instant &instant)
 }
 inline QVariant stored(const QString &text)
 {
-    return text;
+    // The toolkit would make NULL of a text that was never set.
+    return text.isNull() ? QStringLiteral("") : text;
 }
 inline QVariant stored(qint64 number)
 {

@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
+#include <exception>
 
 using namespace orbitledge;
 using namespace orbitledge::demo;
@@ -125,5 +125,9 @@ int main(int argc, char **argv)
     }
     if (sodium_init() < 0)
         return complain(u"The library that protects passwords cannot be used on this machine"_s, failed);
-    return serve(*options, signalDescriptor);
+    try {
+        return serve(*options, signalDescriptor);
+    } catch (const std::exception &failure) {
+        return complain(u"The data cannot be used: "_s + QString::fromUtf8(failure.what()), failed);
+    }
 }

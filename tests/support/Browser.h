@@ -143,9 +143,11 @@ public:
     /// How many elements match now; nothing is waited for.
     qsizetype count(const QString &selector)
     {
-        const auto found = command("POST", QStringLiteral("/elements"),
-            {{QStringLiteral("using"), QStringLiteral("css selector")}, {QStringLiteral("value"), selector}});
-        return found ? found->toArray().size() : 0;
+        const auto found = command("POST", QStringLiteral("/execute/sync"),
+            {{QStringLiteral("script"),
+                 QStringLiteral("return document.querySelectorAll(arguments[0]).length")},
+                {QStringLiteral("args"), QJsonArray{selector}}});
+        return found ? found->toInteger() : 0;
     }
 
     /// Runs a script in the page and gives what it returns. The page itself need not allow scripts.
