@@ -65,7 +65,7 @@ Response unauthorized(bool hadSession)
         {hadSession ? u"Your session has expired. Please sign in again."_s
                     : u"You are not signed in. Please sign in first."_s,
             u"Sign in to go on."_s, {}, hadSession ? "session_expired"_L1 : "not_signed_in"_L1})
-        .with("WWW-Authenticate", "Cookie realm=\"Orbitledge\", cookie-name=\"orbitledge_user_session\"");
+        .with("WWW-Authenticate", R"(Cookie realm="Orbitledge", cookie-name="orbitledge_user_session")");
 }
 
 } // namespace

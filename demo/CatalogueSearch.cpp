@@ -106,7 +106,8 @@ std::optional<Rank> typoRankOf(const SearchableTemplate &entry, const QString &q
 using Match = std::pair<Rank, const SearchableTemplate *>;
 
 template <typename RankOf>
-std::vector<Match> matches(const QList<SearchableTemplate> &catalogue, const QString &query, RankOf &&rankOf)
+std::vector<Match> matches(
+    const QList<SearchableTemplate> &catalogue, const QString &query, const RankOf &rankOf)
 {
     std::vector<Match> result;
     for (const SearchableTemplate &entry : catalogue) {

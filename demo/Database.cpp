@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -93,8 +93,16 @@ private:
     QHash<QString, QString> m_names;
 };
 
+// Each thread's own: the toolkit lets a connection be used by the thread only that opened it.
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 thread_local ThreadConnections threadConnections;
 thread_local bool threadIsWriting = false;
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
+
+QString lastSystemError()
+{
+    return QString::fromStdString(std::error_code(errno, std::generic_category()).message());
+}
 
 } // namespace
 
@@ -115,11 +123,8 @@ Database::Transaction::~Transaction()
     threadIsWriting = false;
     if (!m_isOpen)
         return;
-    try {
-        m_database.run(u"ROLLBACK"_s);
-    } catch (const DatabaseError &) {
-        // Already taken back by SQLite itself, as it does where the disk is full.
-    }
+    // Fails where SQLite has taken it back by itself, as it does on a full disk.
+    (void)m_database.tryRun(u"ROLLBACK"_s, {});
 }
 
 void Database::Transaction::commit()
@@ -136,9 +141,9 @@ tl::expected<std::unique_ptr<Database>, QString> Database::open(const QString &f
     const QString absolute = QDir(folder).absolutePath();
     const bool isNew = !QDir(absolute).exists();
     if (!QDir().mkpath(absolute))
-        return failed(QString::fromLocal8Bit(std::strerror(errno)));
+        return failed(lastSystemError());
     if (isNew && ::chmod(QFile::encodeName(absolute).constData(), S_IRWXU) != 0)
-        return failed(QString::fromLocal8Bit(std::strerror(errno)));
+        return failed(lastSystemError());
 
     std::unique_ptr<Database> database(new Database(absolute + u"/orbitledge-demo.sqlite"_s));
     // Made before SQLite does, so that it never was open to others.
@@ -158,7 +163,7 @@ tl::expected<std::unique_ptr<Database>, QString> Database::open(const QString &f
 
 Database::~Database() = default;
 
-QSqlQuery Database::run(const QString &sql, const QVariantList &values)
+tl::expected<QSqlQuery, QString> Database::tryRun(const QString &sql, const QVariantList &values)
 {
     QSqlQuery query(threadConnections.open(m_file));
     query.setForwardOnly(true);
@@ -169,8 +174,16 @@ QSqlQuery Database::run(const QString &sql, const QVariantList &values)
         done = query.exec();
     }
     if (!done)
-        throw DatabaseError(query.lastError().databaseText());
+        return tl::unexpected(query.lastError().databaseText());
     return query;
+}
+
+QSqlQuery Database::run(const QString &sql, const QVariantList &values)
+{
+    auto query = tryRun(sql, values);
+    if (!query)
+        throw DatabaseError(query.error());
+    return *std::move(query);
 }
 
 void Database::createTables()

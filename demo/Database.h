@@ -65,6 +65,7 @@ private:
     };
 
     static bool isWriting();
+    tl::expected<QSqlQuery, QString> tryRun(const QString &sql, const QVariantList &values);
 
     explicit Database(QString file)
         : m_file(std::move(file))

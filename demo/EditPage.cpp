@@ -20,7 +20,7 @@ struct Field {
 
 /// A labelled field with what is wrong with it.
 template <typename MakeControl>
-Html field(const EditForm &form, const Field &field, MakeControl &&makeControl)
+Html field(const EditForm &form, const Field &field, const MakeControl &makeControl)
 {
     const auto problem = std::ranges::find(form.problems, field.name, &FieldProblem::field);
     const bool isWrong = problem != form.problems.end();

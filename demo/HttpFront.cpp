@@ -1,5 +1,6 @@
 #include "demo/HttpFront.h"
 
+#include <QCoreApplication>
 #include <QHttpServerRequest>
 #include <QHttpServerResponder>
 #include <QPointer>
@@ -162,7 +163,7 @@ public:
         next();
     }
 
-    void reply(const Request &request, Response response)
+    void reply(const Request &request, const Response &response)
     {
         m_busy = false;
         const auto responder = std::move(m_queue.front().responder);
@@ -225,12 +226,12 @@ private:
         else if (request.body.size() > HttpFront::maximumBody)
             refused = tooLarge();
         if (refused)
-            reply(request, *std::move(refused));
+            reply(request, *refused);
         else
             m_front.answer(this, request);
     }
 
-    void write(QHttpServerResponder &responder, bool isHead, const Response &response)
+    void write(QHttpServerResponder &responder, bool isHead, const Response &response) const
     {
         responder.writeStatusLine(static_cast<QHttpServerResponder::StatusCode>(response.status));
         for (const Header &header : response.headers)
@@ -255,6 +256,25 @@ private:
     bool m_isClosing = false;
     std::deque<Asked> m_queue;
 };
+
+namespace {
+
+/// How an answer comes back from a worker thread to the one that the connections live on.
+struct Answered final : public QEvent {
+    Answered(QPointer<Connection> to, Request what, Response with)
+        : QEvent(QEvent::User)
+        , connection(std::move(to))
+        , request(std::move(what))
+        , response(std::move(with))
+    {
+    }
+
+    QPointer<Connection> connection;
+    Request request;
+    Response response;
+};
+
+} // namespace
 
 HttpFront::HttpFront(Handler handler, IsSlow isSlow)
     : m_handler(std::move(handler))
@@ -320,17 +340,20 @@ void HttpFront::answer(Connection *connection, Request request)
     WorkPool &pool = m_isSlow(request) ? m_slowPool : m_pool;
     pool.start([this, guard = QPointer(connection), request = std::move(request)] {
         Response response = m_handler(request);
-        QMetaObject::invokeMethod(
-            this,
-            [this, guard, request, response = std::move(response)] {
-                --m_inFlight;
-                // Who asked may have hung up meanwhile.
-                if (guard)
-                    guard->reply(request, response);
-                finishStopping();
-            },
-            Qt::QueuedConnection);
+        QCoreApplication::postEvent(this, new Answered(guard, request, std::move(response)));
     });
+}
+
+void HttpFront::customEvent(QEvent *event)
+{
+    const auto *const answered = dynamic_cast<Answered *>(event);
+    if (answered == nullptr)
+        return;
+    --m_inFlight;
+    // Who asked may have hung up meanwhile.
+    if (answered->connection)
+        answered->connection->reply(answered->request, answered->response);
+    finishStopping();
 }
 
 } // namespace orbitledge::demo

@@ -92,7 +92,8 @@ Response Router::answer(const Request &request) const
         }
         return match.route->handler(request, match.id);
     } catch (const std::exception &failure) {
-        std::fprintf(stderr, "orbitledge-demo-service: %s: %s\n", request.path.constData(), failure.what());
+        (void)std::fprintf(
+            stderr, "orbitledge-demo-service: %s: %s\n", request.path.constData(), failure.what());
         return refuse(request, match.isPage, 500,
             {u"The service could not do this; nothing was changed."_s, u"Try again in a moment."_s, {},
                 "internal_error"_L1});

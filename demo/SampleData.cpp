@@ -63,7 +63,7 @@ SubscriptionDraft draftOf(const Sample &sample, const LocalDate &today)
 tl::expected<UserProfile, QString> findOrMakeSample(Accounts &accounts, Subscriptions &subscriptions)
 {
     if (const auto existing = accounts.idOf(sampleEmail))
-        return *accounts.find(*existing);
+        return accounts.find(*existing).value_or(UserProfile());
     const auto id = accounts.add({.email = sampleEmail,
         .password = samplePassword,
         .firstName = u"Ada"_s,
@@ -71,7 +71,7 @@ tl::expected<UserProfile, QString> findOrMakeSample(Accounts &accounts, Subscrip
         .currency = u"EUR"_s});
     if (!id)
         return tl::unexpected(id.error());
-    const UserProfile owner = *accounts.find(*id);
+    UserProfile owner = accounts.find(*id).value_or(UserProfile());
     for (const Sample &sample : samples) {
         const QUuid created = subscriptions.create(owner, draftOf(sample, subscriptions.today())).id;
         if (sample.then == Then::Cancel)

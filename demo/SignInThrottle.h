@@ -31,7 +31,7 @@ private:
 
     QMutex m_mutex;
     QHash<QString, QList<Time>> m_failures;
-    Time m_lastSweep{};
+    Time m_lastSweep;
 };
 
 } // namespace orbitledge::demo

@@ -83,7 +83,7 @@ Html overview(
     // The same sums and sections as in the tray, and so by the same code.
     // Weeks start on Monday, as in the calendar.
     const Locale locale = Locale::named("en_GB").value_or(Locale{});
-    const Calendar calendar(*TimeZone::named("UTC"), locale);
+    const Calendar calendar(TimeZone::named("UTC").value_or(TimeZone::system()), locale);
     DateFormatter dates(locale);
     const Instant now = Instant::fromSecondsSinceEpoch(today.daysSinceEpoch() * 86'400);
     const TimelineSnapshot timeline = buildTimeline(records, profile.defaultCurrency, now, calendar);

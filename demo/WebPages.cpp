@@ -77,20 +77,19 @@ void WebPages::addTo(Router &router)
     get("/", [this](const Request &request, const QUuid &) { return start(request); });
     get("/login", [this](const Request &request, const QUuid &) { return logInPage(request); });
     post("/login", [this](const Request &request, const QUuid &) { return logIn(request); }, true);
-    post("/logout", signedInForm([this](const Request &request, const Viewer &, const QUuid &) {
-        return logOut(request);
-    }));
-    get("/calendar", signedIn([this](const Request &request, const Viewer &viewer, const QUuid &) {
-        return calendar(request, viewer);
-    }));
+    post("/logout",
+        signedInForm([this](const Request &request, const Viewer &, const UserProfile &, const QUuid &) {
+            return logOut(request);
+        }));
+    get("/calendar",
+        signedIn([this](const Request &request, const Viewer &viewer, const UserProfile &profile,
+                     const QUuid &) { return calendar(request, viewer, profile); }));
     get("/subscriptions/{id}/edit",
-        signedIn([this](const Request &request, const Viewer &viewer, const QUuid &id) {
-            return editPage(request, viewer, id);
-        }));
+        signedIn([this](const Request &request, const Viewer &viewer, const UserProfile &profile,
+                     const QUuid &id) { return editPage(request, viewer, profile, id); }));
     post("/subscriptions/{id}/edit",
-        signedInForm([this](const Request &request, const Viewer &viewer, const QUuid &id) {
-            return edit(request, viewer, id);
-        }));
+        signedInForm([this](const Request &request, const Viewer &viewer, const UserProfile &profile,
+                         const QUuid &id) { return edit(request, viewer, profile, id); }));
     get("/download", [this](const Request &request, const QUuid &) { return download(viewerOf(request)); });
     get("/style.css", [](const Request &, const QUuid &) { return styleSheet(); });
     get("/icon.svg", [](const Request &, const QUuid &) { return icon(); });
@@ -114,20 +113,20 @@ Router::Handler WebPages::signedIn(ViewerPage handler)
         const Viewer viewer = viewerOf(request);
         if (!viewer.profile)
             return redirectTo(loginPathFor(request, !request.cookie(sessionCookie).value_or("").isEmpty()));
-        return handler(request, viewer, id);
+        return handler(request, viewer, *viewer.profile, id);
     };
 }
 
 Router::Handler WebPages::signedInForm(ViewerPage handler)
 {
-    return signedIn(
-        [handler = std::move(handler)](const Request &request, const Viewer &viewer, const QUuid &id) {
-            if (!isForm(request))
-                return notAForm(viewer);
-            if (!hasFormToken(FormFields::parse(request.body), viewer.formToken))
-                return foreignForm(viewer);
-            return handler(request, viewer, id);
-        });
+    return signedIn([handler = std::move(handler)](const Request &request, const Viewer &viewer,
+                        const UserProfile &profile, const QUuid &id) {
+        if (!isForm(request))
+            return notAForm(viewer);
+        if (!hasFormToken(FormFields::parse(request.body), viewer.formToken))
+            return foreignForm(viewer);
+        return handler(request, viewer, profile, id);
+    });
 }
 
 Response WebPages::start(const Request &request)
@@ -195,7 +194,7 @@ Response WebPages::logOut(const Request &request)
     return redirectTo("/").with("Set-Cookie", Sessions::expiredCookie());
 }
 
-Response WebPages::calendar(const Request &request, const Viewer &viewer)
+Response WebPages::calendar(const Request &request, const Viewer &viewer, const UserProfile &profile)
 {
     const LocalDate today = m_subscriptions.today();
     const auto asked = request.query.find("month"_L1);
@@ -206,13 +205,14 @@ Response WebPages::calendar(const Request &request, const Viewer &viewer)
                 u"Ask for one as year-month, for instance 2026-03, between 2000 and 2199."_s, {},
                 "validation_failed"_L1});
     }
-    return page(u"Calendar"_s, viewer,
-        calendarContent(*viewer.profile, m_subscriptions.list(*viewer.profile), *month, today));
+    return page(
+        u"Calendar"_s, viewer, calendarContent(profile, m_subscriptions.list(profile), *month, today));
 }
 
-Response WebPages::editPage(const Request &request, const Viewer &viewer, const QUuid &id)
+Response WebPages::editPage(
+    const Request &request, const Viewer &viewer, const UserProfile &profile, const QUuid &id)
 {
-    const auto found = m_subscriptions.find(*viewer.profile, id);
+    const auto found = m_subscriptions.find(profile, id);
     if (!found)
         return noSuchSubscription(viewer);
     EditForm form = EditForm::of(found->record);
@@ -220,9 +220,9 @@ Response WebPages::editPage(const Request &request, const Viewer &viewer, const 
     return page(found->record.name, viewer, editContent(viewer, found->record, form));
 }
 
-Response WebPages::edit(const Request &request, const Viewer &viewer, const QUuid &id)
+Response WebPages::edit(
+    const Request &request, const Viewer &viewer, const UserProfile &profile, const QUuid &id)
 {
-    const UserProfile &profile = *viewer.profile;
     const auto found = m_subscriptions.find(profile, id);
     if (!found)
         return noSuchSubscription(viewer);

@@ -22,7 +22,8 @@ public:
     void addTo(Router &router);
 
 private:
-    using ViewerPage = std::function<Response(const Request &, const Viewer &, const QUuid &id)>;
+    using ViewerPage
+        = std::function<Response(const Request &, const Viewer &, const UserProfile &, const QUuid &id)>;
     /// Only for those who are signed in; others are asked to, and come back here after.
     [[nodiscard]] Router::Handler signedIn(ViewerPage handler);
     /// A form of one who is signed in, sent by a page of this service.
@@ -34,9 +35,10 @@ private:
     Response logInPage(const Request &request);
     Response logIn(const Request &request);
     Response logOut(const Request &request);
-    Response calendar(const Request &request, const Viewer &viewer);
-    Response editPage(const Request &request, const Viewer &viewer, const QUuid &id);
-    Response edit(const Request &request, const Viewer &viewer, const QUuid &id);
+    Response calendar(const Request &request, const Viewer &viewer, const UserProfile &profile);
+    Response editPage(
+        const Request &request, const Viewer &viewer, const UserProfile &profile, const QUuid &id);
+    Response edit(const Request &request, const Viewer &viewer, const UserProfile &profile, const QUuid &id);
     static Response download(const Viewer &viewer);
 
     SignIn &m_signIn;

@@ -42,7 +42,7 @@ QString defaultFolder()
     return data ? QString::fromStdString((*data / "orbitledge-demo-service").string()) : QString();
 }
 
-int addAccount(Service &service, const Options &options)
+int addAccount(Service &service, const QString &email, const Options &options)
 {
     const auto input = PosixFileStore::readDescriptor(STDIN_FILENO);
     if (!input)
@@ -52,9 +52,9 @@ int addAccount(Service &service, const Options &options)
         password.chop(1);
     if (password.endsWith(u'\r'))
         password.chop(1);
-    const auto added = service.accounts().add({.email = options.addAccount->trimmed(),
+    const auto added = service.accounts().add({.email = email.trimmed(),
         .password = password,
-        .firstName = options.addAccount->section(u'@', 0, 0),
+        .firstName = email.section(u'@', 0, 0),
         .lastName = {},
         .currency = options.currency,
         .isVerified = !options.isUnverified});
@@ -81,7 +81,7 @@ int serve(const Options &options, int signalDescriptor)
     if (!service)
         return complain(service.error(), failed);
     if (options.addAccount)
-        return addAccount(**service, options);
+        return addAccount(**service, *options.addAccount, options);
 
     const auto port = (*service)->listen(options.port);
     if (!port)
@@ -108,7 +108,7 @@ int main(int argc, char **argv)
     qputenv("LC_ALL", "C.UTF-8");
     // The toolkit's own HTTP server warns about upgrades that nobody offers.
     QLoggingCategory::setFilterRules(u"qt.httpserver.warning=false"_s);
-    QCoreApplication application(argc, argv);
+    const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"orbitledge-demo-service"_s);
 
     const QString folder = defaultFolder();
