@@ -1,0 +1,407 @@
+#include "model/RecordCodecs.h"
+#include "state/CacheSnapshot.h"
+#include "support/Browser.h"
+#include "support/DemoService.h"
+#include "support/DesktopLab.h"
+#include "support/FaultServer.h"
+#include "support/SampleRecords.h"
+#include "support/TestMain.h"
+
+#include <QDirIterator>
+
+#include <optional>
+
+using namespace orbitledge;
+using namespace orbitledge::testing;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QByteArray password = "pass-phrase-that-nobody-sees";
+const QByteArray cookie = "cookie-value-that-nobody-sees";
+
+QByteArray memoryOf(qint64 process, quint64 from, quint64 to)
+{
+    QFile memory(u"/proc/%1/mem"_s.arg(process));
+    if (!memory.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || !memory.seek(qint64(from)))
+        return {};
+    return memory.read(qint64(to - from));
+}
+
+/// What a program keeps in its global variables: the writable parts of the file it was started from, and the
+/// zeroes behind them.
+QByteArray globalsOf(qint64 process)
+{
+    QFile maps(u"/proc/%1/maps"_s.arg(process));
+    QByteArray globals;
+    if (!maps.open(QIODevice::ReadOnly))
+        return globals;
+    bool isBehindProgram = false;
+    for (const QByteArray &line : maps.readAll().split('\n')) {
+        const QList<QByteArray> columns = line.simplified().split(' ');
+        if (columns.size() < 5)
+            continue;
+        const bool isProgram = columns.size() > 5 && columns[5].endsWith("/orbitledge");
+        const bool isNameless = columns.size() == 5;
+        if (columns[1].startsWith("rw") && (isProgram || (isNameless && isBehindProgram))) {
+            const QList<QByteArray> range = columns[0].split('-');
+            globals
+                += memoryOf(process, range[0].toULongLong(nullptr, 16), range[1].toULongLong(nullptr, 16));
+        }
+        isBehindProgram = isProgram || (isNameless && isBehindProgram);
+    }
+    return globals;
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+/// The program in a session with a real keyring, with a real service and a real browser beside it.
+class SessionProgramTest : public QObject {
+    Q_OBJECT
+
+private:
+    struct Result {
+        int exitCode = -1;
+        QByteArray output;
+        QByteArray errors;
+    };
+
+    std::optional<DesktopLab> m_lab;
+    QUrl m_service;
+
+    [[nodiscard]] std::unique_ptr<QProcess> start(const QStringList &arguments, const QByteArray &input = {},
+        const QString &locale = u"C.UTF-8"_s) const
+    {
+        auto process = std::make_unique<QProcess>();
+        QProcessEnvironment environment = m_lab->environment();
+        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
+        environment.insert(u"LC_ALL"_s, locale);
+        process->setProcessEnvironment(environment);
+        process->start(QStringLiteral(ORBITLEDGE_PROGRAM), arguments);
+        process->write(input);
+        process->closeWriteChannel();
+        return process;
+    }
+
+    static Result finish(QProcess &process)
+    {
+        if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit)
+            return {};
+        return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    }
+
+    [[nodiscard]] Result run(const QStringList &arguments, const QByteArray &input = {},
+        const QString &locale = u"C.UTF-8"_s) const
+    {
+        return finish(*start(arguments, input, locale));
+    }
+
+    [[nodiscard]] QString cacheFile() const
+    {
+        return m_lab->environment().value(u"XDG_DATA_HOME"_s)
+            + u"/app.orbitledge.Orbitledge/subscription-snapshot-v1.json"_s;
+    }
+
+    [[nodiscard]] QByteArray keyringItem() const
+    {
+        QProcess search;
+        search.setProcessEnvironment(m_lab->environment());
+        search.setProcessChannelMode(QProcess::MergedChannels);
+        search.start(
+            u"secret-tool"_s, {u"search"_s, u"--all"_s, u"server"_s, u"app.orbitledge.Orbitledge"_s});
+        return search.waitForFinished() ? search.readAll() : QByteArray();
+    }
+
+    /// An answer to signing in, and to everything asked afterwards.
+    static FaultServer::Answer answerTo(const QByteArray &request)
+    {
+        if (request.startsWith("POST /auth/login "))
+            return FaultServer::whole(200, "{\"user\":" + encodeJson(sampleProfile()) + '}',
+                "Set-Cookie: orbitledge_user_session=" + cookie + "; Max-Age=3600\r\n");
+        if (request.startsWith("GET /auth/profile "))
+            return FaultServer::whole(200, encodeJson(sampleProfile()));
+        return FaultServer::whole(200, '[' + encodeJson(sampleSubscription()) + ']');
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_lab.emplace();
+        m_lab->startKeyring(DesktopLab::Keyring::Unlocked);
+    }
+    void cleanup() { m_lab.reset(); }
+
+    void shouldGoAllTheWay()
+    {
+        DemoService service;
+        QVERIFY2(service.start(), qPrintable(service.problem()));
+        m_service = service.baseUrl();
+
+        const QString email(DemoService::email);
+        const Result signIn = run({u"sign-in"_s, email}, QByteArray(DemoService::password.data()) + '\n');
+        QCOMPARE(signIn.errors, ""_ba);
+        QCOMPARE(signIn.output, "Signed in as ada@example.com. 16 subscriptions fetched.\n"_ba);
+        QCOMPARE(signIn.exitCode, 0);
+        QVERIFY(keyringItem().contains("label = Orbitledge session"));
+        QVERIFY(!(QFileInfo(cacheFile()).permissions()
+            & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
+
+        QVERIFY(QFile::remove(cacheFile()));
+        const Result refresh = run({u"refresh"_s});
+        QCOMPARE(refresh.errors, ""_ba);
+        QCOMPARE(refresh.output, "Up to date. 16 subscriptions fetched.\n"_ba);
+        const Result timeline = run({u"timeline"_s});
+        QCOMPARE(timeline.exitCode, 0);
+        QVERIFY(timeline.output.contains("Northlight Video"));
+
+        const Result signOut = run({u"sign-out"_s});
+        QCOMPARE(signOut.errors, ""_ba);
+        QCOMPARE(signOut.output, "Signed out.\n"_ba);
+        QVERIFY(!QFile::exists(cacheFile()));
+        QVERIFY(!keyringItem().contains("Orbitledge"));
+        const Result late = run({u"refresh"_s});
+        QCOMPARE(late.exitCode, 1);
+        QCOMPARE(late.errors, "orbitledge: You are not signed in.\n"_ba);
+    }
+
+    void shouldSeeWhatSomebodyEditsInABrowser()
+    {
+        QVERIFY2(Browser::isInstalled(), "the packages chromium and chromium-driver are needed");
+        DemoService service;
+        QVERIFY2(service.start({}, {u"--today"_s, u"2026-03-11"_s}), qPrintable(service.problem()));
+        m_service = service.baseUrl();
+        const QString email(DemoService::email);
+        const QString secret(DemoService::password);
+        QCOMPARE(run({u"sign-in"_s, email}, secret.toUtf8()).exitCode, 0);
+
+        Browser browser;
+        QVERIFY2(browser.start(), qPrintable(browser.problem()));
+        QVERIFY(browser.open(m_service.resolved(QUrl(u"/calendar"_s))));
+        QVERIFY(browser.type(u"#email"_s, email));
+        QVERIFY(browser.type(u"#password"_s, secret));
+        QVERIFY2(browser.follow(u"#sign-in"_s), qPrintable(browser.problem()));
+        QVERIFY2(browser.follow(u"td.today a.chip"_s), qPrintable(browser.problem()));
+        QVERIFY(browser.replace(u"#cost"_s, u"123.45"_s));
+        QVERIFY2(browser.follow(u"#save"_s), qPrintable(browser.problem()));
+
+        QCOMPARE(run({u"refresh"_s}).exitCode, 0);
+        const auto snapshot = decodeCacheSnapshot(contentOf(cacheFile()));
+        QVERIFY(snapshot);
+        const auto edited
+            = std::ranges::find(snapshot->subscriptions, u"Northlight Video"_s, &Subscription::name);
+        QVERIFY(edited != snapshot->subscriptions.end());
+        QCOMPARE(edited->cost, *Decimal::fromText("123.45"));
+    }
+
+    void shouldTellWhatTheServiceSaysOfAWrongPassword()
+    {
+        DemoService service;
+        QVERIFY2(service.start(), qPrintable(service.problem()));
+        m_service = service.baseUrl();
+        const Result result = run({u"sign-in"_s, QString(DemoService::email)}, "not the password\n");
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, ""_ba);
+        QVERIFY(result.errors.startsWith("orbitledge: ") && result.errors.size() > 20);
+        QCOMPARE(result.errors.count('\n'), 1);
+        QVERIFY(!result.errors.contains("not the password"));
+        QVERIFY(!keyringItem().contains("Orbitledge"));
+        QVERIFY(!QFile::exists(cacheFile()));
+    }
+
+    void shouldAskNobodyWithoutASession()
+    {
+        FaultServer server;
+        m_service = server.url();
+        for (const QString &locale : {u"C.UTF-8"_s, u"C"_s, u"xx_XX"_s, u"en_US.ISO-8859-1"_s}) {
+            const Result result = run({u"refresh"_s}, {}, locale);
+            QCOMPARE(result.exitCode, 1);
+            QCOMPARE(result.output, ""_ba);
+            QCOMPARE(result.errors, "orbitledge: You are not signed in.\n"_ba);
+        }
+        QCOMPARE(server.connectionCount(), 0);
+    }
+
+    void shouldSayThatTheSessionExpired()
+    {
+        FaultServer server;
+        m_service = server.url();
+        server.answerWith(answerTo);
+        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        const QByteArray before = contentOf(cacheFile());
+        server.answerWith(
+            [](const QByteArray & /*request*/) { return FaultServer::whole(401, "{\"error\":\"\"}"); });
+        const Result result = run({u"refresh"_s});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.errors, "orbitledge: Your session expired. Please sign in again.\n"_ba);
+        QVERIFY(!keyringItem().contains("Orbitledge"));
+        QCOMPARE(contentOf(cacheFile()), before);
+        QCOMPARE(run({u"refresh"_s}).errors, "orbitledge: You are not signed in.\n"_ba);
+    }
+
+    void shouldKeepTheDataWhereTheNetworkAnswersWithSomethingElse()
+    {
+        FaultServer server;
+        m_service = server.url();
+        server.answerWith(answerTo);
+        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        const QByteArray before = contentOf(cacheFile());
+        server.answerWith([](const QByteArray & /*request*/) {
+            return FaultServer::whole(
+                200, "<html>Welcome to the airport</html>", "Content-Type: text/html\r\n");
+        });
+        const Result result = run({u"refresh"_s});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.errors,
+            "orbitledge: The server response could not be read: The data couldn\u2019t be read because it "
+            "isn\u2019t in the correct format.\n"_ba);
+        QCOMPARE(contentOf(cacheFile()), before);
+        QVERIFY(keyringItem().contains("Orbitledge session"));
+    }
+
+    void shouldRefuseAnAddressThatIsNotSafeBeforeAnythingElse()
+    {
+        m_service = QUrl(u"http://example.com/"_s);
+        for (const QStringList &arguments :
+            {QStringList{u"sign-in"_s, u"a@b"_s}, {u"refresh"_s}, {u"sign-out"_s}}) {
+            const Result result = run(arguments, password);
+            QCOMPARE(result.exitCode, 1);
+            QVERIFY(result.errors.startsWith("orbitledge: ORBITLEDGE_API_URL must begin with https://"));
+            QCOMPARE(result.errors.count('\n'), 1);
+        }
+    }
+
+    void shouldSayThatThereIsNoKeyring()
+    {
+        m_lab.emplace();
+        FaultServer server;
+        m_service = server.url();
+        server.answerWith(answerTo);
+        const Result result = run({u"sign-in"_s, u"a@b"_s}, password);
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.errors,
+            "orbitledge: The session could not be stored securely: Keychain error: No keyring is available. "
+            "Install and start GNOME Keyring, KWallet or KeePassXC, then try again.\n"_ba);
+        QVERIFY(!QFile::exists(cacheFile()));
+    }
+
+    void shouldLeaveNoTraceOfSecrets()
+    {
+        FaultServer server;
+        m_service = server.url();
+        m_lab->startMonitor();
+        QByteArray words;
+
+        // While the password is under way
+        server.answerNext({FaultServer::StayMute{}});
+        const auto signingIn = start({u"sign-in"_s, u"ada@example.com"_s}, password + '\n');
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, 20'000);
+        QVERIFY(server.requests()[0].contains(password)); // the only place where it belongs
+        const auto snoop = [&words](qint64 process) {
+            for (const char *file : {"cmdline", "environ"})
+                words += contentOf(u"/proc/%1/%2"_s.arg(process).arg(QLatin1StringView(file)));
+            const QByteArray globals = globalsOf(process);
+            QVERIFY(globals.size() > 1000);
+            words += globals;
+        };
+        snoop(signingIn->processId());
+        signingIn->kill();
+        QVERIFY(signingIn->waitForFinished());
+
+        // Good and bad ends
+        server.answerWith(answerTo);
+        const auto note = [&words](const Result &result) { words += result.output + result.errors; };
+        note(run({u"sign-in"_s, u"ada@example.com"_s}, password + '\n'));
+        QVERIFY(server.requests().last().contains(cookie));
+        note(run({u"refresh"_s}));
+        server.answerNext(FaultServer::whole(200, password + cookie));
+        note(run({u"sign-in"_s, u"ada@example.com"_s}, password + '\n'));
+        for (const char *headers : {"Location: http://localhost:1/\r\n", "Location: ftp://nowhere/\r\n"}) {
+            server.answerNext(FaultServer::whole(302, cookie, headers));
+            note(run({u"refresh"_s}));
+        }
+
+        // While the cookie is under way
+        server.answerWith(
+            [](const QByteArray & /*request*/) -> FaultServer::Answer { return {FaultServer::StayMute{}}; });
+        const qsizetype before = server.requests().size();
+        const auto refreshing = start({u"refresh"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(server.requests().size() > before, 20'000);
+        QVERIFY(server.requests().last().contains("Cookie: orbitledge_user_session=" + cookie));
+        snoop(refreshing->processId());
+        refreshing->kill();
+        QVERIFY(refreshing->waitForFinished());
+
+        // Everything in the session's folders, and everything that passed over its bus
+        words += m_lab->monitored();
+        int files = 0;
+        QDirIterator iterator(
+            m_lab->path(QString()), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (iterator.hasNext()) {
+            words += contentOf(iterator.next());
+            ++files;
+        }
+        QVERIFY(files > 1);
+        QVERIFY(words.contains("Subscription 0")); // the cache file was among them
+        QVERIFY(!words.contains(password));
+        QVERIFY(!words.contains(cookie));
+    }
+
+    void shouldAskOnTheTerminalWithoutEcho()
+    {
+        FaultServer server;
+        server.answerWith(answerTo);
+        m_service = server.url();
+        QProcess terminal;
+        QProcessEnvironment environment = m_lab->environment();
+        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
+        terminal.setProcessEnvironment(environment);
+        terminal.start(u"script"_s,
+            {u"-qec"_s, u"'%1' sign-in a@b; stty -a"_s.arg(QStringLiteral(ORBITLEDGE_PROGRAM)),
+                u"/dev/null"_s});
+        QByteArray shown;
+        const auto shows = [&](const QByteArray &text) {
+            shown += terminal.readAll();
+            return shown.contains(text);
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(shows("Password for a@b: "), 20'000);
+        terminal.write(password + '\n');
+        QTRY_VERIFY_WITH_TIMEOUT(shows("Signed in as a@b."), 20'000);
+        QTRY_VERIFY_WITH_TIMEOUT(shows(" echo "), 20'000); // again
+        QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
+        QVERIFY(!shown.contains(password));
+        QVERIFY(server.requests().value(0).contains(password + '"'));
+    }
+
+    void shouldGiveTheTerminalBackWhereItIsInterrupted()
+    {
+        m_service = QUrl(u"http://127.0.0.1:9/"_s);
+        QProcess terminal;
+        terminal.setProcessEnvironment(m_lab->environment());
+        terminal.start(u"script"_s,
+            {u"-qec"_s,
+                u"trap : INT; ORBITLEDGE_API_URL=http://127.0.0.1:9/ '%1' sign-in a@b; echo \"status $?\"; stty -a"_s
+                    .arg(QStringLiteral(ORBITLEDGE_PROGRAM)),
+                u"/dev/null"_s});
+        QByteArray shown;
+        const auto shows = [&](const QByteArray &text) {
+            shown += terminal.readAll();
+            return shown.contains(text);
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(shows("Password for a@b: "), 20'000);
+        terminal.write("half\x03");
+        QTRY_VERIFY_WITH_TIMEOUT(shows("status 130"), 20'000);
+        QTRY_VERIFY_WITH_TIMEOUT(shows(" echo "), 20'000);
+        QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
+        QVERIFY(!shown.contains("half"));
+    }
+};
+
+ORBITLEDGE_TEST_MAIN(SessionProgramTest)
+#include "SessionProgramTest.moc"
