@@ -1,40 +1,89 @@
 #pragma once
 
-#include <QAbstractEventDispatcher>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QObject>
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <stop_token>
+#include <thread>
 
 namespace orbitledge::testing {
 
-/// Measures for how long the current thread was kept from its event loop in any one stretch: from waking up
-/// to going to sleep again, whatever it did meanwhile.
+/// Measures for how long the current thread was kept from its event loop in any one stretch, whatever kept
+/// it: another thread posts an event, waits until it is handled, and so on. (The event dispatcher's own
+/// signals around sleeping do not tell: GLib's handles events between them.)
+///
+/// What is measured includes the time that a busy machine takes to wake a thread.
 class StretchWatch : public QObject {
 public:
     using Clock = std::chrono::steady_clock;
 
     StretchWatch()
+        : m_thread([this](const std::stop_token &stop) { watch(stop); })
     {
-        auto *const dispatcher = QAbstractEventDispatcher::instance();
-        connect(dispatcher, &QAbstractEventDispatcher::awake, this, [this] { m_awakeSince = Clock::now(); });
-        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, [this] {
-            m_longest = std::max(m_longest, Clock::now() - m_awakeSince);
-            ++m_count;
-        });
     }
+    ~StretchWatch() override
+    {
+        m_thread.request_stop();
+        m_thread.join();
+    }
+    Q_DISABLE_COPY_MOVE(StretchWatch)
 
     [[nodiscard]] double longestMilliseconds() const
     {
-        return std::chrono::duration<double, std::milli>(m_longest).count();
+        const std::scoped_lock lock(m_mutex);
+        // One that is still going on counts as well.
+        const auto current = m_isWaiting ? Clock::now() - m_postedAt : Clock::duration::zero();
+        return std::chrono::duration<double, std::milli>(std::max(m_longest, current)).count();
     }
-    /// How many stretches there were; a watch that saw none proves nothing.
-    [[nodiscard]] int count() const { return m_count; }
+    /// How often it looked; a watch that never did proves nothing.
+    [[nodiscard]] int count() const
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_count;
+    }
+
+protected:
+    bool event(QEvent *event) override
+    {
+        if (event->type() != QEvent::User)
+            return QObject::event(event);
+        {
+            const std::scoped_lock lock(m_mutex);
+            m_longest = std::max(m_longest, Clock::now() - m_postedAt);
+            ++m_count;
+            m_isWaiting = false;
+        }
+        m_handled.notify_one();
+        return true;
+    }
 
 private:
-    Clock::time_point m_awakeSince = Clock::now();
+    void watch(const std::stop_token &stop)
+    {
+        while (!stop.stop_requested()) {
+            std::unique_lock lock(m_mutex);
+            m_postedAt = Clock::now();
+            m_isWaiting = true;
+            QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+            m_handled.wait(lock, stop, [this] { return !m_isWaiting; });
+            lock.unlock();
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        }
+    }
+
+    mutable std::mutex m_mutex;
+    std::condition_variable_any m_handled;
+    Clock::time_point m_postedAt;
+    bool m_isWaiting = false;
     Clock::duration m_longest{};
     int m_count = 0;
+    std::jthread m_thread;
 };
 
 } // namespace orbitledge::testing
