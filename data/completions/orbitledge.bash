@@ -4,7 +4,11 @@ _orbitledge() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W 'timeline --help --version' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline sign-out --help --version' -- "$word")
+        return
+    fi
+    if [[ ${COMP_WORDS[1]} =~ ^(sign-in|refresh|sign-out)$ ]]; then
+        mapfile -t COMPREPLY < <(compgen -W '--help' -- "$word")
         return
     fi
     [[ ${COMP_WORDS[1]} == timeline ]] || return

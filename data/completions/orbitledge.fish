@@ -5,6 +5,9 @@ function __orbitledge_zones
 end
 
 complete -c orbitledge -f
+complete -c orbitledge -n __fish_use_subcommand -a sign-in -d 'Sign in, and fetch the subscriptions'
+complete -c orbitledge -n __fish_use_subcommand -a refresh -d 'Fetch the subscriptions anew'
+complete -c orbitledge -n __fish_use_subcommand -a sign-out -d 'Sign out, and remove what was fetched'
 complete -c orbitledge -n __fish_use_subcommand -a timeline -d 'Print the totals, this week, and the coming renewals'
 complete -c orbitledge -n __fish_use_subcommand -l version -d 'Print the version'
 complete -c orbitledge -s h -l help -d 'Print help'
