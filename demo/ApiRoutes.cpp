@@ -72,44 +72,40 @@ Response unauthorized(bool hadSession)
 
 void ApiRoutes::addTo(Router &router)
 {
-    router.add({.method = Method::Post,
-        .pattern = "/auth/login",
-        .handler = [this](const Request &request, const QUuid &) { return logIn(request); },
-        .isSlow = true});
-    router.add({.method = Method::Get,
-        .pattern = "/auth/profile",
-        .handler = authorized([](const Request &, const UserProfile &profile, const QUuid &) {
+    const auto add
+        = [&router](Method method, QByteArray pattern, Router::Handler handler, bool isSlow = false) {
+              router.add({method, std::move(pattern), std::move(handler), false, isSlow});
+          };
+    add(
+        Method::Post, "/auth/login", [this](const Request &request, const QUuid &) { return logIn(request); },
+        true);
+    add(Method::Get, "/auth/profile",
+        authorized([](const Request &, const UserProfile &profile, const QUuid &) {
             return jsonResponse(encodeJson(profile));
-        })});
-    router.add({.method = Method::Post,
-        .pattern = "/auth/logout",
-        .handler = authorized(
-            [this](const Request &request, const UserProfile &, const QUuid &) { return logOut(request); })});
-    router.add({.method = Method::Get,
-        .pattern = "/subscriptions",
-        .handler = authorized([this](const Request &, const UserProfile &profile, const QUuid &) {
+        }));
+    add(Method::Post, "/auth/logout",
+        authorized(
+            [this](const Request &request, const UserProfile &, const QUuid &) { return logOut(request); }));
+    add(Method::Get, "/subscriptions",
+        authorized([this](const Request &, const UserProfile &profile, const QUuid &) {
             return listSubscriptions(profile);
-        })});
-    router.add({.method = Method::Post,
-        .pattern = "/subscriptions",
-        .handler = authorized([this](const Request &request, const UserProfile &profile, const QUuid &) {
+        }));
+    add(Method::Post, "/subscriptions",
+        authorized([this](const Request &request, const UserProfile &profile, const QUuid &) {
             return createSubscription(request, profile);
-        })});
-    router.add({.method = Method::Post,
-        .pattern = "/subscriptions/{id}/cancel",
-        .handler = authorized([this](const Request &request, const UserProfile &profile, const QUuid &id) {
+        }));
+    add(Method::Post, "/subscriptions/{id}/cancel",
+        authorized([this](const Request &request, const UserProfile &profile, const QUuid &id) {
             return changeSubscription(request, profile, id, true);
-        })});
-    router.add({.method = Method::Post,
-        .pattern = "/subscriptions/{id}/uncancel",
-        .handler = authorized([this](const Request &request, const UserProfile &profile, const QUuid &id) {
+        }));
+    add(Method::Post, "/subscriptions/{id}/uncancel",
+        authorized([this](const Request &request, const UserProfile &profile, const QUuid &id) {
             return changeSubscription(request, profile, id, false);
-        })});
-    router.add({.method = Method::Get,
-        .pattern = "/templates/search",
-        .handler = authorized([this](const Request &request, const UserProfile &, const QUuid &) {
+        }));
+    add(Method::Get, "/templates/search",
+        authorized([this](const Request &request, const UserProfile &, const QUuid &) {
             return searchTemplates(request);
-        })});
+        }));
 }
 
 Router::Handler ApiRoutes::authorized(Authorized handler)

@@ -71,6 +71,7 @@ public:
     {
         if (!isRunning())
             return std::nullopt;
+        resume(); // what is frozen would not hear it
         m_process->terminate();
         if (!m_process->waitForFinished(stopLimit)) {
             kill();
