@@ -65,7 +65,7 @@ UserProfile profileOf(const QSqlQuery &row)
 std::optional<QString> problemOf(const NewAccount &account)
 {
     static const QRegularExpression form(uR"(^[^\s@]+@[^\s@]+$)"_s);
-    if (!form.match(account.email).hasMatch() || account.email.size() > 254)
+    if (!form.match(account.email).hasMatch() || account.email.size() > Accounts::maximumEmailLength)
         return u"\"%1\" is not an e-mail address"_s.arg(account.email);
     if (account.password.size() < Accounts::minimumPasswordLength)
         return u"The password is too short; it needs at least %1 characters"_s.arg(

@@ -19,6 +19,7 @@ struct NewAccount {
 /// Who may sign in. Passwords are kept as salted argon2id hashes only.
 class Accounts {
 public:
+    static constexpr qsizetype maximumEmailLength = 254;
     static constexpr qsizetype minimumPasswordLength = 8;
     static constexpr qsizetype maximumPasswordLength = 1'000;
 

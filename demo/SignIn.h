@@ -36,6 +36,9 @@ public:
 
     tl::expected<SignedIn, SignInFailure> attempt(const QString &email, const QString &password)
     {
+        // No account has one so long, and nothing that long must be remembered.
+        if (email.size() > Accounts::maximumEmailLength)
+            return tl::unexpected(SignInFailure{});
         const QString key = Accounts::emailKey(email);
         if (const auto wait = m_throttle.waitFor(key, std::chrono::steady_clock::now()))
             return tl::unexpected(SignInFailure{wait});

@@ -3,6 +3,7 @@
 #include "support/HttpExchange.h"
 #include "support/TestMain.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -888,6 +889,14 @@ private Q_SLOTS:
         QVERIFY(!m_service.addAccount(u"f@example.com"_s, "a long password", {u"--currency"_s, u"ZZZ"_s}));
         QVERIFY(!http().signIn(u"eve@example.com"_s, u"with trailing blank "_s).isEmpty());
         QVERIFY(http().signIn(u"eve@example.com"_s, u"with trailing blank"_s).isEmpty());
+    }
+
+    void shouldKeepItsDataInTheUsersDataFolder()
+    {
+        const QString folder = qEnvironmentVariable("XDG_DATA_HOME") + u"/orbitledge-demo-service"_s;
+        QCOMPARE(DemoService::run({u"--add-account"_s, u"gil@example.com"_s}, "a long password").exitCode, 0);
+        QVERIFY(QFileInfo::exists(folder + u"/orbitledge-demo.sqlite"_s));
+        QVERIFY(QDir(folder).removeRecursively());
     }
 
     void shouldFillTheSampleAccountForMeasuring()
