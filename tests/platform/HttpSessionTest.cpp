@@ -263,20 +263,24 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll(answer);
         for (const HttpRequest &request : {get(server.url()), post(server.url(), "{}")}) {
-            const qsizetype before = server.requests().size();
-            CurlHttpSession session("Agent/1", impatient());
-            const StretchWatch watch;
-            QElapsedTimer timer;
-            timer.start();
-            const Outcome outcome = QCoro::waitFor(session.send(request));
-            QVERIFY(!outcome);
-            QCOMPARE(outcome.error().kind, kind);
-            QVERIFY(timer.elapsed() < 1500 + 700);
-            // Once, whatever the method: what was asked may have been done.
-            QCOMPARE(server.requests().size(), before + 1);
-            QVERIFY(watch.count() > 0);
-            QVERIFY2(watch.longestMilliseconds() < 50,
-                QByteArray::number(watch.longestMilliseconds()).constData());
+            double longestStretch = 0;
+            // What the code does to the thread it does each time; what a busy machine does, it does not.
+            for (int attempt = 0; attempt == 0 || (attempt < 3 && longestStretch >= 50); ++attempt) {
+                const qsizetype before = server.requests().size();
+                CurlHttpSession session("Agent/1", impatient());
+                const StretchWatch watch;
+                QElapsedTimer timer;
+                timer.start();
+                const Outcome outcome = QCoro::waitFor(session.send(request));
+                QVERIFY(!outcome);
+                QCOMPARE(outcome.error().kind, kind);
+                QVERIFY(timer.elapsed() < 1500 + 700);
+                // Once, whatever the method: what was asked may have been done.
+                QCOMPARE(server.requests().size(), before + 1);
+                QVERIFY(watch.count() > 0);
+                longestStretch = watch.longestMilliseconds();
+            }
+            QVERIFY2(longestStretch < 50, QByteArray::number(longestStretch).constData());
         }
     }
 

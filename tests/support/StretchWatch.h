@@ -24,8 +24,10 @@ public:
     using Clock = std::chrono::steady_clock;
 
     StretchWatch()
-        : m_thread([this](const std::stop_token &stop) { watch(stop); })
     {
+        // Here, so that the first round of the event loop counts however late the other thread starts.
+        post();
+        m_thread = std::jthread([this](const std::stop_token &stop) { watch(stop); });
     }
     ~StretchWatch() override
     {
@@ -64,16 +66,24 @@ protected:
     }
 
 private:
+    void post()
+    {
+        m_postedAt = Clock::now();
+        m_isWaiting = true;
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    }
+
     void watch(const std::stop_token &stop)
     {
-        while (!stop.stop_requested()) {
-            std::unique_lock lock(m_mutex);
-            m_postedAt = Clock::now();
-            m_isWaiting = true;
-            QCoreApplication::postEvent(this, new QEvent(QEvent::User));
-            m_handled.wait(lock, stop, [this] { return !m_isWaiting; });
-            lock.unlock();
+        while (true) {
+            {
+                std::unique_lock lock(m_mutex);
+                if (!m_handled.wait(lock, stop, [this] { return !m_isWaiting; }))
+                    return;
+            }
             std::this_thread::sleep_for(std::chrono::microseconds(200));
+            const std::scoped_lock lock(m_mutex);
+            post();
         }
     }
 
