@@ -1,14 +1,15 @@
 #include "demo/HttpFront.h"
 
-#include <QCoreApplication>
 #include <QHttpServerRequest>
 #include <QHttpServerResponder>
-#include <QPointer>
 #include <QRegularExpression>
+#include <QSocketNotifier>
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <deque>
@@ -62,6 +63,12 @@ Method methodOf(const QHttpServerRequest &request)
     }
 }
 
+/// Bytes of their own: what the toolkit holds is shared with it, and goes when the next request comes.
+QByteArray ownBytes(const QByteArray &bytes)
+{
+    return {bytes.constData(), bytes.size()};
+}
+
 Request copyOf(const QHttpServerRequest &source)
 {
     Request request;
@@ -70,8 +77,8 @@ Request copyOf(const QHttpServerRequest &source)
     request.path = url.path(QUrl::FullyEncoded).toUtf8();
     request.query = FormFields::parse(url.query(QUrl::FullyEncoded).toUtf8());
     for (const auto &[name, value] : source.headers())
-        request.headers.append({name, value});
-    request.body = source.body();
+        request.headers.append({ownBytes(name), ownBytes(value)});
+    request.body = ownBytes(source.body());
     return request;
 }
 
@@ -257,37 +264,22 @@ private:
     std::deque<Asked> m_queue;
 };
 
-namespace {
-
-/// How an answer comes back from a worker thread to the one that the connections live on.
-struct Answered final : public QEvent {
-    Answered(QPointer<Connection> to, Request what, Response with)
-        : QEvent(QEvent::User)
-        , connection(std::move(to))
-        , request(std::move(what))
-        , response(std::move(with))
-    {
-    }
-
-    QPointer<Connection> connection;
-    Request request;
-    Response response;
-};
-
-} // namespace
-
 HttpFront::HttpFront(Handler handler, IsSlow isSlow)
     : m_handler(std::move(handler))
     , m_isSlow(std::move(isSlow))
-    , m_pool(4)
-    , m_slowPool(2)
+    , m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    , m_pool(std::make_unique<WorkPool>(4))
+    , m_slowPool(std::make_unique<WorkPool>(2))
 {
+    auto *const notifier = new QSocketNotifier(m_wakeUp, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, &HttpFront::deliver);
 }
 
 HttpFront::~HttpFront()
 {
-    m_pool.waitForDone();
-    m_slowPool.waitForDone();
+    m_slowPool.reset();
+    m_pool.reset();
+    ::close(m_wakeUp);
 }
 
 tl::expected<quint16, QString> HttpFront::listenOnLoopback(quint16 port)
@@ -334,25 +326,39 @@ bool HttpFront::handleRequest(const QHttpServerRequest &request, QTcpSocket *soc
 
 void HttpFront::missingHandler(const QHttpServerRequest &, QTcpSocket *) { }
 
-void HttpFront::answer(Connection *connection, Request request)
+void HttpFront::answer(Connection *connection, const Request &request)
 {
     ++m_inFlight;
-    WorkPool &pool = m_isSlow(request) ? m_slowPool : m_pool;
-    pool.start([this, guard = QPointer(connection), request = std::move(request)] {
+    const quint64 number = ++m_lastNumber;
+    m_asked.insert(number, {connection, request});
+    WorkPool &pool = m_isSlow(request) ? *m_slowPool : *m_pool;
+    pool.start([this, number, request] {
         Response response = m_handler(request);
-        QCoreApplication::postEvent(this, new Answered(guard, request, std::move(response)));
+        {
+            const std::scoped_lock lock(m_answersMutex);
+            m_answers.push_back({number, std::move(response)});
+        }
+        // Can only fail where the other side has been woken as often as a counter can count.
+        (void)::eventfd_write(m_wakeUp, 1);
     });
 }
 
-void HttpFront::customEvent(QEvent *event)
+void HttpFront::deliver()
 {
-    const auto *const answered = dynamic_cast<Answered *>(event);
-    if (answered == nullptr)
-        return;
-    --m_inFlight;
-    // Who asked may have hung up meanwhile.
-    if (answered->connection)
-        answered->connection->reply(answered->request, answered->response);
+    eventfd_t count = 0;
+    (void)::eventfd_read(m_wakeUp, &count);
+    std::deque<Answered> answers;
+    {
+        const std::scoped_lock lock(m_answersMutex);
+        answers.swap(m_answers);
+    }
+    for (const Answered &answered : answers) {
+        --m_inFlight;
+        const Asked asked = m_asked.take(answered.number);
+        // Who asked may have hung up meanwhile.
+        if (asked.connection)
+            asked.connection->reply(asked.request, answered.response);
+    }
     finishStopping();
 }
 

@@ -5,12 +5,15 @@
 
 #include <QAbstractHttpServer>
 #include <QHash>
+#include <QPointer>
 #include <QTcpServer>
 
 #include <tl/expected.hpp>
 
+#include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace orbitledge::demo {
 
@@ -55,12 +58,12 @@ public:
 
 protected:
     bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override;
-    void customEvent(QEvent *event) override;
     void missingHandler(const QHttpServerRequest &request, QTcpSocket *socket) override;
 
 private:
     friend class Connection;
-    void answer(Connection *connection, Request request);
+    void answer(Connection *connection, const Request &request);
+    void deliver();
     void finishStopping();
 
     Handler m_handler;
@@ -69,8 +72,27 @@ private:
     QHash<QTcpSocket *, Connection *> m_connections;
     std::function<void()> m_stopped;
     int m_inFlight = 0;
-    WorkPool m_pool;
-    WorkPool m_slowPool;
+
+    /// What the worker threads have answered. A request's number stands for the connection, which only this
+    /// side may touch.
+    struct Answered {
+        quint64 number = 0;
+        Response response;
+    };
+    struct Asked {
+        QPointer<Connection> connection;
+        Request request;
+    };
+    std::mutex m_answersMutex;
+    std::deque<Answered> m_answers;
+    /// Wakes this side; a descriptor, because the toolkit's own ways are not instrumented.
+    int m_wakeUp = -1;
+    QHash<quint64, Asked> m_asked;
+    quint64 m_lastNumber = 0;
+
+    // Last, so that they end first.
+    std::unique_ptr<WorkPool> m_pool;
+    std::unique_ptr<WorkPool> m_slowPool;
 };
 
 } // namespace orbitledge::demo

@@ -2,8 +2,9 @@
 
 #include "demo/Catalogue.h"
 #include "demo/SampleData.h"
+#include "locale/Calendar.h"
 
-#include <QDate>
+#include <QDateTime>
 
 using namespace Qt::StringLiterals;
 
@@ -15,9 +16,9 @@ Subscriptions::Today clockFor(const Options &options)
 {
     if (options.today)
         return [today = *options.today] { return today; };
-    return [] {
-        const QDate date = QDate::currentDate();
-        return LocalDate{date.year(), date.month(), date.day()};
+    const Calendar calendar(TimeZone::system(), Locale::named("en_GB").value_or(Locale{}));
+    return [calendar] {
+        return calendar.localDate(Instant::fromMillisecondsSinceEpoch(QDateTime::currentMSecsSinceEpoch()));
     };
 }
 
