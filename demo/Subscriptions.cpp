@@ -234,13 +234,14 @@ tl::expected<Subscription, Refusal> Subscriptions::update(
         const LocalDate next = isRolling
             ? rolledForward(draft.nextBillingDate, m_today(), anchor, draft.cycle)
             : draft.nextBillingDate;
-        const auto notice = draft.trialEndDate ? found.record.trialNotificationDays : std::nullopt;
+        // Notice of a trial's end goes with the trial.
+        const QVariant notice = draft.trialEndDate ? stored(found.record.trialNotificationDays) : QVariant();
         m_database.run(
             u"UPDATE subscriptions SET name = ?, cost = ?, currency = ?, billing_cycle = ?, "
             "next_billing_date = ?, anchor_date = ?, trial_end_date = ?, trial_notification_days = ?, "
             "updated_at = ? WHERE id = ?"_s,
             {draft.name, draft.cost.toString(), draft.currency, QString(cycleText(draft.cycle)), stored(next),
-                stored(anchor), stored(draft.trialEndDate), stored(notice), stored(now()), stored(id)});
+                stored(anchor), stored(draft.trialEndDate), notice, stored(now()), stored(id)});
         return std::nullopt;
     });
 }
