@@ -83,6 +83,10 @@ tl::expected<QString, QString> askPassword(const Environment &environment, const
     return *std::move(password);
 }
 
+// Free functions, as a coroutine must not outlive the lambda that it was; the environment lives until the
+// command has ended.
+// NOLINTBEGIN(cppcoreguidelines-avoid-reference-coroutine-parameters)
+
 QCoro::Task<ExitCode> save(const Environment &environment, AccountData data, QString success)
 {
     SnapshotCache cache(environment.cacheFile, environment.files);
@@ -103,9 +107,6 @@ QCoro::Task<ExitCode> save(const Environment &environment, AccountData data, QSt
     const QString what = count == 1 ? u"1 subscription"_s : u"%1 subscriptions"_s.arg(count);
     co_return finish(environment, writeText(environment, success + u' ' + what + u" fetched.\n"_s));
 }
-
-// Free functions, as a coroutine must not outlive the lambda that it was; the environment lives until the
-// command has ended.
 
 QCoro::Task<ExitCode> signIn(
     const Environment &environment, std::shared_ptr<APIClientProtocol> client, QString email)
@@ -154,6 +155,8 @@ QCoro::Task<ExitCode> signOut(const Environment &environment, std::shared_ptr<AP
     }
     co_return finish(environment, writeText(environment, u"Signed out.\n"_s));
 }
+
+// NOLINTEND(cppcoreguidelines-avoid-reference-coroutine-parameters)
 
 } // namespace
 

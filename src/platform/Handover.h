@@ -51,7 +51,7 @@ public:
         Handover &handover;
 
         // The answer comes through the event loop, to which this thread has yet to return.
-        static bool await_ready() { return false; }
+        [[nodiscard]] bool await_ready() const { return false; }
         void await_suspend(std::coroutine_handle<> waiting) { handover.setWaiting(waiting); }
         // NOLINTNEXTLINE(bugprone-unchecked-optional-access): nobody goes on before there is a value
         T await_resume() { return *std::move(handover.m_value); }

@@ -98,16 +98,17 @@ QCoro::Task<void> forget(
 /// The Cookie header's value; absent where no credential is stored, or none that is still good.
 APITask<std::optional<QByteArray>> cookieHeader(std::shared_ptr<APIClientParts> parts)
 {
-    const auto credential = co_await parts->credentialStore->load();
+    const auto loaded = co_await parts->credentialStore->load();
+    if (!loaded)
+        co_return failed(APIError::SessionStorage{loaded.error().errorDescription()});
+    const std::optional<SessionCredential> &credential = *loaded;
     if (!credential)
-        co_return failed(APIError::SessionStorage{credential.error().errorDescription()});
-    if (!*credential)
         co_return std::nullopt;
-    if ((*credential)->isExpired(parts->clock->now())) {
+    if (credential->isExpired(parts->clock->now())) {
         co_await forget(parts);
         co_return std::nullopt;
     }
-    co_return QByteArray(sessionCookieName) + '=' + (*credential)->value.toLatin1();
+    co_return QByteArray(sessionCookieName) + '=' + credential->value.toLatin1();
 }
 
 /// A success's answer, or the failure that the exchange came to.
@@ -125,11 +126,11 @@ APITask<HttpResponse> exchange(std::shared_ptr<APIClientParts> parts, Call call)
         request.headers.append(HttpHeader{"Content-Type", "application/json"});
     }
     if (call.authorised == Authorised::Yes) {
-        auto cookie = co_await cookieHeader(parts);
-        if (!cookie)
-            co_return failed(std::move(cookie.error()));
-        if (*cookie)
-            request.headers.append(HttpHeader{"Cookie", **cookie});
+        auto header = co_await cookieHeader(parts);
+        if (!header)
+            co_return failed(std::move(header.error()));
+        if (const std::optional<QByteArray> &cookie = *header)
+            request.headers.append(HttpHeader{"Cookie", *cookie});
     }
 
     auto outcome = co_await parts->session->send(std::move(request));
@@ -215,11 +216,14 @@ APITask<UserProfile> openSession(std::shared_ptr<APIClientParts> parts, QString 
 
 QCoro::Task<bool> checkSession(std::shared_ptr<APIClientParts> parts)
 {
-    const auto credential = co_await parts->credentialStore->load();
-    if (credential && !*credential)
-        co_return false;
-    if (credential && !(*credential)->isExpired(parts->clock->now()))
-        co_return true;
+    const auto loaded = co_await parts->credentialStore->load();
+    if (loaded) {
+        const std::optional<SessionCredential> &credential = *loaded;
+        if (!credential)
+            co_return false;
+        if (!credential->isExpired(parts->clock->now()))
+            co_return true;
+    }
     co_await forget(parts);
     co_return false;
 }

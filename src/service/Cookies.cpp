@@ -17,11 +17,15 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
+bool isLetter(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
 /// RFC 9110, section 5.6.2.
 bool isTokenCharacter(char c)
 {
-    return isDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')
-        || QByteArrayView("!#$%&'*+-.^_`|~").contains(c);
+    return isDigit(c) || isLetter(c) || QByteArrayView("!#$%&'*+-.^_`|~").contains(c);
 }
 
 bool startsWithNameAndEquals(QByteArrayView text)
@@ -92,6 +96,15 @@ int fullYear(int year)
     return year < firstOfLastCentury ? year + 2000 : year;
 }
 
+/// Whether `found` is kept, as there was none before.
+template <typename T> bool keepFirst(std::optional<T> &kept, std::optional<T> found)
+{
+    if (kept || !found)
+        return false;
+    kept = found;
+    return true;
+}
+
 /// RFC 6265, section 5.1.1, which reads the three forms that ever were: RFC 1123's, RFC 850's and asctime's.
 std::optional<Instant> cookieDate(QByteArrayView text)
 {
@@ -99,9 +112,7 @@ std::optional<Instant> cookieDate(QByteArrayView text)
     std::optional<int> day;
     std::optional<int> month;
     std::optional<int> year;
-    const auto isDelimiter = [](char c) {
-        return !isDigit(c) && !(c >= 'A' && c <= 'Z') && !(c >= 'a' && c <= 'z') && c != ':';
-    };
+    const auto isDelimiter = [](char c) { return !isDigit(c) && !isLetter(c) && c != ':'; };
     const auto *position = text.begin();
     while (true) {
         position = std::ranges::find_if_not(position, text.end(), isDelimiter);
@@ -110,14 +121,11 @@ std::optional<Instant> cookieDate(QByteArrayView text)
         const auto *const end = std::ranges::find_if(position, text.end(), isDelimiter);
         const QByteArrayView token(position, end);
         position = end;
-        if (!time && (time = timeOf(token)))
+        // A token is one thing only, the first that is still missing.
+        if (keepFirst(time, timeOf(token)) || keepFirst(day, leadingNumber(token, 1, 2))
+            || keepFirst(month, monthOf(token)))
             continue;
-        if (!day && (day = leadingNumber(token, 1, 2)))
-            continue;
-        if (!month && (month = monthOf(token)))
-            continue;
-        if (!year)
-            year = leadingNumber(token, 2, 4);
+        keepFirst(year, leadingNumber(token, 2, 4));
     }
     if (!time || !day || !month || !year)
         return std::nullopt;

@@ -1,5 +1,6 @@
 #include "platform/curl/BodyDecoder.h"
 
+#define ZLIB_CONST // input is const then
 #include <zlib.h>
 
 #include <array>
@@ -33,8 +34,7 @@ public:
     template <typename Sink> std::optional<TransportFailure> add(QByteArrayView piece, Sink sink)
     {
         std::array<char, std::size_t{64} << 10> buffer; // NOLINT(*-member-init): inflate fills it
-        // zlib reads only, its interface predates const.
-        m_stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(piece.data()));
+        m_stream.next_in = reinterpret_cast<const Bytef *>(piece.data());
         m_stream.avail_in = static_cast<uInt>(piece.size());
         bool hasMore = !piece.isEmpty();
         while (hasMore) {

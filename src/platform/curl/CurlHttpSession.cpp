@@ -50,7 +50,7 @@ struct NetworkWait {
 
     [[nodiscard]] bool await_ready() const { return awaiter.isReady(); }
     void await_suspend(std::coroutine_handle<> waiting) { awaiter.wait(waiting); }
-    static void await_resume() { }
+    void await_resume() const { }
 };
 
 /// Everything is a copy: the session may be gone while this waits.
@@ -87,7 +87,7 @@ QCoro::Task<tl::expected<HttpResponse, TransportFailure>> exchange(std::shared_p
 CurlHttpSession::CurlHttpSession(
     QByteArray userAgent, HttpSessionConfiguration configuration, std::shared_ptr<Connectivity> connectivity)
     : m_userAgent(std::move(userAgent))
-    , m_configuration(configuration)
+    , m_configuration(std::move(configuration))
     , m_connectivity(std::move(connectivity))
     , m_loop(std::make_shared<HttpLoop>())
 {

@@ -301,7 +301,7 @@ private:
     bool follow(long status)
     {
         const QByteArray location = headerValue(m_headers, "Location").value_or(QByteArray());
-        QUrl target = m_request.url.resolved(QUrl::fromEncoded(location));
+        const QUrl target = m_request.url.resolved(QUrl::fromEncoded(location));
         if (location.isEmpty() || !target.isValid() || !isSameOrigin(target, m_request.url))
             return false;
         if (++m_redirects > mostRedirects) {

@@ -20,6 +20,8 @@ namespace {
 /// No password is longer, and what is longer is no password.
 constexpr qsizetype longestPassword = 4096;
 
+// A signal handler can reach nothing else.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
 volatile std::sig_atomic_t caughtSignal = 0;
 
 void noteSignal(int signal)
@@ -46,7 +48,7 @@ public:
         for (std::size_t i = 0; i < signals.size(); ++i)
             ::sigaction(signals.at(i), &m_before.at(i), nullptr);
         if (caughtSignal != 0)
-            ::raise(caughtSignal);
+            (void)::raise(caughtSignal);
     }
 
 private:
