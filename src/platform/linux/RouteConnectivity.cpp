@@ -26,8 +26,9 @@ using LineTest = bool (*)(const QList<QByteArray> &columns);
 bool isDefaultRoute4(const QList<QByteArray> &columns)
 {
     constexpr int mask = 7;
-    return columns.size() > mask && columns[1] == "00000000" && columns[mask] == "00000000"
-        && (columns[3].toUInt(nullptr, 16) & (RTF_UP | RTF_REJECT)) == RTF_UP;
+    // A black hole has no device and no flag of its own.
+    return columns.size() > mask && columns[0] != "*" && columns[0] != "lo" && columns[1] == "00000000"
+        && columns[mask] == "00000000" && (columns[3].toUInt(nullptr, 16) & (RTF_UP | RTF_REJECT)) == RTF_UP;
 }
 
 /// "destination length source length nexthop metric refcnt use flags device"
@@ -57,7 +58,8 @@ int openRouteSocket()
         return -1;
     sockaddr_nl address{};
     address.nl_family = AF_NETLINK;
-    address.nl_groups = RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE;
+    // With a device or its last address the routes of IPv4 go too, and nobody is told of each.
+    address.nl_groups = RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE | RTMGRP_LINK | RTMGRP_IPV4_IFADDR;
     if (::bind(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0)
         return socket;
     ::close(socket);
