@@ -44,12 +44,13 @@ public:
             m_stream.next_out = reinterpret_cast<Bytef *>(buffer.data());
             m_stream.avail_out = static_cast<uInt>(buffer.size());
             const int result = inflate(&m_stream, Z_NO_FLUSH);
-            if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR)
-                return TransportFailure{Kind::BadAnswer};
-            m_isComplete = result == Z_STREAM_END;
+            // First what came before a fault, or the pieces would decide which of two faults is named.
             const auto decoded = static_cast<qsizetype>(buffer.size() - m_stream.avail_out);
             if (auto failure = sink(QByteArrayView(buffer.data(), decoded)))
                 return failure;
+            if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR)
+                return TransportFailure{Kind::BadAnswer};
+            m_isComplete = result == Z_STREAM_END;
             // A full buffer may leave output behind even where all input was taken.
             hasMore = m_stream.avail_in > 0 || (m_stream.avail_out == 0 && !m_isComplete);
         }
