@@ -22,17 +22,27 @@ bool isLetter(char c)
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
+/// What no header may carry back.
+bool isControl(char c)
+{
+    constexpr unsigned char firstPrintable = 0x20;
+    constexpr char deleteCharacter = 0x7F;
+    return static_cast<unsigned char>(c) < firstPrintable || c == deleteCharacter;
+}
+
 /// RFC 9110, section 5.6.2.
 bool isTokenCharacter(char c)
 {
     return isDigit(c) || isLetter(c) || QByteArrayView("!#$%&'*+-.^_`|~").contains(c);
 }
 
+/// Not by trimming, which would look at the whole rest of the field for each of its commas.
 bool startsWithNameAndEquals(QByteArrayView text)
 {
-    const QByteArrayView trimmed = text.trimmed();
-    const auto *const end = std::ranges::find_if_not(trimmed, isTokenCharacter);
-    return end != trimmed.begin() && end != trimmed.end() && *end == '=';
+    const auto isBlank = [](char c) { return QByteArrayView(" \t\n\v\f\r").contains(c); };
+    const auto *const begin = std::ranges::find_if_not(text, isBlank);
+    const auto *const end = std::find_if_not(begin, text.end(), isTokenCharacter);
+    return end != begin && end != text.end() && *end == '=';
 }
 
 QList<QByteArrayView> splitCookies(QByteArrayView field)
@@ -177,7 +187,8 @@ std::optional<Cookie> cookieOf(QByteArrayView text, const QUrl &url, Instant now
     if (equals < 0)
         return std::nullopt;
     const QByteArrayView name = pair.first(equals).trimmed();
-    if (name.isEmpty())
+    const QByteArrayView value = pair.sliced(equals + 1).trimmed();
+    if (name.isEmpty() || std::ranges::any_of(name, isControl) || std::ranges::any_of(value, isControl))
         return std::nullopt;
 
     QString domain;
@@ -190,20 +201,20 @@ std::optional<Cookie> cookieOf(QByteArrayView text, const QUrl &url, Instant now
         rest = end < 0 ? QByteArrayView() : rest.sliced(end + 1);
         const auto sign = attribute.indexOf('=');
         const QByteArrayView key = (sign < 0 ? attribute : attribute.first(sign)).trimmed();
-        const QByteArrayView value = sign < 0 ? QByteArrayView() : attribute.sliced(sign + 1).trimmed();
+        const QByteArrayView setting = sign < 0 ? QByteArrayView() : attribute.sliced(sign + 1).trimmed();
         // The last one of a kind counts, unless it cannot be read.
         if (key.compare("Domain", Qt::CaseInsensitive) == 0)
-            domain = QString::fromLatin1(value).toLower();
+            domain = QString::fromLatin1(setting).toLower();
         else if (key.compare("Max-Age", Qt::CaseInsensitive) == 0)
-            keepLatest(maxAge, afterMaxAge(value, now));
+            keepLatest(maxAge, afterMaxAge(setting, now));
         else if (key.compare("Expires", Qt::CaseInsensitive) == 0)
-            keepLatest(expires, cookieDate(value));
+            keepLatest(expires, cookieDate(setting));
     }
     if (!domainMatches(domain, url.host()))
         return std::nullopt;
     return Cookie{
         .name = QString::fromLatin1(name),
-        .value = QString::fromLatin1(pair.sliced(equals + 1).trimmed()),
+        .value = QString::fromLatin1(value),
         .expiresAt = maxAge ? maxAge : expires,
     };
 }

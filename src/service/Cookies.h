@@ -23,8 +23,8 @@ struct Cookie {
 
 /// The cookies that the Set-Cookie fields of an answer set for `url` (RFC 6265, section 5.2), in their order.
 /// Max-Age counts from `now` and wins over Expires; an Expires that cannot be read counts as none. A cookie
-/// for another domain than the url's is left out. Several cookies may stand in one field: a comma separates
-/// them where a name and "=" follow it.
+/// for another domain than the url's is left out, and so is one with a control character in its name or
+/// value. Several cookies may stand in one field: a comma separates them where a name and "=" follow it.
 std::vector<Cookie> cookiesOf(const QList<HttpHeader> &headers, const QUrl &url, Instant now);
 
 } // namespace orbitledge

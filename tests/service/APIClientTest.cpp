@@ -271,6 +271,7 @@ private Q_SLOTS:
         row("the first one has no value",
             "Set-Cookie: orbitledge_user_session=\r\nSet-Cookie: orbitledge_user_session=abc\r\n");
         row("for another domain", "Set-Cookie: orbitledge_user_session=abc; Domain=example.com\r\n");
+        row("a value that could not be sent back", "Set-Cookie: orbitledge_user_session=a\tb\r\n");
         row("malformed", "Set-Cookie: orbitledge_user_session\r\nSet-Cookie: ;;;=\r\n");
     }
     void shouldRefuseASignInWithoutTheCookie()

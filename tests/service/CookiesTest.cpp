@@ -2,6 +2,8 @@
 
 #include "support/TestMain.h"
 
+#include <QElapsedTimer>
+
 using namespace orbitledge;
 using namespace Qt::StringLiterals;
 
@@ -47,6 +49,12 @@ private Q_SLOTS:
         row("no equals sign", "a; Path=/", {});
         row("nothing", "", {});
         row("bytes beyond ASCII", "a=\xe4", one(u"a"_s, u"\u00e4"_s));
+        row("a tab in the value", "a=1\t2", {});
+        row("a tab around the value", "a=\t1\t", one(u"a"_s, u"1"_s));
+        row("a zero byte in the value", QByteArray("a=1\0002", 5), {});
+        row("a delete character in the value", "a=1\x7f", {});
+        row("a control character in the name", "a\x01=1", {});
+        row("a control character in an attribute", "a=1; Path=\x01", one(u"a"_s, u"1"_s));
         row("a path of another place", "a=1; Path=/elsewhere", one(u"a"_s, u"1"_s));
         row("the own domain", "a=1; Domain=api.example.com", one(u"a"_s, u"1"_s));
         row("the domain above", "a=1; domain=.Example.COM", one(u"a"_s, u"1"_s));
@@ -142,6 +150,16 @@ private Q_SLOTS:
         QList<QByteArray> fields(5000, ";=,=;,a,=;;Max-Age;Expires=;Domain=;=");
         fields.append("last=1" + QByteArray(5000, ';'));
         QCOMPARE(cookies(fields).back().name, u"last"_s);
+    }
+
+    void shouldTakeNoLongerForBlanksBehindCommas()
+    {
+        // Looking through all the blanks for each comma would take minutes.
+        const QByteArray field = "a=1" + QByteArray(300'000, ',') + QByteArray(300'000, ' ');
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(cookies({field}).size(), std::size_t{1});
+        QVERIFY(timer.elapsed() < 2000);
     }
 };
 
