@@ -465,9 +465,11 @@ void HttpLoop::run(const std::stop_token &stop)
 {
     Thread thread(m_multi.get());
     while (true) {
+        // Asked before the orders are taken: none comes after the stop, so that none is left behind.
+        const bool isLast = stop.stop_requested();
         for (Order &order : takeOrders())
             thread.start(std::move(order));
-        if (stop.stop_requested())
+        if (isLast)
             break;
         thread.perform();
         thread.sleep();
