@@ -139,6 +139,34 @@ private Q_SLOTS:
         QCOMPARE(server.connectionCount(), 0);
     }
 
+    void shouldRefuseANameThatIsNone_data()
+    {
+        QTest::addColumn<QByteArray>("method");
+        QTest::addColumn<QByteArray>("header");
+        QTest::newRow("a line break in the method") << "GET / HTTP/1.1\r\nX-Evil: 1"_ba << "X"_ba;
+        QTest::newRow("a blank in the method") << "GET /elsewhere"_ba << "X"_ba;
+        QTest::newRow("no method") << QByteArray() << "X"_ba;
+        QTest::newRow("a line break in a header's name") << "GET"_ba << "X: 1\r\nX-Evil"_ba;
+        QTest::newRow("a colon in a header's name") << "GET"_ba << "X:"_ba;
+        QTest::newRow("a blank in a header's name") << "GET"_ba << "X Y"_ba;
+        QTest::newRow("no name of a header") << "GET"_ba << QByteArray();
+    }
+    void shouldRefuseANameThatIsNone()
+    {
+        QFETCH(QByteArray, method);
+        QFETCH(QByteArray, header);
+        FaultServer server;
+        server.answerAll(FaultServer::whole(200, "{}"));
+        CurlHttpSession session("Agent/1");
+        HttpRequest request = get(server.url());
+        request.method = method;
+        request.headers = {{header, "1"}};
+        const Outcome outcome = QCoro::waitFor(session.send(request));
+        QVERIFY(!outcome);
+        QCOMPARE(outcome.error().kind, Kind::Other);
+        QCOMPARE(server.connectionCount(), 0);
+    }
+
     void shouldKeepAnAddressInOneLine()
     {
         FaultServer server;

@@ -68,12 +68,21 @@ bool isRedirect(long status)
     return std::ranges::find(statuses, status) != statuses.end();
 }
 
+/// RFC 9110, section 5.6.2: what a method and a header's name are made of.
+bool isToken(QByteArrayView text)
+{
+    const auto isTokenCharacter = [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')
+            || QByteArrayView("!#$%&'*+-.^_`|~").contains(c);
+    };
+    return !text.isEmpty() && std::ranges::all_of(text, isTokenCharacter);
+}
+
 /// A line break in a header would start another one.
 bool isSendable(const HttpHeader &header)
 {
     const auto isForbidden = [](char c) { return c == '\r' || c == '\n' || c == '\0'; };
-    return !header.name.isEmpty() && std::ranges::none_of(header.name, isForbidden)
-        && std::ranges::none_of(header.value, isForbidden);
+    return isToken(header.name) && std::ranges::none_of(header.value, isForbidden);
 }
 
 template <typename... Value> void setOption(CURL *easy, CURLoption option, Value... value)
@@ -191,6 +200,10 @@ private:
         if (m_request.body) {
             setOption(m_easy, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t{m_request.body->size()});
             setOption(m_easy, CURLOPT_POSTFIELDS, m_request.body->constData());
+        }
+        if (!isToken(m_request.method)) {
+            fail(Kind::Other);
+            return;
         }
         if (m_request.method == "HEAD")
             setOption(m_easy, CURLOPT_NOBODY, 1L);
