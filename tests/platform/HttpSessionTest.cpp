@@ -319,6 +319,9 @@ private Q_SLOTS:
         row("an unknown coding", FaultServer::whole(200, "{}", "Content-Encoding: br\r\n"), Kind::BadAnswer);
         row("two codings", FaultServer::whole(200, "{}", "Content-Encoding: gzip, gzip\r\n"),
             Kind::BadAnswer);
+        row("two codings in two lines",
+            FaultServer::whole(200, gzip(gzip("{}")), "Content-Encoding: gzip\r\nContent-Encoding: gzip\r\n"),
+            Kind::BadAnswer);
         row("interim answers without end", {FaultServer::SendForever{"HTTP/1.1 102 Processing\r\n\r\n"}},
             Kind::BadAnswer);
         row("trailers without end",

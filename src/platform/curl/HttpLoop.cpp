@@ -85,6 +85,17 @@ bool isSendable(const HttpHeader &header)
     return isToken(header.name) && std::ranges::none_of(header.value, isForbidden);
 }
 
+/// A field that stands in several lines is one list (RFC 9110, section 5.3).
+QByteArray combinedValue(const QList<HttpHeader> &headers, QByteArrayView name)
+{
+    QByteArrayList values;
+    for (const HttpHeader &header : headers) {
+        if (header.name.compare(name, Qt::CaseInsensitive) == 0)
+            values.append(header.value);
+    }
+    return values.join(", ");
+}
+
 template <typename... Value> void setOption(CURL *easy, CURLoption option, Value... value)
 {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg,hicpp-vararg): the library's only way
@@ -282,8 +293,7 @@ private:
         m_lastMovement = SteadyClock::now();
         if (!m_decoder) {
             m_decoder.emplace(m_options.largestBody);
-            if (auto failure
-                = m_decoder->setCoding(headerValue(m_headers, "Content-Encoding").value_or(QByteArray())))
+            if (auto failure = m_decoder->setCoding(combinedValue(m_headers, "Content-Encoding")))
                 return stop(failure->kind);
         }
         auto failure = m_decoder->add(piece);
