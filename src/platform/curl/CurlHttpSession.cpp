@@ -64,8 +64,7 @@ QCoro::Task<tl::expected<HttpResponse, TransportFailure>> exchange(std::shared_p
         Handover<HttpAttempt> result;
         HttpAttemptOptions options{
             .idleTimeout = std::min(configuration.requestTimeout, request.idleTimeout),
-            .totalTimeout
-            = std::chrono::duration_cast<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()),
+            .totalTimeout = std::chrono::ceil<std::chrono::milliseconds>(deadline.remainingTimeAsDuration()),
             .largestBody = configuration.largestBody,
             .userAgent = userAgent,
             .certificateAuthorities = configuration.certificateAuthorities,
