@@ -4,6 +4,7 @@
 #include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/RouteConnectivity.h"
+#include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/XdgDirectories.h"
 #include "platform/linux/keychain/DesktopKeychain.h"
@@ -87,6 +88,7 @@ Environment systemEnvironment(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    occupyStandardDescriptors();
     const std::vector<QByteArray> words(argv + std::min(argc, 1), argv + argc);
     return static_cast<int>(runCommandLine(words, systemEnvironment(argc, argv)));
 }

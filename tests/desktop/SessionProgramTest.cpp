@@ -291,6 +291,47 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(cacheFile()));
     }
 
+    void shouldNotTakeOtherFilesForStreamsThatAreClosed_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("errors");
+        const QByteArray notWritten = "orbitledge: The output could not be written\n";
+        QTest::newRow("no input to read a password from")
+            << u"sign-in a@b <&-"_s << 1
+            << "orbitledge: The password could not be read: Bad file descriptor\n"_ba;
+        QTest::newRow("no input") << u"refresh <&-"_s << 0 << QByteArray();
+        QTest::newRow("no output") << u"refresh >&-"_s << 1 << notWritten;
+        QTest::newRow("neither input nor output") << u"refresh <&- >&-"_s << 1 << notWritten;
+        QTest::newRow("nothing at all") << u"refresh <&- >&- 2>&-"_s << 1 << QByteArray();
+    }
+    void shouldNotTakeOtherFilesForStreamsThatAreClosed()
+    {
+        QFETCH(QString, command);
+        QFETCH(int, exitCode);
+        QFETCH(QByteArray, errors);
+        FaultServer server;
+        server.answerWith(answerTo);
+        m_service = server.url();
+        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        const QByteArray before = contentOf(cacheFile());
+        const qsizetype asked = server.requests().size();
+
+        QProcess shell;
+        QProcessEnvironment environment = m_lab->environment();
+        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
+        environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+        shell.setProcessEnvironment(environment);
+        shell.start(u"/bin/sh"_s, {u"-c"_s, u"exec \"$0\" "_s + command, QStringLiteral(ORBITLEDGE_PROGRAM)});
+        const Result result = finish(shell);
+        QCOMPARE(result.exitCode, exitCode);
+        QCOMPARE(result.errors, errors);
+        QCOMPARE(server.requests().size(), asked + (command.startsWith(u"sign-in") ? 0 : 2));
+        const auto withoutMoment
+            = [](QByteArray json) { return json.remove(0, json.indexOf(",\"profile\"")); };
+        QCOMPARE(withoutMoment(contentOf(cacheFile())), withoutMoment(before));
+    }
+
     void shouldLeaveNoTraceOfSecrets()
     {
         FaultServer server;
@@ -377,6 +418,28 @@ private Q_SLOTS:
         QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
         QVERIFY(!shown.contains(password));
         QVERIFY(server.requests().value(0).contains(password + '"'));
+    }
+
+    void shouldAskOnATerminalThatIsOpenForReadingOnly()
+    {
+        m_service = QUrl(u"http://127.0.0.1:9/"_s);
+        QProcess terminal;
+        QProcessEnvironment environment = m_lab->environment();
+        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
+        terminal.setProcessEnvironment(environment);
+        terminal.start(u"script"_s,
+            {u"-qec"_s, u"'%1' sign-in a@b </dev/tty"_s.arg(QStringLiteral(ORBITLEDGE_PROGRAM)),
+                u"/dev/null"_s});
+        QByteArray shown;
+        const auto shows = [&](const QByteArray &text) {
+            shown += terminal.readAll();
+            return shown.contains(text);
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(shows("Password for a@b: "), 20'000);
+        terminal.write(password + '\n');
+        QTRY_VERIFY_WITH_TIMEOUT(shows("Could not connect to the server."), 20'000);
+        QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
+        QVERIFY(!shown.contains(password));
     }
 
     void shouldGiveTheTerminalBackWhereItIsInterrupted()

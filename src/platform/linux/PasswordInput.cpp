@@ -102,7 +102,9 @@ tl::expected<QByteArray, QString> readAll(int descriptor, bool untilLineEnd)
         if (size < 0 && errno == EINTR && caughtSignal == 0)
             continue;
         if (size < 0)
-            return tl::make_unexpected(errno == EINTR ? u"No password was given"_s : systemError());
+            return tl::make_unexpected(errno == EINTR
+                    ? u"No password was given"_s
+                    : u"The password could not be read: "_s + systemError());
         if (size == 0)
             break;
         text.append(piece.data(), size);
@@ -125,7 +127,9 @@ tl::expected<QByteArray, QString> readPassword(int descriptor, const QByteArray 
     const SilentTerminal terminal(descriptor);
     if (!terminal.isSilent())
         return tl::make_unexpected(u"The terminal would show the password: "_s + systemError());
-    PosixFileStore::writeDescriptor(descriptor, prompt);
+    // A terminal may have been opened for reading only.
+    if (!PosixFileStore::writeDescriptor(descriptor, prompt))
+        PosixFileStore::writeDescriptor(STDERR_FILENO, prompt);
     return readAll(descriptor, true);
 }
 
