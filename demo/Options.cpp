@@ -121,7 +121,8 @@ Options:
   --help                  show this and end
   --version               show the version and end
 
-Adding an account, whose password (8 to 1000 characters) is read from standard input:
+Adding an account, whose password (8 to 1000 characters) is asked for on a terminal, or else is what comes
+from standard input:
 
     printf %s 'a long password' | orbitledge-demo-service --add-account ben@example.com
 

@@ -3,6 +3,7 @@
 #include <QtGlobal>
 
 #include <condition_variable>
+#include <csignal>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -49,6 +50,13 @@ public:
 private:
     void work()
     {
+        // What asks the program to end is for the thread that waits for it.
+        sigset_t ending;
+        sigemptyset(&ending);
+        sigaddset(&ending, SIGTERM);
+        sigaddset(&ending, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+
         std::unique_lock lock(m_mutex);
         for (;;) {
             m_changed.wait(lock, [this] { return m_isEnding || !m_jobs.empty(); });

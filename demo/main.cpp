@@ -1,7 +1,9 @@
 #include "BuildInfo.h"
 #include "demo/Options.h"
 #include "demo/Service.h"
+#include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
+#include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/XdgDirectories.h"
 
 #include <QCoreApplication>
@@ -44,9 +46,9 @@ QString defaultFolder()
 
 int addAccount(Service &service, const QString &email, const Options &options)
 {
-    const auto input = PosixFileStore::readDescriptor(STDIN_FILENO);
+    const auto input = readPassword(STDIN_FILENO, "Password for " + email.toUtf8() + ": ");
     if (!input)
-        return complain(u"The password could not be read from standard input"_s, failed);
+        return complain(input.error(), failed);
     QString password = QString::fromUtf8(*input);
     if (password.endsWith(u'\n'))
         password.chop(1);
@@ -63,8 +65,8 @@ int addAccount(Service &service, const QString &email, const Options &options)
     return 0;
 }
 
-/// A descriptor on which the signals that end a program arrive like data. Must be called before there are
-/// threads, which inherit that the signals are blocked.
+/// A descriptor on which the signals that end a program arrive like data, from now on: before, while nothing
+/// is served yet, they end it as they end any program. Only this thread takes them, the pools' do not.
 int endingSignals()
 {
     sigset_t signals;
@@ -75,7 +77,7 @@ int endingSignals()
     return ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
-int serve(const Options &options, int signalDescriptor)
+int serve(const Options &options)
 {
     auto service = Service::open(options);
     if (!service)
@@ -83,6 +85,7 @@ int serve(const Options &options, int signalDescriptor)
     if (options.addAccount)
         return addAccount(**service, *options.addAccount, options);
 
+    const int signalDescriptor = endingSignals();
     const auto port = (*service)->listen(options.port);
     if (!port)
         return complain(port.error(), failed);
@@ -100,9 +103,9 @@ int serve(const Options &options, int signalDescriptor)
 
 int main(int argc, char **argv)
 {
+    occupyStandardDescriptors();
     // Everything that this program writes is for its user alone.
     ::umask(S_IRWXG | S_IRWXO);
-    const int signalDescriptor = endingSignals();
     // The toolkit complains on standard error about locales that are not UTF-8; this program has no texts
     // that depend on one.
     qputenv("LC_ALL", "C.UTF-8");
@@ -126,7 +129,7 @@ int main(int argc, char **argv)
     if (sodium_init() < 0)
         return complain(u"The library that protects passwords cannot be used on this machine"_s, failed);
     try {
-        return serve(*options, signalDescriptor);
+        return serve(*options);
     } catch (const std::exception &failure) {
         return complain(u"The data cannot be used: "_s + QString::fromUtf8(failure.what()), failed);
     }

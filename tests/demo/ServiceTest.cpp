@@ -891,6 +891,46 @@ private Q_SLOTS:
         QVERIFY(http().signIn(u"eve@example.com"_s, u"with trailing blank"_s).isEmpty());
     }
 
+    void shouldAskForAPasswordWithoutShowingItAndGiveUpWhereItIsInterrupted()
+    {
+        const QTemporaryDir folder;
+        QProcess terminal;
+        QByteArray shown;
+        const auto shows = [&](const QByteArray &text) {
+            shown += terminal.readAll();
+            return shown.contains(text);
+        };
+        for (const QByteArray &typed : {"a long password\n"_ba, "half\x03"_ba}) {
+            shown.clear();
+            terminal.start(u"script"_s,
+                {u"-qec"_s,
+                    u"trap : INT; '%1' --data '%2' --add-account hal@example.com; echo \"status $?\""_s.arg(
+                        QStringLiteral(ORBITLEDGE_DEMO_SERVICE_PROGRAM), folder.filePath(u"demo"_s)),
+                    u"/dev/null"_s});
+            QTRY_VERIFY_WITH_TIMEOUT(shows("Password for hal@example.com: "), 20'000);
+            terminal.write(typed);
+            QTRY_VERIFY_WITH_TIMEOUT(shows(typed.endsWith('\n') ? "status 0" : "status 130"), 20'000);
+            QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
+            QVERIFY(!shown.contains(typed.chopped(1)));
+        }
+        DemoService service;
+        QVERIFY2(service.start(folder.filePath(u"demo"_s)), qPrintable(service.problem()));
+        QVERIFY(!HttpExchange(service.port()).signIn(u"hal@example.com"_s, u"a long password"_s).isEmpty());
+    }
+
+    void shouldNotTakeItsOwnFilesForInputThatIsClosed()
+    {
+        const QTemporaryDir folder;
+        QProcess shell;
+        shell.start(u"/bin/sh"_s,
+            {u"-c"_s, u"exec \"$0\" --data \"$1\" --add-account ina@example.com <&- >&-"_s,
+                QStringLiteral(ORBITLEDGE_DEMO_SERVICE_PROGRAM), folder.filePath(u"demo"_s)});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 1);
+        QCOMPARE(shell.readAllStandardError(),
+            "orbitledge-demo-service: The password could not be read: Bad file descriptor\n"_ba);
+    }
+
     void shouldKeepItsDataInTheUsersDataFolder()
     {
         const QString folder = qEnvironmentVariable("XDG_DATA_HOME") + u"/orbitledge-demo-service"_s;
