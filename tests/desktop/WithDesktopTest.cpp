@@ -84,6 +84,17 @@ private Q_SLOTS:
             QFile::Permissions());
     }
 
+    void shouldComeUpInAFolderOfAnyName()
+    {
+        const QTemporaryDir parent;
+        for (const QString &name : {u"two words"_s, u"\u00dcbung, 100% = a;b"_s}) {
+            const Outcome outcome = run({parent.filePath(name), u"dbus-send"_s, u"--session"_s,
+                u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
+                u"org.freedesktop.DBus.Peer.Ping"_s});
+            QVERIFY2(outcome.exitCode == 0, outcome.errors.constData());
+        }
+    }
+
     void shouldKeepTheKeyringForTheNextSession()
     {
         const QTemporaryDir dir;
