@@ -51,6 +51,14 @@ std::optional<Instant> Calendar::midnight(const LocalDate &date) const
     return m_timeZone.instantAt(days * millisecondsPerDay);
 }
 
+std::optional<Instant> Calendar::firstInstant(const LocalDate &date, std::chrono::minutes timeOfDay) const
+{
+    if (!midnight(date))
+        return std::nullopt;
+    return m_timeZone.firstInstantFrom(
+        date.daysSinceEpoch() * millisecondsPerDay + std::chrono::milliseconds(timeOfDay).count());
+}
+
 std::optional<DateInterval> Calendar::week(Instant instant) const
 {
     const qint64 days = floorDivide(m_timeZone.wallClock(instant), millisecondsPerDay);

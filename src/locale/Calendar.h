@@ -5,6 +5,7 @@
 #include "model/Instant.h"
 #include "model/LocalDate.h"
 
+#include <chrono>
 #include <optional>
 
 namespace orbitledge {
@@ -47,6 +48,11 @@ public:
     /// Midnight at the start of a day. Absent where the numbers name no day that exists, or one outside
     /// of the years that the calendar covers.
     [[nodiscard]] std::optional<Instant> midnight(const LocalDate &date) const;
+
+    /// When the wall clock first shows that time of that day, or the next time that exists where it was
+    /// skipped. Absent as `midnight` is.
+    [[nodiscard]] std::optional<Instant> firstInstant(
+        const LocalDate &date, std::chrono::minutes timeOfDay) const;
 
     /// The week, from the region's first weekday, and the month that contain an instant; each up to the
     /// first instant of the next one. Absent outside of the years that the calendar covers.

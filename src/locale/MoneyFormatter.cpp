@@ -8,7 +8,6 @@
 #include <unicode/numberformatter.h>
 
 #include <algorithm>
-#include <optional>
 
 namespace orbitledge {
 
@@ -26,8 +25,11 @@ bool isCurrencyCode(const QString &code)
 
 class MoneyFormatter::Private {
 public:
-    explicit Private(const Locale &locale)
+    Private(const Locale &locale, FractionDigits digits)
         : m_locale(locale.money.constData())
+        , m_precision(digits == FractionDigits::Two
+                  ? icu::number::Precision(icu::number::Precision::fixedFraction(2))
+                  : icu::number::Precision(icu::number::Precision::currency(UCURR_USAGE_STANDARD)))
     {
     }
 
@@ -53,16 +55,17 @@ private:
         const icu::CurrencyUnit unit(reinterpret_cast<const char16_t *>(code.utf16()), status);
         return icu::number::NumberFormatter::withLocale(m_locale)
             .unit(unit)
-            .precision(icu::number::Precision::fixedFraction(2))
+            .precision(m_precision)
             .roundingMode(UNUM_ROUND_HALFEVEN);
     }
 
     icu::Locale m_locale;
+    icu::number::Precision m_precision;
     QHash<QString, LocalizedNumberFormatter> m_formatters;
 };
 
-MoneyFormatter::MoneyFormatter(const Locale &locale)
-    : m_private(std::make_unique<Private>(locale))
+MoneyFormatter::MoneyFormatter(const Locale &locale, FractionDigits digits)
+    : m_private(std::make_unique<Private>(locale, digits))
 {
 }
 
@@ -72,9 +75,13 @@ MoneyFormatter::~MoneyFormatter() = default;
 
 QString MoneyFormatter::text(const Decimal &amount, const QString &currency)
 {
-    const QString code = currency.toUpper();
-    const auto formatted = m_private->format(amount, code);
-    return formatted ? *formatted : code + QLatin1Char(' ') + amount.toString();
+    const auto formatted = currencyText(amount, currency);
+    return formatted ? *formatted : currency.toUpper() + QLatin1Char(' ') + amount.toString();
+}
+
+std::optional<QString> MoneyFormatter::currencyText(const Decimal &amount, const QString &currency)
+{
+    return m_private->format(amount, currency.toUpper());
 }
 
 } // namespace orbitledge

@@ -219,10 +219,15 @@ Instant TimeZone::instantAt(qint64 wallClock) const
     return Instant::fromMillisecondsSinceEpoch(resolve(*m_rules, wallClock).instant);
 }
 
+Instant TimeZone::firstInstantFrom(qint64 wallClock) const
+{
+    const Resolution resolution = resolve(*m_rules, wallClock);
+    return Instant::fromMillisecondsSinceEpoch(resolution.gapEnd.value_or(resolution.instant));
+}
+
 Instant TimeZone::startOfDay(qint64 days) const
 {
-    const Resolution midnight = resolve(*m_rules, days * day);
-    return Instant::fromMillisecondsSinceEpoch(midnight.gapEnd.value_or(midnight.instant));
+    return firstInstantFrom(days * day);
 }
 
 } // namespace orbitledge

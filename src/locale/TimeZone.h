@@ -43,6 +43,10 @@ public:
     /// The instant at which the wall clock shows `wallClock`, in the same unit.
     [[nodiscard]] Instant instantAt(qint64 wallClock) const;
 
+    /// The first instant at which the wall clock shows `wallClock` or, where that was skipped, a later time:
+    /// the end of the gap. (What moves on by the length of the gap instead is `instantAt`.)
+    [[nodiscard]] Instant firstInstantFrom(qint64 wallClock) const;
+
     /// The first instant of the day that lies `days` after 1970-01-01.
     [[nodiscard]] Instant startOfDay(qint64 days) const;
 
