@@ -1,7 +1,7 @@
 #include "service/ResponseFailure.h"
 
+#include "platform/HttpStatusPhrase.h"
 #include "service/ErrorBody.h"
-#include "service/StatusPhrase.h"
 
 #include <charconv>
 

@@ -1,6 +1,6 @@
 #include "service/ResponseFailure.h"
 
-#include "service/StatusPhrase.h"
+#include "platform/HttpStatusPhrase.h"
 #include "support/TestMain.h"
 
 using namespace orbitledge;

@@ -1,4 +1,4 @@
-#include "service/StatusPhrase.h"
+#include "platform/HttpStatusPhrase.h"
 
 #include <algorithm>
 #include <array>
