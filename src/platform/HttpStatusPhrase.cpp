@@ -62,7 +62,7 @@ std::string_view phraseOfClass(int statusCode)
 
 } // namespace
 
-QString statusPhrase(int statusCode)
+QString httpStatusPhrase(int statusCode)
 {
     const auto *const found = std::ranges::find(phrases, statusCode, &Phrase::statusCode);
     const std::string_view text = found == phrases.end() ? phraseOfClass(statusCode) : found->text;

@@ -17,7 +17,7 @@ QString messageOf(const HttpResponse &response, int statusCode)
                 return *text;
         }
     }
-    return statusPhrase(statusCode);
+    return httpStatusPhrase(statusCode);
 }
 
 } // namespace

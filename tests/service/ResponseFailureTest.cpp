@@ -46,7 +46,7 @@ private Q_SLOTS:
                 continue;
             const QString message = failure(status, "")->errorDescription();
             QVERIFY2(!message.isEmpty(), QByteArray::number(status).constData());
-            QCOMPARE(message, statusPhrase(status));
+            QCOMPARE(message, httpStatusPhrase(status));
         }
     }
 
@@ -111,7 +111,7 @@ private Q_SLOTS:
     {
         QFETCH(int, status);
         QFETCH(QString, phrase);
-        QCOMPARE(statusPhrase(status), phrase);
+        QCOMPARE(httpStatusPhrase(status), phrase);
     }
 
     void shouldFindTheMessage_data()
