@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/UserDefaults.h"
+
+#include <QMap>
+
+namespace orbitledge::testing {
+
+/// Defaults in memory.
+class FakeUserDefaults final : public UserDefaults {
+public:
+    QMap<QString, Value> values;
+
+    [[nodiscard]] std::optional<Value> value(const QString &key) const override
+    {
+        const auto found = values.constFind(key);
+        return found == values.constEnd() ? std::nullopt : std::optional(*found);
+    }
+    void setValue(const QString &key, const Value &value) override { values[key] = value; }
+    void remove(const QString &key) override { values.remove(key); }
+};
+
+} // namespace orbitledge::testing
