@@ -4,6 +4,7 @@
 #include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/RouteConnectivity.h"
+#include "platform/linux/SettingsFile.h"
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/XdgDirectories.h"
@@ -69,6 +70,13 @@ Environment systemEnvironment(int argc, char **argv)
         .files = std::make_shared<PosixFileStore>(),
         .cacheFile = SnapshotCache::defaultLocation(XdgDirectories(variable)),
         .variable = variable,
+        .userDefaults =
+            [variable] {
+                const XdgDirectories directories(variable);
+                return std::make_shared<const SettingsFile>(
+                    directories.configuration().value_or(directories.temporary()) / build::applicationId
+                    / "settings.json");
+            },
         .readStandardInput = [] { return PosixFileStore::readDescriptor(STDIN_FILENO); },
         .readPassword
         = [](const QString &prompt) { return readPassword(STDIN_FILENO, prompt.toLocal8Bit()); },

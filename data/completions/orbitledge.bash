@@ -4,17 +4,17 @@ _orbitledge() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline sign-out --help --version' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline reminders sign-out --help --version' -- "$word")
         return
     fi
     if [[ ${COMP_WORDS[1]} =~ ^(sign-in|refresh|sign-out)$ ]]; then
         mapfile -t COMPREPLY < <(compgen -W '--help' -- "$word")
         return
     fi
-    [[ ${COMP_WORDS[1]} == timeline ]] || return
+    [[ ${COMP_WORDS[1]} =~ ^(timeline|reminders)$ ]] || return
 
     case $previous in
-    --snapshot)
+    --snapshot | --ledger)
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         ;;
@@ -29,8 +29,13 @@ _orbitledge() {
         ;;
     --now)
         ;;
+    --lead-days)
+        mapfile -t COMPREPLY < <(compgen -W '0 1 2 3 5 7 14' -- "$word")
+        ;;
     *)
-        mapfile -t COMPREPLY < <(compgen -W '--snapshot --currency --now --time-zone --locale --json --help' -- "$word")
+        local options='--snapshot --currency --now --time-zone --locale --json --help'
+        [[ ${COMP_WORDS[1]} == reminders ]] && options+=' --lead-days --ledger'
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         ;;
     esac
 }

@@ -2,6 +2,7 @@
 
 #include "BuildInfo.h"
 #include "cli/HelpTexts.h"
+#include "cli/RemindersCommand.h"
 #include "cli/SessionCommands.h"
 #include "cli/TimelineCommand.h"
 
@@ -19,6 +20,8 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
     const auto rest = words.subspan(1);
     if (command == "timeline")
         return runTimeline(rest, environment);
+    if (command == "reminders")
+        return runReminders(rest, environment);
     if (command == "sign-in")
         return runSignIn(rest, environment);
     if (command == "refresh")

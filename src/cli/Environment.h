@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/FileStore.h"
+#include "platform/UserDefaults.h"
 #include "service/APIClientProtocol.h"
 
 #include <QByteArray>
@@ -26,6 +27,8 @@ struct Environment {
     /// The person's own cache file.
     std::filesystem::path cacheFile;
     std::function<QByteArray(const char *name)> variable;
+    /// The person's own settings; looking at them writes nothing.
+    std::function<std::shared_ptr<const UserDefaults>()> userDefaults;
     std::function<tl::expected<QByteArray, FileError>()> readStandardInput;
     /// From the terminal without echo, with this text before it, or all of standard input where that is no
     /// terminal; the line's end included. On failure a reason for people.

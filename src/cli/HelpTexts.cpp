@@ -11,6 +11,7 @@ Commands:
   sign-in      sign in to your account, and fetch its subscriptions
   refresh      fetch your subscriptions anew
   timeline     print the totals, this week, and the coming renewals
+  reminders    print which reminders are planned
   sign-out     sign out, and remove what was fetched
 
 Options:
@@ -39,6 +40,33 @@ Options:
 Colours are used on a terminal only, and not where NO_COLOR is set or TERM is
 dumb.
 Exit status: 0 on success, 1 where the data cannot be read, 2 where an argument
+is wrong.
+)");
+}
+
+QString remindersHelp()
+{
+    return QStringLiteral(R"(Usage: orbitledge reminders [OPTION]...
+Prints which reminders are planned for the data saved last, and when.
+Nothing is changed, and nothing is sent anywhere.
+
+Options:
+  --snapshot FILE   read FILE instead of the saved data; "-" is standard input
+  --lead-days N     remind N days before a renewal, 0 to 14 (default: your
+                    setting)
+  --ledger FILE     a JSON array of the keys of reminders that were shown
+                    already (default: your own)
+  --currency CODE   tell amounts in this currency (default: your profile's)
+  --now INSTANT     as if it were then, for instance 2026-03-18T09:30:00Z
+  --time-zone ZONE  as if you were there, for instance Europe/Berlin
+  --locale LOCALE   with that region's texts, for instance de_CH
+  --json            print one JSON object, for programs
+  -h, --help        print this help
+
+Environment:
+  ORBITLEDGE_WEB_URL  the web application, whose pages reminders open
+
+Exit status: 0 on success, 1 where something cannot be read, 2 where an argument
 is wrong.
 )");
 }

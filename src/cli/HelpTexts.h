@@ -7,6 +7,7 @@ namespace orbitledge {
 /// The answers to `orbitledge --help` and `orbitledge COMMAND --help`.
 QString generalHelp();
 QString timelineHelp();
+QString remindersHelp();
 QString signInHelp();
 QString refreshHelp();
 QString signOutHelp();

@@ -15,6 +15,8 @@ public:
 
     /// For data that should be kept.
     [[nodiscard]] virtual std::optional<std::filesystem::path> data() const = 0;
+    /// For what people choose.
+    [[nodiscard]] virtual std::optional<std::filesystem::path> configuration() const = 0;
     /// For what need not outlive a restart of the machine; there is always one.
     [[nodiscard]] virtual std::filesystem::path temporary() const = 0;
 };

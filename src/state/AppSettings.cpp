@@ -66,8 +66,7 @@ AppSettings::AppSettings(std::shared_ptr<UserDefaults> defaults, QObject *parent
     if (const auto seconds = m_defaults->read<qint64>(refreshIntervalKey))
         m_refreshInterval = refreshIntervalFromSeconds(*seconds).value_or(m_refreshInterval);
     m_notificationsEnabled = m_defaults->read<bool>(notificationsEnabledKey).value_or(m_notificationsEnabled);
-    if (const auto days = m_defaults->read<qint64>(notificationLeadDaysKey))
-        m_notificationLeadDays = std::clamp(*days, fewestLeadDays, mostLeadDays);
+    m_notificationLeadDays = storedLeadDays(*m_defaults);
     m_showMenuBadge = m_defaults->read<bool>(showMenuBadgeKey).value_or(m_showMenuBadge);
     m_appearance = appearanceFrom(m_defaults->read<QString>(appearanceKey));
     m_lastUpdateCheck = m_defaults->read<Instant>(lastUpdateCheckKey);
@@ -75,6 +74,13 @@ AppSettings::AppSettings(std::shared_ptr<UserDefaults> defaults, QObject *parent
     // What is there with another type goes.
     storeUpdateCheck();
     storeDismissedVersion();
+}
+
+qint64 AppSettings::storedLeadDays(const UserDefaults &defaults)
+{
+    constexpr qint64 usualLeadDays = 3;
+    return std::clamp(
+        defaults.read<qint64>(notificationLeadDaysKey).value_or(usualLeadDays), fewestLeadDays, mostLeadDays);
 }
 
 void AppSettings::setRefreshInterval(RefreshInterval interval)

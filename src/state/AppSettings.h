@@ -54,6 +54,9 @@ public:
     /// Taken as 0 where it is less, as 14 where it is more.
     void setNotificationLeadDays(qint64 days);
 
+    /// What is stored, for those who only look.
+    static qint64 storedLeadDays(const UserDefaults &defaults);
+
     [[nodiscard]] bool showMenuBadge() const { return m_showMenuBadge; }
     void setShowMenuBadge(bool show);
 
@@ -77,7 +80,7 @@ private:
     std::shared_ptr<UserDefaults> m_defaults;
     RefreshInterval m_refreshInterval = RefreshInterval::FifteenMinutes;
     bool m_notificationsEnabled = false;
-    qint64 m_notificationLeadDays = 3;
+    qint64 m_notificationLeadDays = 0;
     bool m_showMenuBadge = true;
     Appearance m_appearance = Appearance::System;
     std::optional<Instant> m_lastUpdateCheck;

@@ -3,6 +3,7 @@
 #include "cli/CommandLine.h"
 #include "support/FakeAPIClient.h"
 #include "support/FakeFileStore.h"
+#include "support/FakeUserDefaults.h"
 #include "support/StoppedClock.h"
 
 #include <QHash>
@@ -16,6 +17,7 @@ struct CommandHarness {
         = std::make_shared<StoppedClock>(*Instant::fromText("2026-03-18T09:00:00Z"));
     std::shared_ptr<FakeFileStore> files = std::make_shared<FakeFileStore>();
     std::shared_ptr<FakeAPIClient> client = std::make_shared<FakeAPIClient>();
+    std::shared_ptr<FakeUserDefaults> defaults = std::make_shared<FakeUserDefaults>();
     QHash<QByteArray, QByteArray> variables{{"LANG", "en_US.UTF-8"}};
     /// What is typed, or piped in; a reason where that fails.
     tl::expected<QByteArray, QString> password = QByteArray();
@@ -33,6 +35,7 @@ struct CommandHarness {
         .files = files,
         .cacheFile = cacheFile,
         .variable = [this](const char *name) { return variables.value(name); },
+        .userDefaults = [this] { return defaults; },
         .readStandardInput = [] { return tl::expected<QByteArray, FileError>(QByteArray()); },
         .readPassword =
             [this](const QString &prompt) {

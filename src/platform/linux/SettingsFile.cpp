@@ -9,6 +9,7 @@
 #include <QTimeZone>
 
 #include <cmath>
+#include <utility>
 
 namespace orbitledge {
 
@@ -139,10 +140,9 @@ void preparePrivateFile(const QString &path)
 } // namespace
 
 SettingsFile::SettingsFile(const std::filesystem::path &path)
+    : m_path(QString::fromStdString(path.string()))
+    , m_settings(std::make_unique<QSettings>(m_path, fileFormat()))
 {
-    const QString name = QString::fromStdString(path.string());
-    preparePrivateFile(name);
-    m_settings = std::make_unique<QSettings>(name, fileFormat());
 }
 
 SettingsFile::~SettingsFile() = default;
@@ -154,12 +154,22 @@ std::optional<UserDefaults::Value> SettingsFile::value(const QString &key) const
 
 void SettingsFile::setValue(const QString &key, const Value &value)
 {
+    prepareForWriting();
     m_settings->setValue(key, toVariant(value));
 }
 
 void SettingsFile::remove(const QString &key)
 {
+    if (!m_settings->contains(key))
+        return;
+    prepareForWriting();
     m_settings->remove(key);
+}
+
+void SettingsFile::prepareForWriting()
+{
+    if (!std::exchange(m_isPrepared, true))
+        preparePrivateFile(m_path);
 }
 
 bool SettingsFile::synchronise()

@@ -15,6 +15,7 @@ namespace orbitledge {
 /// of this form counts as not there.
 class SettingsFile final : public UserDefaults {
 public:
+    /// Creates nothing before there is something to keep.
     explicit SettingsFile(const std::filesystem::path &path);
     /// Writes what is not yet written.
     ~SettingsFile() override;
@@ -27,6 +28,10 @@ public:
     bool synchronise();
 
 private:
+    void prepareForWriting();
+
+    QString m_path;
+    bool m_isPrepared = false;
     std::unique_ptr<QSettings> m_settings;
 };
 

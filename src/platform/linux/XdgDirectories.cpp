@@ -36,14 +36,25 @@ std::optional<std::filesystem::path> XdgDirectories::home() const
     return path;
 }
 
-std::optional<std::filesystem::path> XdgDirectories::data() const
+std::optional<std::filesystem::path> XdgDirectories::place(
+    const char *variable, const std::filesystem::path &belowHome) const
 {
-    if (auto fromVariable = absolutePath("XDG_DATA_HOME"))
+    if (auto fromVariable = absolutePath(variable))
         return fromVariable;
     const auto folder = home();
     if (!folder)
         return std::nullopt;
-    return *folder / ".local" / "share";
+    return *folder / belowHome;
+}
+
+std::optional<std::filesystem::path> XdgDirectories::data() const
+{
+    return place("XDG_DATA_HOME", std::filesystem::path(".local") / "share");
+}
+
+std::optional<std::filesystem::path> XdgDirectories::configuration() const
+{
+    return place("XDG_CONFIG_HOME", ".config");
 }
 
 std::filesystem::path XdgDirectories::temporary() const

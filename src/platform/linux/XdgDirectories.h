@@ -15,11 +15,15 @@ public:
     explicit XdgDirectories(std::function<QByteArray(const char *)> variable);
 
     [[nodiscard]] std::optional<std::filesystem::path> data() const override;
+    [[nodiscard]] std::optional<std::filesystem::path> configuration() const override;
     [[nodiscard]] std::filesystem::path temporary() const override;
 
 private:
     [[nodiscard]] std::optional<std::filesystem::path> absolutePath(const char *name) const;
     [[nodiscard]] std::optional<std::filesystem::path> home() const;
+    /// The variable's, or what the specification says where it is not set.
+    [[nodiscard]] std::optional<std::filesystem::path> place(
+        const char *variable, const std::filesystem::path &belowHome) const;
 
     std::function<QByteArray(const char *)> m_variable;
 };
