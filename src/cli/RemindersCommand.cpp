@@ -52,11 +52,13 @@ tl::expected<RemindersArguments, QString> parse(std::span<const QByteArray> word
     return arguments;
 }
 
-tl::expected<QSet<QString>, QString> ledgerFrom(
-    const std::filesystem::path &path, const Environment &environment)
+tl::expected<QSet<QString>, QString> ledgerOf(const std::optional<std::filesystem::path> &path,
+    const UserDefaults &defaults, const Environment &environment)
 {
-    const QString name = QString::fromStdString(path.string());
-    const auto content = environment.files->read(path);
+    if (!path)
+        return readDeliveredLedger(defaults);
+    const QString name = QString::fromStdString(path->string());
+    const auto content = environment.files->read(*path);
     if (!content)
         return tl::make_unexpected(name + u": "_s + content.error().errorDescription);
     const QJsonDocument document = QJsonDocument::fromJson(*content);
@@ -172,14 +174,12 @@ ExitCode runReminders(std::span<const QByteArray> words, const Environment &envi
         return fail(snapshot.error());
 
     const std::shared_ptr<const UserDefaults> defaults = environment.userDefaults();
-    const auto ledger = arguments->ledger
-        ? ledgerFrom(*arguments->ledger, environment)
-        : tl::expected<QSet<QString>, QString>(readDeliveredLedger(*defaults));
+    const auto ledger = ledgerOf(arguments->ledger, *defaults, environment);
     if (!ledger)
         return fail(ledger.error());
     const View view = viewOf(arguments->view, *snapshot, environment);
     const ReminderSettings settings{
-        .leadDays = arguments->leadDays ? *arguments->leadDays : AppSettings::storedLeadDays(*defaults),
+        .leadDays = arguments->leadDays.value_or(AppSettings::storedLeadDays(*defaults)),
         .currency = view.currency,
         .webURL = addresses->web,
     };
