@@ -47,6 +47,7 @@ public:
         , m_calendar(calendar)
         , m_today(calendar.startOfDay(now))
         , m_money(calendar.locale(), FractionDigits::OfCurrency)
+        , m_hasPages(editPage({}).isValid())
     {
     }
 
@@ -59,10 +60,21 @@ public:
         }
         m_result.ledger.intersect(m_currentKeys);
         keepWithinBudget();
+        // Texts are made for those alone that are kept.
+        for (const Candidate &candidate : m_candidates)
+            m_result.plans.append(planOf(candidate));
         return std::move(m_result);
     }
 
 private:
+    /// A reminder before its texts.
+    struct Candidate {
+        const Subscription *subscription = nullptr;
+        QString key;
+        QString when;
+        RenewalNotificationDelivery delivery = RenewalNotificationDelivery::immediate();
+    };
+
     void consider(const Subscription &subscription)
     {
         const LocalDate &date = subscription.nextBillingDate;
@@ -73,10 +85,7 @@ private:
             = uuidText(subscription.id) + u'.' + date.text() + u'.' + QString::number(m_leadDays);
         m_currentKeys.insert(key);
         const auto day = reminderDay(date, *renewal);
-        if (!day)
-            return;
-        const QUrl page = editPage(subscription.id);
-        if (!page.isValid())
+        if (!day || !m_hasPages)
             return;
 
         auto delivery = RenewalNotificationDelivery::immediate();
@@ -87,14 +96,19 @@ private:
         } else {
             m_result.ledger.insert(key);
         }
-        m_result.plans.append(RenewalNotificationPlan{
-            .key = key,
-            .identifier = renewalIdentifierPrefix.toString() + key,
-            .title = subscription.name + u" renews soon"_s,
-            .body = body(subscription, day->when),
-            .destinationURL = page,
-            .delivery = delivery,
-        });
+        m_candidates.push_back({&subscription, key, day->when, delivery});
+    }
+
+    RenewalNotificationPlan planOf(const Candidate &candidate)
+    {
+        return {
+            .key = candidate.key,
+            .identifier = renewalIdentifierPrefix.toString() + candidate.key,
+            .title = candidate.subscription->name + u" renews soon"_s,
+            .body = body(*candidate.subscription, candidate.when),
+            .destinationURL = editPage(candidate.subscription->id),
+            .delivery = candidate.delivery,
+        };
     }
 
     std::optional<ReminderDay> reminderDay(const LocalDate &date, Instant renewal)
@@ -127,27 +141,28 @@ private:
 
     void keepWithinBudget()
     {
-        QList<RenewalNotificationPlan> &plans = m_result.plans;
-        if (plans.size() <= mostReminders)
+        constexpr auto budget = static_cast<std::size_t>(mostReminders);
+        if (m_candidates.size() <= budget)
             return;
         // Immediate ones first, then by their instants; in the order of the list where these are equal.
-        std::vector<qsizetype> ranked(static_cast<std::size_t>(plans.size()));
+        std::vector<std::size_t> ranked(m_candidates.size());
         std::iota(ranked.begin(), ranked.end(), 0);
+        const auto kept = ranked.begin() + mostReminders;
         std::ranges::stable_sort(
-            ranked, {}, [&plans](qsizetype index) { return plans[index].delivery.instant(); });
-        std::ranges::sort(ranked.begin(), ranked.begin() + mostReminders);
+            ranked, {}, [this](std::size_t index) { return m_candidates[index].delivery.instant(); });
+        std::ranges::sort(ranked.begin(), kept);
 
-        m_result.skippedOverBudget = plans.size() - mostReminders;
-        for (auto dropped = ranked.begin() + mostReminders; dropped != ranked.end(); ++dropped) {
+        m_result.skippedOverBudget = static_cast<qint64>(m_candidates.size() - budget);
+        for (auto dropped = kept; dropped != ranked.end(); ++dropped) {
             // Otherwise it would count as shown.
-            if (plans[*dropped].delivery.isImmediate())
-                m_result.ledger.remove(plans[*dropped].key);
+            if (m_candidates[*dropped].delivery.isImmediate())
+                m_result.ledger.remove(m_candidates[*dropped].key);
         }
-        QList<RenewalNotificationPlan> kept;
-        kept.reserve(mostReminders);
-        for (auto index = ranked.begin(); index != ranked.begin() + mostReminders; ++index)
-            kept.append(std::move(plans[*index]));
-        plans = std::move(kept);
+        std::vector<Candidate> remaining;
+        remaining.reserve(budget);
+        for (auto index = ranked.begin(); index != kept; ++index)
+            remaining.push_back(std::move(m_candidates[*index]));
+        m_candidates = std::move(remaining);
     }
 
     const ReminderSettings &m_settings;
@@ -156,6 +171,9 @@ private:
     const Calendar &m_calendar;
     Instant m_today;
     MoneyFormatter m_money;
+    /// Whether the web application's address is one; what follows it always fits.
+    bool m_hasPages;
+    std::vector<Candidate> m_candidates;
     QHash<qint64, std::optional<ReminderDay>> m_days;
     QSet<QString> m_currentKeys;
     RenewalNotificationPlanning m_result;
