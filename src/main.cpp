@@ -36,15 +36,16 @@ int terminalColumns()
     return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-std::shared_ptr<APIClientProtocol> makeClient(const QUrl &baseURL)
+ServiceAccess makeService(const QUrl &baseURL)
 {
     const QString applicationId = QString::fromLatin1(build::applicationId);
     auto session = std::make_shared<CurlHttpSession>(QByteArray("Orbitledge/") + build::version,
         HttpSessionConfiguration{}, std::make_shared<RouteConnectivity>());
     auto credentials = std::make_shared<SessionCredentialStore>(
         std::make_shared<DesktopKeychain>(), applicationId, u"session"_s, u"Orbitledge session"_s);
-    return std::make_shared<APIClient>(
-        baseURL, std::move(session), std::move(credentials), std::make_shared<SystemClock>());
+    auto client = std::make_shared<APIClient>(
+        baseURL, std::move(session), credentials, std::make_shared<SystemClock>());
+    return {std::move(client), std::move(credentials)};
 }
 
 tl::expected<ExitCode, QString> withService(int argc, char **argv, const ServiceCommand &command)
@@ -56,7 +57,7 @@ tl::expected<ExitCode, QString> withService(int argc, char **argv, const Service
     // them back.
     QLoggingCategory::setFilterRules(u"*=false"_s);
     const QCoreApplication application(argc, argv);
-    return QCoro::waitFor(command(makeClient(addresses->api)));
+    return QCoro::waitFor(command(makeService(addresses->api)));
 }
 
 Environment systemEnvironment(int argc, char **argv)

@@ -4,6 +4,7 @@
 #include "platform/FileStore.h"
 #include "platform/UserDefaults.h"
 #include "service/APIClientProtocol.h"
+#include "service/SessionCredentialStoring.h"
 
 #include <QByteArray>
 
@@ -17,8 +18,14 @@ namespace orbitledge {
 /// What a command ends with.
 enum class ExitCode { Success = 0, Failure = 1, Usage = 2 };
 
+/// The service, and what is kept of a session with it.
+struct ServiceAccess {
+    std::shared_ptr<APIClientProtocol> client;
+    std::shared_ptr<SessionCredentialStoring> credentials;
+};
+
 /// The part of a command that talks to the service.
-using ServiceCommand = std::function<QCoro::Task<ExitCode>(std::shared_ptr<APIClientProtocol>)>;
+using ServiceCommand = std::function<QCoro::Task<ExitCode>(ServiceAccess)>;
 
 /// Everything of the machine that a command uses, handed in so that commands can be tried without one.
 struct Environment {

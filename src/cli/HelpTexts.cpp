@@ -119,8 +119,8 @@ Options:
 Environment:
   ORBITLEDGE_API_URL  the service, instead of the one that was built in
 
-Exit status: 0 on success, 1 where what was fetched cannot be removed, 2 where
-an argument is wrong.
+Exit status: 0 on success, 1 where something cannot be removed, 2 where an
+argument is wrong.
 )");
 }
 

@@ -108,8 +108,17 @@ QCoro::Task<ExitCode> save(const Environment &environment, AccountData data, QSt
     co_return finish(environment, writeText(environment, success + u' ' + what + u" fetched.\n"_s));
 }
 
-QCoro::Task<ExitCode> signIn(
-    const Environment &environment, std::shared_ptr<APIClientProtocol> client, QString email)
+/// What was saved for another account must not be shown for this one, also where nothing can be fetched for
+/// it.
+QCoro::Task<void> removeDataOfAnother(const Environment &environment, QUuid account)
+{
+    SnapshotCache cache(environment.cacheFile, environment.files);
+    const auto saved = co_await cache.load();
+    if (saved && saved->profile.id != account)
+        (void)co_await cache.clear();
+}
+
+QCoro::Task<ExitCode> signIn(const Environment &environment, ServiceAccess service, QString email)
 {
     // Blocks, while there is nothing else that could go on.
     auto password = askPassword(environment, email);
@@ -117,10 +126,11 @@ QCoro::Task<ExitCode> signIn(
         reportError(environment, password.error());
         co_return ExitCode::Failure;
     }
-    auto profile = co_await client->signIn(email, *std::move(password));
+    auto profile = co_await service.client->signIn(email, *std::move(password));
     if (!profile)
         co_return fail(environment, profile.error());
-    auto subscriptions = co_await client->fetchSubscriptions();
+    co_await removeDataOfAnother(environment, profile->id);
+    auto subscriptions = co_await service.client->fetchSubscriptions();
     if (!subscriptions)
         co_return fail(environment, subscriptions.error());
     AccountData data{*std::move(profile), *std::move(subscriptions)};
@@ -128,29 +138,36 @@ QCoro::Task<ExitCode> signIn(
     co_return co_await save(environment, std::move(data), std::move(success));
 }
 
-QCoro::Task<ExitCode> refresh(const Environment &environment, std::shared_ptr<APIClientProtocol> client)
+QCoro::Task<ExitCode> refresh(const Environment &environment, ServiceAccess service)
 {
-    const bool hasSession = co_await client->hasValidSession();
+    const bool hasSession = co_await service.client->hasValidSession();
     if (!hasSession) {
         reportError(environment, u"You are not signed in."_s);
         co_return ExitCode::Failure;
     }
-    auto data = co_await fetchAccountData(client);
+    auto data = co_await fetchAccountData(service.client);
     if (!data)
         co_return fail(environment, data.error());
     QString success = u"Up to date."_s;
     co_return co_await save(environment, *std::move(data), std::move(success));
 }
 
-QCoro::Task<ExitCode> signOut(const Environment &environment, std::shared_ptr<APIClientProtocol> client)
+QCoro::Task<ExitCode> signOut(const Environment &environment, ServiceAccess service)
 {
-    co_await client->signOut();
+    co_await service.client->signOut();
     SnapshotCache cache(environment.cacheFile, environment.files);
     const auto cleared = co_await cache.clear();
     if (!cleared) {
         reportError(environment,
             QString::fromStdString(environment.cacheFile.string()) + u": "_s
                 + cleared.error().errorDescription);
+        co_return ExitCode::Failure;
+    }
+    // Signing out has asked the person where that was needed, and tells nothing of how it ended.
+    const auto forgotten = co_await service.credentials->clear(KeychainPrompt::Forbidden);
+    if (!forgotten) {
+        reportError(
+            environment, u"The session could not be removed: "_s + forgotten.error().errorDescription());
         co_return ExitCode::Failure;
     }
     co_return finish(environment, writeText(environment, u"Signed out.\n"_s));
@@ -173,9 +190,8 @@ ExitCode runSignIn(std::span<const QByteArray> words, const Environment &environ
     if (!email)
         return usageError(environment, command, u"the e-mail address is not in your locale's encoding"_s);
 
-    return runWithService(environment, [&](std::shared_ptr<APIClientProtocol> client) {
-        return signIn(environment, std::move(client), *email);
-    });
+    return runWithService(
+        environment, [&](ServiceAccess service) { return signIn(environment, std::move(service), *email); });
 }
 
 ExitCode runRefresh(std::span<const QByteArray> words, const Environment &environment)
@@ -183,8 +199,8 @@ ExitCode runRefresh(std::span<const QByteArray> words, const Environment &enviro
     ExitCode end{};
     if (!operandsOf(words, 0, "refresh"_L1, refreshHelp, environment, end))
         return end;
-    return runWithService(environment,
-        [&](std::shared_ptr<APIClientProtocol> client) { return refresh(environment, std::move(client)); });
+    return runWithService(
+        environment, [&](ServiceAccess service) { return refresh(environment, std::move(service)); });
 }
 
 ExitCode runSignOut(std::span<const QByteArray> words, const Environment &environment)
@@ -192,8 +208,8 @@ ExitCode runSignOut(std::span<const QByteArray> words, const Environment &enviro
     ExitCode end{};
     if (!operandsOf(words, 0, "sign-out"_L1, signOutHelp, environment, end))
         return end;
-    return runWithService(environment,
-        [&](std::shared_ptr<APIClientProtocol> client) { return signOut(environment, std::move(client)); });
+    return runWithService(
+        environment, [&](ServiceAccess service) { return signOut(environment, std::move(service)); });
 }
 
 } // namespace orbitledge

@@ -195,6 +195,33 @@ private Q_SLOTS:
         QVERIFY(!m_harness->files->exists(m_harness->cacheFile));
     }
 
+    void shouldSayThatTheSessionIsStillThere()
+    {
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile, "anything"));
+        m_harness->keychain->failure = KeychainStatus::InteractionNotAllowed;
+        QCOMPARE(m_harness->run({"sign-out"}), ExitCode::Failure);
+        QCOMPARE(m_harness->output, ""_ba);
+        QCOMPARE(m_harness->errors,
+            "orbitledge: The session could not be removed: Keychain error: The keyring is locked.\n"_ba);
+        // The rest is gone all the same, and nobody was asked twice.
+        QVERIFY(!m_harness->files->exists(m_harness->cacheFile));
+        QVERIFY(m_harness->keychain->removals == QList{KeychainPrompt::Forbidden});
+    }
+
+    void shouldNotShowTheDataOfAnotherAccount()
+    {
+        CacheSnapshot another = sampleSnapshot(5);
+        another.profile.id = QUuid(u"{00000000-0000-4000-8000-000000000001}"_s);
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile, encodeCacheSnapshot(another)));
+        m_harness->client->subscriptions = tl::make_unexpected(APIError(APIError::Transport{u"Gone."_s}));
+        QCOMPARE(m_harness->run({"sign-in", "a@b"}), ExitCode::Failure);
+        QVERIFY(!m_harness->files->exists(m_harness->cacheFile));
+        // Those of the same account are better than none.
+        QVERIFY(m_harness->files->replace(m_harness->cacheFile, encodeCacheSnapshot(sampleSnapshot(5))));
+        QCOMPARE(m_harness->run({"sign-in", "a@b"}), ExitCode::Failure);
+        QVERIFY(saved() == sampleSnapshot(5));
+    }
+
     void shouldTellWhyThereIsNoService()
     {
         m_harness->noService = u"ORBITLEDGE_API_URL must begin with https://"_s;

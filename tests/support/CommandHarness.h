@@ -1,8 +1,10 @@
 #pragma once
 
 #include "cli/CommandLine.h"
+#include "service/SessionCredentialStore.h"
 #include "support/FakeAPIClient.h"
 #include "support/FakeFileStore.h"
+#include "support/FakeKeychain.h"
 #include "support/FakeUserDefaults.h"
 #include "support/StoppedClock.h"
 
@@ -17,6 +19,9 @@ struct CommandHarness {
         = std::make_shared<StoppedClock>(*Instant::fromText("2026-03-18T09:00:00Z"));
     std::shared_ptr<FakeFileStore> files = std::make_shared<FakeFileStore>();
     std::shared_ptr<FakeAPIClient> client = std::make_shared<FakeAPIClient>();
+    std::shared_ptr<FakeKeychain> keychain = std::make_shared<FakeKeychain>();
+    std::shared_ptr<SessionCredentialStore> credentials = std::make_shared<SessionCredentialStore>(keychain,
+        QStringLiteral("app.example"), QStringLiteral("session"), QStringLiteral("Example session"));
     std::shared_ptr<FakeUserDefaults> defaults = std::make_shared<FakeUserDefaults>();
     QHash<QByteArray, QByteArray> variables{{"LANG", "en_US.UTF-8"}};
     /// What is typed, or piped in; a reason where that fails.
@@ -45,7 +50,7 @@ struct CommandHarness {
         .withService = [this](const ServiceCommand &command) -> tl::expected<ExitCode, QString> {
             if (noService)
                 return tl::make_unexpected(*noService);
-            return QCoro::waitFor(command(client));
+            return QCoro::waitFor(command({client, credentials}));
         },
         .writeOutput =
             [this](const QByteArray &bytes) {
