@@ -337,24 +337,20 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll(answer);
         for (const HttpRequest &request : {get(server.url()), post(server.url(), "{}")}) {
-            double longestStretch = 0;
-            // What the code does to the thread it does each time; what a busy machine does, it does not.
-            for (int attempt = 0; attempt == 0 || (attempt < 3 && longestStretch >= 50); ++attempt) {
+            const double stretch = longestStretch([&] {
                 const qsizetype before = server.requests().size();
                 CurlHttpSession session("Agent/1", impatient());
-                const StretchWatch watch;
                 QElapsedTimer timer;
                 timer.start();
                 const Outcome outcome = QCoro::waitFor(session.send(request));
                 QVERIFY(!outcome);
                 QCOMPARE(outcome.error().kind, kind);
-                QVERIFY(timer.elapsed() < 1500 + 700);
+                // Twice the limit in all; a busy machine is late.
+                QVERIFY(timer.elapsed() < 3000);
                 // Once, whatever the method: what was asked may have been done.
                 QCOMPARE(server.requests().size(), before + 1);
-                QVERIFY(watch.count() > 0);
-                longestStretch = watch.longestMilliseconds();
-            }
-            QVERIFY2(longestStretch < 50, QByteArray::number(longestStretch).constData());
+            });
+            QVERIFY2(stretch < 50, QByteArray::number(stretch).constData());
         }
     }
 
@@ -380,11 +376,12 @@ private Q_SLOTS:
         server.answerAll({Send{"HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\n"},
             FaultServer::SendForever{gzip(QByteArray(16 << 20, '\0'))}});
         CurlHttpSession session("Agent/1");
-        const StretchWatch watch;
-        const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
-        QVERIFY(!outcome);
-        QCOMPARE(outcome.error().kind, Kind::TooLarge);
-        QVERIFY(watch.longestMilliseconds() < 50);
+        const double stretch = longestStretch([&] {
+            const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
+            QVERIFY(!outcome);
+            QCOMPARE(outcome.error().kind, Kind::TooLarge);
+        });
+        QVERIFY2(stretch < 50, QByteArray::number(stretch).constData());
     }
 
     void shouldTakeAnAnswerOfExactlyTheLargestSize()

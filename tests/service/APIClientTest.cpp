@@ -568,12 +568,12 @@ private Q_SLOTS:
         storeCredential();
         m_server->answerAll(
             answer.empty() ? FaultServer::whole(302, "", "Location: /subscriptions\r\n") : answer);
-        const StretchWatch watch;
-        const auto list = QCoro::waitFor(m_client->fetchSubscriptions());
-        QVERIFY(!list);
-        QVERIFY2(list.error() == APIError(APIError::Transport{message}), qUtf8Printable(describe(list)));
-        QVERIFY2(
-            watch.longestMilliseconds() < 50, QByteArray::number(watch.longestMilliseconds()).constData());
+        const double stretch = longestStretch([&] {
+            const auto list = QCoro::waitFor(m_client->fetchSubscriptions());
+            QVERIFY(!list);
+            QVERIFY2(list.error() == APIError(APIError::Transport{message}), qUtf8Printable(describe(list)));
+        });
+        QVERIFY2(stretch < 50, QByteArray::number(stretch).constData());
         QVERIFY(stored() == credential);
     }
 
@@ -659,12 +659,12 @@ private Q_SLOTS:
     {
         storeCredential();
         m_server->answerAll(FaultServer::whole(200, listJson(20'000)));
-        const StretchWatch watch;
-        const auto list = QCoro::waitFor(m_client->fetchSubscriptions());
-        QVERIFY(list);
-        QCOMPARE(list->size(), 20'000);
-        QVERIFY2(
-            watch.longestMilliseconds() < 50, QByteArray::number(watch.longestMilliseconds()).constData());
+        const double stretch = longestStretch([&] {
+            const auto list = QCoro::waitFor(m_client->fetchSubscriptions());
+            QVERIFY(list);
+            QCOMPARE(list->size(), 20'000);
+        });
+        QVERIFY2(stretch < 50, QByteArray::number(stretch).constData());
     }
 };
 
