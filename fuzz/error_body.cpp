@@ -1,9 +1,9 @@
 #include "JsonGrammar.h"
 #include "Require.h"
 #include "model/json/JsonWriter.h"
+#include "platform/HttpStatusPhrase.h"
 #include "service/ErrorBody.h"
 #include "service/ResponseFailure.h"
-#include "service/StatusPhrase.h"
 
 using namespace orbitledge;
 
@@ -35,7 +35,7 @@ QString expectedMessage(const Decoded<ErrorBody> &body)
                 return *text;
         }
     }
-    return statusPhrase(404);
+    return httpStatusPhrase(404);
 }
 
 } // namespace
