@@ -37,19 +37,22 @@ QByteArray globalsOf(qint64 process)
     QByteArray globals;
     if (!maps.open(QIODevice::ReadOnly))
         return globals;
-    bool isBehindProgram = false;
+    // Up to where the program's own parts reach; what is nameless behind a gap is somebody else's.
+    quint64 programEnd = 0;
     for (const QByteArray &line : maps.readAll().split('\n')) {
         const QList<QByteArray> columns = line.simplified().split(' ');
         if (columns.size() < 5)
             continue;
+        const QList<QByteArray> range = columns[0].split('-');
+        const quint64 start = range[0].toULongLong(nullptr, 16);
+        const quint64 end = range[1].toULongLong(nullptr, 16);
         const bool isProgram = columns.size() > 5 && columns[5].endsWith("/orbitledge");
         const bool isNameless = columns.size() == 5;
-        if (columns[1].startsWith("rw") && (isProgram || (isNameless && isBehindProgram))) {
-            const QList<QByteArray> range = columns[0].split('-');
-            globals
-                += memoryOf(process, range[0].toULongLong(nullptr, 16), range[1].toULongLong(nullptr, 16));
-        }
-        isBehindProgram = isProgram || (isNameless && isBehindProgram);
+        if (!isProgram && !(isNameless && start == programEnd))
+            continue;
+        programEnd = end;
+        if (columns[1].startsWith("rw"))
+            globals += memoryOf(process, start, end);
     }
     return globals;
 }
