@@ -21,7 +21,7 @@ public:
 private:
     [[nodiscard]] std::optional<std::filesystem::path> absolutePath(const char *name) const;
     [[nodiscard]] std::optional<std::filesystem::path> home() const;
-    /// The variable's, or what the specification says where it is not set.
+    /// The variable's, or the usual place below the home folder where that is not set.
     [[nodiscard]] std::optional<std::filesystem::path> place(
         const char *variable, const std::filesystem::path &belowHome) const;
 
