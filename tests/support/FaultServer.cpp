@@ -222,7 +222,7 @@ void FaultServer::answerWith(std::function<Answer(const QByteArray &)> decide)
 QList<QByteArray> FaultServer::requests() const
 {
     const std::scoped_lock lock(m_mutex);
-    return m_requests;
+    return {m_requests.begin(), m_requests.end()};
 }
 
 int FaultServer::connectionCount() const
@@ -284,7 +284,7 @@ void FaultServer::serve(Connection &connection)
 std::optional<FaultServer::Answer> FaultServer::takeAnswer(const QByteArray &request)
 {
     const std::scoped_lock lock(m_mutex);
-    m_requests.append(request);
+    m_requests.push_back(request);
     if (!m_next.empty()) {
         Answer answer = std::move(m_next.front());
         m_next.pop_front();

@@ -95,7 +95,8 @@ private:
     int m_listener = -1;
     int m_port = 0;
     mutable std::mutex m_mutex;
-    QList<QByteArray> m_requests;
+    // Not a list that shares its memory with the copies that are handed out.
+    std::vector<QByteArray> m_requests;
     int m_connectionCount = 0;
     std::list<Answer> m_next;
     Answer m_all;
