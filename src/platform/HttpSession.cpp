@@ -13,6 +13,13 @@ std::optional<QByteArray> headerValue(const QList<HttpHeader> &headers, QByteArr
     return found == headers.end() ? std::nullopt : std::optional(found->value);
 }
 
+bool HttpResponse::isSuccess() const
+{
+    constexpr int first = 200;
+    constexpr int last = 299;
+    return statusCode >= first && statusCode <= last;
+}
+
 QString TransportFailure::errorDescription() const
 {
     switch (kind) {

@@ -39,6 +39,9 @@ struct HttpResponse {
     QList<HttpHeader> headers;
     /// Decompressed. There is room for 64 bytes behind its end, which parsers want.
     QByteArray body;
+
+    /// A status from 200 to 299 (RFC 9110, section 15.3).
+    [[nodiscard]] bool isSuccess() const;
 };
 
 /// Why there is no answer. It tells nothing of what was sent.

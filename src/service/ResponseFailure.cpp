@@ -42,17 +42,15 @@ std::optional<double> retryAfterSeconds(QByteArrayView header)
 
 std::optional<APIError> failureOf(const HttpResponse &response)
 {
-    constexpr int firstSuccess = 200;
-    constexpr int lastSuccess = 299;
     constexpr int unauthorized = 401;
     constexpr int forbidden = 403;
     constexpr int tooManyRequests = 429;
 
     if (!response.statusCode)
         return APIError::InvalidResponse{};
-    const int status = *response.statusCode;
-    if (status >= firstSuccess && status <= lastSuccess)
+    if (response.isSuccess())
         return std::nullopt;
+    const int status = *response.statusCode;
 
     QString message = messageOf(response, status);
     switch (status) {

@@ -36,11 +36,8 @@ QCoro::Task<Outcome> fetch(
     auto response = co_await session->send(std::move(request));
     if (!response)
         co_return failed(response.error().errorDescription());
-    constexpr int firstSuccess = 200;
-    constexpr int lastSuccess = 299;
-    const int status = response->statusCode.value_or(0);
-    if (status < firstSuccess || status > lastSuccess)
-        co_return failed(httpStatusPhrase(status));
+    if (!response->isSuccess())
+        co_return failed(httpStatusPhrase(response->statusCode.value_or(0)));
 
     auto work
         = [json = std::move(response->body)]() mutable { return decodeReleaseManifest(std::move(json)); };
