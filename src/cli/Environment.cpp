@@ -62,6 +62,12 @@ void reportError(const Environment &environment, const QString &reason)
     environment.writeError(encoded(line, environment.encoding));
 }
 
+ExitCode failure(const Environment &environment, const QString &reason)
+{
+    reportError(environment, reason);
+    return ExitCode::Failure;
+}
+
 std::optional<QString> decodedText(const Environment &environment, const QByteArray &bytes)
 {
     const auto utf8 = isUtf8(environment.encoding) ? std::optional(bytes)
@@ -84,8 +90,7 @@ ExitCode finish(const Environment &environment, bool written)
 {
     if (written)
         return ExitCode::Success;
-    reportError(environment, u"The output could not be written"_s);
-    return ExitCode::Failure;
+    return failure(environment, u"The output could not be written"_s);
 }
 
 } // namespace orbitledge

@@ -57,6 +57,9 @@ struct Environment {
 /// reason.
 void reportError(const Environment &environment, const QString &reason);
 
+/// The end of a command that failed, whose reason is reported.
+ExitCode failure(const Environment &environment, const QString &reason);
+
 /// Text of the terminal or of an argument, which come in the encoding of the locale. Absent where it is none.
 std::optional<QString> decodedText(const Environment &environment, const QByteArray &bytes);
 

@@ -162,21 +162,17 @@ ExitCode runReminders(std::span<const QByteArray> words, const Environment &envi
     if (arguments->view.help)
         return finish(environment, writeText(environment, remindersHelp()));
 
-    const auto fail = [&environment](const QString &reason) {
-        reportError(environment, reason);
-        return ExitCode::Failure;
-    };
     const auto addresses = ServiceAddresses::fromEnvironment(environment.variable);
     if (!addresses)
-        return fail(addresses.error());
+        return failure(environment, addresses.error());
     const auto snapshot = loadSnapshot(arguments->view, environment);
     if (!snapshot)
-        return fail(snapshot.error());
+        return failure(environment, snapshot.error());
 
     const std::shared_ptr<const UserDefaults> defaults = environment.userDefaults();
     const auto ledger = ledgerOf(arguments->ledger, *defaults, environment);
     if (!ledger)
-        return fail(ledger.error());
+        return failure(environment, ledger.error());
     const View view = viewOf(arguments->view, *snapshot, environment);
     const ReminderSettings settings{
         .leadDays = arguments->leadDays.value_or(AppSettings::storedLeadDays(*defaults)),

@@ -46,17 +46,20 @@ ExitCode fail(const Environment &environment, const APIError &error)
 {
     const QString description = error.errorDescription();
     const bool isSilent = description.isEmpty() && error.is<APIError::Unauthorized>();
-    reportError(environment, isSilent ? u"Your session expired. Please sign in again."_s : description);
-    return ExitCode::Failure;
+    return failure(environment, isSilent ? u"Your session expired. Please sign in again."_s : description);
+}
+
+/// What was saved could not be changed.
+ExitCode fail(const Environment &environment, const FileError &error)
+{
+    return failure(environment,
+        QString::fromStdString(environment.cacheFile.string()) + u": "_s + error.errorDescription);
 }
 
 ExitCode runWithService(const Environment &environment, const ServiceCommand &command)
 {
     const auto result = environment.withService(command);
-    if (result)
-        return *result;
-    reportError(environment, result.error());
-    return ExitCode::Failure;
+    return result ? *result : failure(environment, result.error());
 }
 
 /// Nothing but the line's end that the terminal, or echo, put there.
@@ -98,12 +101,8 @@ QCoro::Task<ExitCode> save(const Environment &environment, AccountData data, QSt
         .fetchedAt = environment.clock->now(),
     };
     const auto saved = co_await cache.save(std::move(snapshot));
-    if (!saved) {
-        reportError(environment,
-            QString::fromStdString(environment.cacheFile.string()) + u": "_s
-                + saved.error().errorDescription);
-        co_return ExitCode::Failure;
-    }
+    if (!saved)
+        co_return fail(environment, saved.error());
     const QString what = count == 1 ? u"1 subscription"_s : u"%1 subscriptions"_s.arg(count);
     co_return finish(environment, writeText(environment, success + u' ' + what + u" fetched.\n"_s));
 }
@@ -122,10 +121,8 @@ QCoro::Task<ExitCode> signIn(const Environment &environment, ServiceAccess servi
 {
     // Blocks, while there is nothing else that could go on.
     auto password = askPassword(environment, email);
-    if (!password) {
-        reportError(environment, password.error());
-        co_return ExitCode::Failure;
-    }
+    if (!password)
+        co_return failure(environment, password.error());
     auto profile = co_await service.client->signIn(email, *std::move(password));
     if (!profile)
         co_return fail(environment, profile.error());
@@ -141,10 +138,8 @@ QCoro::Task<ExitCode> signIn(const Environment &environment, ServiceAccess servi
 QCoro::Task<ExitCode> refresh(const Environment &environment, ServiceAccess service)
 {
     const bool hasSession = co_await service.client->hasValidSession();
-    if (!hasSession) {
-        reportError(environment, u"You are not signed in."_s);
-        co_return ExitCode::Failure;
-    }
+    if (!hasSession)
+        co_return failure(environment, u"You are not signed in."_s);
     auto data = co_await fetchAccountData(service.client);
     if (!data)
         co_return fail(environment, data.error());
@@ -157,18 +152,13 @@ QCoro::Task<ExitCode> signOut(const Environment &environment, ServiceAccess serv
     co_await service.client->signOut();
     SnapshotCache cache(environment.cacheFile, environment.files);
     const auto cleared = co_await cache.clear();
-    if (!cleared) {
-        reportError(environment,
-            QString::fromStdString(environment.cacheFile.string()) + u": "_s
-                + cleared.error().errorDescription);
-        co_return ExitCode::Failure;
-    }
+    if (!cleared)
+        co_return fail(environment, cleared.error());
     // Signing out has asked the person where that was needed, and tells nothing of how it ended.
     const auto forgotten = co_await service.credentials->clear(KeychainPrompt::Forbidden);
     if (!forgotten) {
-        reportError(
-            environment, u"The session could not be removed: "_s + forgotten.error().errorDescription());
-        co_return ExitCode::Failure;
+        const QString reason = forgotten.error().errorDescription();
+        co_return failure(environment, u"The session could not be removed: "_s + reason);
     }
     co_return finish(environment, writeText(environment, u"Signed out.\n"_s));
 }

@@ -21,10 +21,8 @@ ExitCode runTimeline(std::span<const QByteArray> words, const Environment &envir
         return finish(environment, writeText(environment, timelineHelp()));
 
     const auto snapshot = loadSnapshot(*arguments, environment);
-    if (!snapshot) {
-        reportError(environment, snapshot.error());
-        return ExitCode::Failure;
-    }
+    if (!snapshot)
+        return failure(environment, snapshot.error());
     const View view = viewOf(*arguments, *snapshot, environment);
     const TimelineSnapshot timeline
         = buildTimeline(snapshot->subscriptions, view.currency, view.now, view.calendar);
