@@ -1,8 +1,7 @@
 #include "updates/AvailableUpdate.h"
 
 #include "updates/Version.h"
-
-#include <algorithm>
+#include "updates/WholeNumber.h"
 
 namespace orbitledge {
 
@@ -18,11 +17,8 @@ struct BuildNumber {
     {
         if (left.isNegative != right.isNegative)
             return left.isNegative;
-        const BuildNumber &smaller = left.isNegative ? right : left;
-        const BuildNumber &larger = left.isNegative ? left : right;
-        if (smaller.digits.size() != larger.digits.size())
-            return smaller.digits.size() < larger.digits.size();
-        return smaller.digits < larger.digits;
+        const auto bySize = compareDigits(left.digits, right.digits);
+        return left.isNegative ? bySize > 0 : bySize < 0;
     }
 };
 
@@ -33,11 +29,10 @@ std::optional<BuildNumber> buildNumber(const QString &text)
     const bool isNegative = rest.startsWith(u'-');
     if (hasSign)
         rest = rest.sliced(1);
-    if (rest.isEmpty() || !std::ranges::all_of(rest, [](QChar c) { return c >= u'0' && c <= u'9'; }))
+    const auto digits = wholeNumberDigits(rest);
+    if (!digits)
         return std::nullopt;
-    while (rest.size() > 1 && rest.front() == u'0')
-        rest = rest.sliced(1);
-    return BuildNumber{isNegative && rest != u"0", rest.toString()};
+    return BuildNumber{isNegative && *digits != u"0", digits->toString()};
 }
 
 bool isNewer(const ReleaseManifest &manifest, const RunningRelease &running)

@@ -1,8 +1,9 @@
 #include "updates/Version.h"
 
+#include "updates/WholeNumber.h"
+
 #include <algorithm>
 #include <limits>
-#include <optional>
 
 namespace orbitledge {
 
@@ -30,34 +31,15 @@ qint64 leadingNumber(QStringView text)
     return value;
 }
 
-/// The digits of a whole number without the zeros before it, which compare by length and then one by one
-/// whatever their size. Absent where it is none.
-std::optional<QStringView> digitsOf(QStringView text)
-{
-    if (text.isEmpty() || !std::ranges::all_of(text, isDigit))
-        return std::nullopt;
-    while (text.size() > 1 && text.front() == u'0')
-        text = text.sliced(1);
-    return text;
-}
-
-std::weak_ordering compareTexts(QStringView left, QStringView right)
-{
-    return left.compare(right, Qt::CaseSensitive) <=> 0;
-}
-
 std::weak_ordering compareIdentifiers(QStringView left, QStringView right)
 {
-    const auto leftDigits = digitsOf(left);
-    const auto rightDigits = digitsOf(right);
-    if (leftDigits && rightDigits) {
-        if (const auto bySize = leftDigits->size() <=> rightDigits->size(); bySize != 0)
-            return bySize;
-        return compareTexts(*leftDigits, *rightDigits);
-    }
+    const auto leftDigits = wholeNumberDigits(left);
+    const auto rightDigits = wholeNumberDigits(right);
+    if (leftDigits && rightDigits)
+        return compareDigits(*leftDigits, *rightDigits);
     if (leftDigits || rightDigits)
         return leftDigits ? std::weak_ordering::less : std::weak_ordering::greater;
-    return compareTexts(left, right);
+    return left.compare(right) <=> 0;
 }
 
 } // namespace
