@@ -63,6 +63,29 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+/// A shell on a terminal of its own, and what has appeared there.
+class TerminalProgram {
+public:
+    TerminalProgram(const QProcessEnvironment &environment, const QString &command)
+    {
+        m_process.setProcessEnvironment(environment);
+        m_process.start(u"script"_s, {u"-qec"_s, command, u"/dev/null"_s});
+    }
+
+    void type(const QByteArray &keys) { m_process.write(keys); }
+    bool shows(const QByteArray &text) { return shown().contains(text); }
+    const QByteArray &shown()
+    {
+        m_shown += m_process.readAll();
+        return m_shown;
+    }
+    [[nodiscard]] bool hasEnded() const { return m_process.state() == QProcess::NotRunning; }
+
+private:
+    QProcess m_process;
+    QByteArray m_shown;
+};
+
 } // namespace
 
 /// The program in a session with a real keyring, with a real service and a real browser beside it.
@@ -79,12 +102,19 @@ private:
     std::optional<DesktopLab> m_lab;
     QUrl m_service;
 
+    /// The session's, with the service that the test is about.
+    [[nodiscard]] QProcessEnvironment serviceEnvironment() const
+    {
+        QProcessEnvironment environment = m_lab->environment();
+        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
+        return environment;
+    }
+
     [[nodiscard]] std::unique_ptr<QProcess> start(const QStringList &arguments, const QByteArray &input = {},
         const QString &locale = u"C.UTF-8"_s) const
     {
         auto process = std::make_unique<QProcess>();
-        QProcessEnvironment environment = m_lab->environment();
-        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
+        QProcessEnvironment environment = serviceEnvironment();
         environment.insert(u"LC_ALL"_s, locale);
         process->setProcessEnvironment(environment);
         process->start(QStringLiteral(ORBITLEDGE_PROGRAM), arguments);
@@ -402,70 +432,41 @@ private Q_SLOTS:
         FaultServer server;
         server.answerWith(answerTo);
         m_service = server.url();
-        QProcess terminal;
-        QProcessEnvironment environment = m_lab->environment();
-        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
-        terminal.setProcessEnvironment(environment);
-        terminal.start(u"script"_s,
-            {u"-qec"_s, u"'%1' sign-in a@b; stty -a"_s.arg(QStringLiteral(ORBITLEDGE_PROGRAM)),
-                u"/dev/null"_s});
-        QByteArray shown;
-        const auto shows = [&](const QByteArray &text) {
-            shown += terminal.readAll();
-            return shown.contains(text);
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(shows("Password for a@b: "), 20'000);
-        terminal.write(password + '\n');
-        QTRY_VERIFY_WITH_TIMEOUT(shows("Signed in as a@b."), 20'000);
-        QTRY_VERIFY_WITH_TIMEOUT(shows(" echo "), 20'000); // again
-        QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
-        QVERIFY(!shown.contains(password));
+        TerminalProgram terminal(
+            serviceEnvironment(), u"'%1' sign-in a@b; stty -a"_s.arg(QStringLiteral(ORBITLEDGE_PROGRAM)));
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Password for a@b: "), 20'000);
+        terminal.type(password + '\n');
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Signed in as a@b."), 20'000);
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows(" echo "), 20'000); // again
+        QTRY_VERIFY(terminal.hasEnded());
+        QVERIFY(!terminal.shown().contains(password));
         QVERIFY(server.requests().value(0).contains(password + '"'));
     }
 
     void shouldAskOnATerminalThatIsOpenForReadingOnly()
     {
         m_service = QUrl(u"http://127.0.0.1:9/"_s);
-        QProcess terminal;
-        QProcessEnvironment environment = m_lab->environment();
-        environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.toString());
-        terminal.setProcessEnvironment(environment);
-        terminal.start(u"script"_s,
-            {u"-qec"_s, u"'%1' sign-in a@b </dev/tty"_s.arg(QStringLiteral(ORBITLEDGE_PROGRAM)),
-                u"/dev/null"_s});
-        QByteArray shown;
-        const auto shows = [&](const QByteArray &text) {
-            shown += terminal.readAll();
-            return shown.contains(text);
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(shows("Password for a@b: "), 20'000);
-        terminal.write(password + '\n');
-        QTRY_VERIFY_WITH_TIMEOUT(shows("Could not connect to the server."), 20'000);
-        QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
-        QVERIFY(!shown.contains(password));
+        TerminalProgram terminal(
+            serviceEnvironment(), u"'%1' sign-in a@b </dev/tty"_s.arg(QStringLiteral(ORBITLEDGE_PROGRAM)));
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Password for a@b: "), 20'000);
+        terminal.type(password + '\n');
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Could not connect to the server."), 20'000);
+        QTRY_VERIFY(terminal.hasEnded());
+        QVERIFY(!terminal.shown().contains(password));
     }
 
     void shouldGiveTheTerminalBackWhereItIsInterrupted()
     {
         m_service = QUrl(u"http://127.0.0.1:9/"_s);
-        QProcess terminal;
-        terminal.setProcessEnvironment(m_lab->environment());
-        terminal.start(u"script"_s,
-            {u"-qec"_s,
-                u"trap : INT; ORBITLEDGE_API_URL=http://127.0.0.1:9/ '%1' sign-in a@b; echo \"status $?\"; stty -a"_s
-                    .arg(QStringLiteral(ORBITLEDGE_PROGRAM)),
-                u"/dev/null"_s});
-        QByteArray shown;
-        const auto shows = [&](const QByteArray &text) {
-            shown += terminal.readAll();
-            return shown.contains(text);
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(shows("Password for a@b: "), 20'000);
-        terminal.write("half\x03");
-        QTRY_VERIFY_WITH_TIMEOUT(shows("status 130"), 20'000);
-        QTRY_VERIFY_WITH_TIMEOUT(shows(" echo "), 20'000);
-        QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
-        QVERIFY(!shown.contains("half"));
+        TerminalProgram terminal(serviceEnvironment(),
+            u"trap : INT; '%1' sign-in a@b; echo \"status $?\"; stty -a"_s.arg(
+                QStringLiteral(ORBITLEDGE_PROGRAM)));
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Password for a@b: "), 20'000);
+        terminal.type("half\x03");
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("status 130"), 20'000);
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.shows(" echo "), 20'000);
+        QTRY_VERIFY(terminal.hasEnded());
+        QVERIFY(!terminal.shown().contains("half"));
     }
 };
 
