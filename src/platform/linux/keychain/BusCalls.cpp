@@ -1,6 +1,6 @@
 #include "platform/linux/keychain/BusCalls.h"
 
-#include "platform/linux/keychain/OneShot.h"
+#include "platform/OneShot.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusConnection>

@@ -1,9 +1,10 @@
 #include "platform/linux/keychain/DesktopKeychain.h"
 
+#include "platform/OneShot.h"
 #include "platform/SerialQueue.h"
+#include "platform/Turns.h"
 #include "platform/linux/keychain/BusCalls.h"
 #include "platform/linux/keychain/KWallet.h"
-#include "platform/linux/keychain/OneShot.h"
 #include "platform/linux/keychain/SecretService.h"
 
 #include <QAbstractEventDispatcher>
@@ -14,9 +15,7 @@
 #include <QThread>
 #include <qt6keychain/keychain.h>
 
-#include <deque>
 #include <type_traits>
-#include <variant>
 
 namespace orbitledge {
 
@@ -118,40 +117,13 @@ struct DesktopKeychain::State {
 
     using Secret = tl::expected<QByteArray, KeychainStatus>;
 
-    /// The right to be the operation that runs; given on to the next when it ends.
-    class Turn {
-    public:
-        explicit Turn(State &state)
-            : m_state(state)
-        {
-            m_state.isBusy = true;
-        }
-        Turn(const Turn &) = delete;
-        Turn &operator=(const Turn &) = delete;
-        ~Turn()
-        {
-            m_state.isBusy = !m_state.waiting.empty();
-            if (!m_state.isBusy)
-                return;
-            m_state.waiting.front()->settle({});
-            m_state.waiting.pop_front();
-        }
-
-    private:
-        State &m_state;
-    };
-
     /// Runs `operation`, a member of State that returns a task, when it is its turn.
     template <typename Operation>
     static std::invoke_result_t<Operation, State &> inTurn(std::shared_ptr<State> state, Operation operation)
     {
-        if (state->isBusy) {
-            OneShot<std::monostate> turn;
-            state->waiting.push_back(&turn);
-            co_await turn.settled();
-        }
-        const Turn turn(*state);
-        co_return co_await operation(*state);
+        auto turns = state->turns;
+        return Turns::take(std::move(turns),
+            [state = std::move(state), operation = std::move(operation)] { return operation(*state); });
     }
 
     /// Finds the keyring of this desktop and waits for it. The daemon's name, or an empty one for the Secret
@@ -188,8 +160,7 @@ struct DesktopKeychain::State {
     QCoro::Task<KeychainStatus> prepareSecretLibrary(std::shared_ptr<BusCalls> calls);
 
     KeychainPatience patience;
-    bool isBusy = false;
-    std::deque<OneShot<std::monostate> *> waiting;
+    std::shared_ptr<Turns> turns = std::make_shared<Turns>();
 
     Desktop desktop;
     bool hasWaitedInVain = false;

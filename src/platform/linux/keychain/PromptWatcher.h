@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Keychain.h"
-#include "platform/linux/keychain/OneShot.h"
+#include "platform/OneShot.h"
 
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
