@@ -94,6 +94,18 @@ struct NotificationError {
     friend bool operator==(const NotificationError &, const NotificationError &) = default;
 };
 
+/// How it ended to show what is due while the program does not run.
+enum class NotificationDelivery {
+    /// Everything that was due was shown.
+    Done,
+    /// Another process is in charge, and delivers.
+    Elsewhere,
+    /// Nobody shows notifications.
+    NoDisplay,
+    /// What waits to be shown cannot be read, or its place not be used.
+    Unreadable,
+};
+
 /// Shows notifications when their time has come. Requests outlive the program: what came due while it did not
 /// run is shown when it runs again, unless its last day is over. Nothing blocks.
 ///

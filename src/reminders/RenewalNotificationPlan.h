@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/Instant.h"
+#include "model/LocalDate.h"
 
 #include <QString>
 #include <QUrl>
@@ -46,6 +47,8 @@ struct RenewalNotificationPlan {
     /// The page to open when the reminder is clicked.
     QUrl destinationURL;
     RenewalNotificationDelivery delivery = RenewalNotificationDelivery::immediate();
+    /// The day that it announces.
+    LocalDate renewalDate;
 
     friend bool operator==(const RenewalNotificationPlan &, const RenewalNotificationPlan &) = default;
 };

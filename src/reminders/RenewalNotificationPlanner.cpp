@@ -108,6 +108,7 @@ private:
             .body = body(*candidate.subscription, candidate.when),
             .destinationURL = editPage(candidate.subscription->id),
             .delivery = candidate.delivery,
+            .renewalDate = candidate.subscription->nextBillingDate,
         };
     }
 

@@ -77,6 +77,7 @@ private Q_SLOTS:
             .destinationURL
             = QUrl(u"https://example.com/subscriptions/"_s + uuidText(subscription.id) + u"/edit"_s),
             .delivery = scheduled("2026-03-18T09:00:00Z"),
+            .renewalDate = {2026, 3, 21},
         };
         QCOMPARE(planning.plans.size(), 1);
         QVERIFY(planning.plans.front() == expected);

@@ -22,25 +22,7 @@ constexpr qsizetype parserPadding = 64;
 
 tl::unexpected<FileError> failure(int code)
 {
-    FileError error{.kind = FileError::Kind::Other,
-        .errorDescription = QString::fromStdString(std::generic_category().message(code))};
-    switch (code) {
-    case ENOENT:
-        error.kind = FileError::Kind::NotFound;
-        break;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        error.kind = FileError::Kind::AccessDenied;
-        break;
-    case ENOSPC:
-    case EDQUOT:
-        error.kind = FileError::Kind::NoSpace;
-        break;
-    default:
-        break;
-    }
-    return tl::make_unexpected(std::move(error));
+    return tl::make_unexpected(PosixFileStore::errorOf(code));
 }
 
 /// Repeats a call that a signal interrupted.
@@ -96,6 +78,36 @@ bool createFolders(const std::filesystem::path &folder)
 }
 
 } // namespace
+
+FileError PosixFileStore::errorOf(int code)
+{
+    FileError error{.kind = FileError::Kind::Other,
+        .errorDescription = QString::fromStdString(std::generic_category().message(code))};
+    switch (code) {
+    case ENOENT:
+        error.kind = FileError::Kind::NotFound;
+        break;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        error.kind = FileError::Kind::AccessDenied;
+        break;
+    case ENOSPC:
+    case EDQUOT:
+        error.kind = FileError::Kind::NoSpace;
+        break;
+    default:
+        break;
+    }
+    return error;
+}
+
+tl::expected<void, FileError> PosixFileStore::createPrivateFolder(const std::filesystem::path &folder)
+{
+    if (!createFolders(folder.empty() ? "." : folder))
+        return failure(errno);
+    return {};
+}
 
 bool PosixFileStore::writeDescriptor(int descriptor, const QByteArray &content)
 {
@@ -160,8 +172,8 @@ tl::expected<void, FileError> PosixFileStore::replace(
     const std::filesystem::path &path, const QByteArray &content)
 {
     const std::filesystem::path folder = path.parent_path().empty() ? "." : path.parent_path();
-    if (!createFolders(folder))
-        return failure(errno);
+    if (auto made = createPrivateFolder(folder); !made)
+        return made;
     Descriptor directory(
         uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (!directory)

@@ -14,6 +14,12 @@ public:
         const std::filesystem::path &path, const QByteArray &content) override;
     tl::expected<void, FileError> remove(const std::filesystem::path &path) override;
 
+    /// Like mkdir -p, with folders that their owner alone may enter; those that exist stay as they are.
+    static tl::expected<void, FileError> createPrivateFolder(const std::filesystem::path &folder);
+
+    /// What a value of errno means.
+    static FileError errorOf(int code);
+
     /// Everything up to the end of what is already open, within the same bounds as `read`.
     static tl::expected<QByteArray, FileError> readDescriptor(int descriptor);
 

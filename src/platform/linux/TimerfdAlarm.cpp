@@ -1,0 +1,101 @@
+#include "platform/linux/TimerfdAlarm.h"
+
+#include <QSocketNotifier>
+
+#include <sys/stat.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <ctime>
+
+namespace orbitledge {
+
+namespace {
+
+/// What the file says, without reading it: where the link leads, or which file it is.
+std::string identity(const std::filesystem::path &file)
+{
+    std::error_code error;
+    const auto target = std::filesystem::read_symlink(file, error);
+    if (!error)
+        return target.string();
+    struct stat status{};
+    if (::stat(file.c_str(), &status) != 0)
+        return {};
+    return std::to_string(status.st_ino) + ' ' + std::to_string(status.st_mtim.tv_sec) + ' '
+        + std::to_string(status.st_mtim.tv_nsec);
+}
+
+} // namespace
+
+TimerfdAlarm::TimerfdAlarm(std::filesystem::path zoneFile)
+    : m_zoneFile(std::move(zoneFile))
+    , m_zone(identity(m_zoneFile))
+    , m_timer(::timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC))
+{
+    if (m_timer < 0)
+        qFatal("cannot create a timer: %s", std::strerror(errno)); // out of descriptors or memory
+    m_notifier = std::make_unique<QSocketNotifier>(m_timer, QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &TimerfdAlarm::readTimer);
+    arm();
+    // The folder, as the file itself is replaced when it changes.
+    m_zoneWatcher.addPath(QString::fromStdString(m_zoneFile.parent_path().string()));
+    connect(&m_zoneWatcher, &QFileSystemWatcher::directoryChanged, this, &TimerfdAlarm::compareZone);
+}
+
+TimerfdAlarm::~TimerfdAlarm()
+{
+    m_notifier.reset(); // before what it watches
+    ::close(m_timer);
+}
+
+void TimerfdAlarm::set(std::optional<Instant> instant)
+{
+    m_target = instant;
+    arm();
+}
+
+void TimerfdAlarm::arm()
+{
+    constexpr qint64 perSecond = 1000;
+    constexpr qint64 nanoseconds = 1'000'000;
+    // Never 0, which would switch it off; and armed also while nothing is set, to hear of changes.
+    constexpr qint64 earliest = 1;
+    constexpr qint64 never = 7'258'118'400'000; // the year 2200
+    const qint64 target = m_target ? std::clamp(m_target->millisecondsSinceEpoch(), earliest, never) : never;
+    itimerspec time{};
+    time.it_value.tv_sec = target / perSecond;
+    time.it_value.tv_nsec = target % perSecond * nanoseconds;
+    ::timerfd_settime(m_timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);
+}
+
+void TimerfdAlarm::readTimer()
+{
+    std::uint64_t count = 0;
+    if (::read(m_timer, &count, sizeof count) < 0) {
+        if (errno != ECANCELED)
+            return; // it was set again meanwhile
+        arm();
+        Q_EMIT clockChanged();
+        return;
+    }
+    if (!m_target)
+        return;
+    m_target.reset();
+    arm();
+    Q_EMIT rang();
+}
+
+void TimerfdAlarm::compareZone()
+{
+    if (std::string zone = identity(m_zoneFile); zone != m_zone) {
+        m_zone = std::move(zone);
+        Q_EMIT clockChanged();
+    }
+}
+
+} // namespace orbitledge

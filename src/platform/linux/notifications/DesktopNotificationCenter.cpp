@@ -1,0 +1,511 @@
+#include "platform/linux/notifications/DesktopNotificationCenter.h"
+
+#include "model/FloorDivide.h"
+#include "platform/OneShot.h"
+#include "platform/SerialQueue.h"
+#include "platform/linux/ProcessLock.h"
+#include "platform/linux/notifications/NotificationQueue.h"
+
+#include <QLoggingCategory>
+#include <QTimer>
+
+#include <algorithm>
+#include <deque>
+#include <utility>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcNotifications, "orbitledge.notifications")
+
+using Result = tl::expected<void, NotificationError>;
+
+tl::unexpected<NotificationError> failed(const QString &what, const QString &reason)
+{
+    return tl::make_unexpected(NotificationError{what + u": "_s + reason});
+}
+
+/// The file, and the right to use it; both are touched by one background thread alone.
+struct QueueFile {
+    std::filesystem::path path;
+    std::shared_ptr<FileStore> files;
+    std::optional<ProcessLock> lock;
+    QByteArray saved;
+};
+
+struct Opening {
+    /// Absent where another process has the lock.
+    std::optional<NotificationQueue> queue;
+    QString failure;
+};
+
+Opening open(QueueFile &file)
+{
+    std::filesystem::path lockFile = file.path;
+    lockFile += ".lock";
+    auto lock = ProcessLock::take(lockFile);
+    if (!lock)
+        return {.queue = std::nullopt, .failure = lock.error().errorDescription};
+    if (!*lock)
+        return {};
+    const auto content = file.files->read(file.path);
+    if (!content && content.error().kind != FileError::Kind::NotFound)
+        return {.queue = std::nullopt, .failure = content.error().errorDescription};
+    file.lock = std::move(*lock);
+    if (!content)
+        return {.queue = NotificationQueue(), .failure = {}};
+    auto queue = NotificationQueue::decoded(*content);
+    if (!queue) {
+        // Somebody may still be able to read it.
+        std::filesystem::path aside = file.path;
+        aside += ".unreadable";
+        if (const auto kept = file.files->replace(aside, *content); !kept)
+            return {
+                .queue = std::nullopt, .failure = queue.error() + u". "_s + kept.error().errorDescription};
+        return {.queue = NotificationQueue(), .failure = {}};
+    }
+    file.saved = *content;
+    return {.queue = *std::move(queue), .failure = {}};
+}
+
+tl::expected<void, FileError> write(QueueFile &file, const NotificationQueue &queue)
+{
+    QByteArray content = queue.encoded();
+    if (content == file.saved)
+        return {};
+    auto written = file.files->replace(file.path, content);
+    if (written)
+        file.saved = std::move(content);
+    return written;
+}
+
+} // namespace
+
+/// What the operations share, which they keep alive until the last of them is through.
+class DesktopNotificationCenter::State final : public QObject {
+public:
+    using Self = std::shared_ptr<State>;
+
+    State(DesktopNotificationCenter &center, Parts parts, milliseconds patience)
+        : m_center(&center)
+        , m_parts(std::move(parts))
+        , m_patience(patience)
+        , m_file(
+              std::make_shared<QueueFile>(QueueFile{m_parts.file, m_parts.files, std::nullopt, QByteArray()}))
+    {
+        m_retry.setSingleShot(true);
+    }
+
+    void start(const Self &self);
+    /// From now on nothing begins, and nobody is told.
+    void close();
+
+    /// Takes charge of the file and reads it, where that was not done. False where it cannot be had.
+    static QCoro::Task<bool> opened(Self self, milliseconds patience);
+    static QCoro::Task<bool> opened(Self self) { return opened(self, self->m_patience); }
+    /// Of those who wanted to have it opened.
+    [[nodiscard]] tl::unexpected<NotificationError> notOpened() const;
+
+    /// Writes what changed, and has the alarm ring and a delivery started for what comes next.
+    static QCoro::Task<Result> save(Self self);
+
+    static QCoro::Task<NotificationDelivery> deliverDue(Self self, milliseconds limit);
+    static QCoro::Task<Result> forget(Self self, QString prefix);
+    static QCoro::Task<NotificationSettings> settings(Self self);
+
+    [[nodiscard]] Instant now() const { return m_parts.clock->now(); }
+    /// Once it is open.
+    NotificationQueue &queue() { return *m_queue; }
+    void setAlarm();
+
+private:
+    static constexpr milliseconds shortestPause = 1min;
+    static constexpr milliseconds longestPause = 1h;
+
+    [[nodiscard]] bool isClosed() const { return m_center == nullptr; }
+    [[nodiscard]] LocalDate today() const;
+    void lookAgainLater();
+
+    static QCoro::Task<void> openFile(Self self, milliseconds patience);
+    static QCoro::Task<void> begin(Self self);
+    static QCoro::Task<bool> deliver(Self self);
+    static QCoro::Task<void> settleWhenDelivered(Self self, std::shared_ptr<OneShot<bool>> outcome);
+    static QCoro::Task<bool> deliverRound(Self self);
+    static QCoro::Task<bool> showBatch(Self self, NotificationBatch batch);
+    static QCoro::Task<bool> awakenDisplay(Self self);
+    static QCoro::Task<void> arrangeUnattended(Self self, std::optional<Instant> next);
+
+    DesktopNotificationCenter *m_center;
+    Parts m_parts;
+    milliseconds m_patience;
+    std::shared_ptr<QueueFile> m_file;
+    SerialQueue m_work;
+    /// Those who wait for it to be open.
+    std::deque<OneShot<bool> *> m_waiting;
+    QString m_openingFailure;
+    /// Absent before it is open.
+    std::optional<NotificationQueue> m_queue;
+    Instant m_startOfRun;
+    QTimer m_retry;
+    milliseconds m_pause = shortestPause;
+    bool m_isStarted = false;
+    bool m_isDelivering = false;
+    bool m_isToLookAgain = false;
+};
+
+// ---- starting and ending ---------------------------------------------------------------------------------
+
+void DesktopNotificationCenter::State::start(const Self &self)
+{
+    m_isStarted = true;
+    // Connections do not keep it alive: that is the center's part, and that of what runs.
+    const auto look = [weak = std::weak_ptr<State>(self)] {
+        if (const Self state = weak.lock())
+            begin(state);
+    };
+    connect(&m_retry, &QTimer::timeout, this, look);
+    connect(m_parts.alarm.get(), &WallClockAlarm::rang, this, look);
+    connect(m_parts.alarm.get(), &WallClockAlarm::clockChanged, this, look);
+    const NotificationDisplay *const display = m_parts.display.get();
+    connect(display, &NotificationDisplay::appeared, this, look);
+    connect(display, &NotificationDisplay::closed, this, [this](quint32 number) {
+        if (m_queue)
+            m_queue->recordClosed(m_parts.display->name(), number);
+    });
+    connect(display, &NotificationDisplay::chosen, this, [this](quint32 number, const QString &token) {
+        const auto shown = m_queue ? m_queue->shown(m_parts.display->name(), number) : std::nullopt;
+        if (shown)
+            Q_EMIT m_center->chosen(shown->userInfo, token);
+    });
+    begin(self);
+}
+
+void DesktopNotificationCenter::State::close()
+{
+    m_center = nullptr;
+    m_retry.stop();
+    if (m_isStarted)
+        m_parts.alarm->set(std::nullopt);
+    m_isStarted = false;
+    disconnect(m_parts.alarm.get(), nullptr, this, nullptr);
+    disconnect(m_parts.display.get(), nullptr, this, nullptr);
+}
+
+QCoro::Task<void> DesktopNotificationCenter::State::begin(Self self)
+{
+    const bool isOpen = co_await opened(self);
+    if (self->isClosed())
+        co_return;
+    if (!isOpen) {
+        self->lookAgainLater();
+        co_return;
+    }
+    // People may still choose what an earlier run has shown.
+    if (self->m_queue->hasShown() && self->m_parts.display->name().isEmpty())
+        (void)co_await awakenDisplay(self);
+    (void)co_await deliver(self);
+}
+
+void DesktopNotificationCenter::State::lookAgainLater()
+{
+    if (!m_isStarted)
+        return;
+    m_retry.start(m_pause);
+    m_pause = std::min(2 * m_pause, longestPause);
+}
+
+// ---- the file --------------------------------------------------------------------------------------------
+
+QCoro::Task<bool> DesktopNotificationCenter::State::opened(Self self, milliseconds patience)
+{
+    if (self->m_queue)
+        co_return true;
+    OneShot<bool> isOpen;
+    self->m_waiting.push_back(&isOpen);
+    if (self->m_waiting.size() == 1)
+        openFile(self, patience);
+    const std::optional<bool> answer = co_await isOpen.settled();
+    co_return answer.value_or(false);
+}
+
+QCoro::Task<void> DesktopNotificationCenter::State::openFile(Self self, milliseconds patience)
+{
+    constexpr milliseconds pause = 100ms;
+    milliseconds waited{0};
+    Opening opening;
+    while (true) {
+        auto work = [file = self->m_file] { return open(*file); };
+        auto task = self->m_work.run(std::move(work));
+        opening = co_await task;
+        const bool isElsewhere = !opening.queue && opening.failure.isEmpty();
+        if (!isElsewhere || waited >= patience || self->isClosed())
+            break;
+        OneShot<bool> never;
+        (void)co_await never.settledWithin(pause);
+        waited += pause;
+    }
+    self->m_openingFailure = opening.failure;
+    if (opening.queue) {
+        self->m_queue = std::move(opening.queue);
+        self->m_startOfRun = self->now();
+    }
+    for (OneShot<bool> *const waiting : std::exchange(self->m_waiting, {}))
+        waiting->settle(self->m_queue.has_value());
+}
+
+tl::unexpected<NotificationError> DesktopNotificationCenter::State::notOpened() const
+{
+    return failed(u"Reminders cannot be kept"_s,
+        m_openingFailure.isEmpty() ? u"Another process is in charge of them"_s : m_openingFailure);
+}
+
+QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
+{
+    auto work = [file = self->m_file, queue = *self->m_queue] { return write(*file, queue); };
+    auto task = self->m_work.run(std::move(work));
+    const auto written = co_await task;
+    self->setAlarm();
+    co_await arrangeUnattended(self, self->m_queue->nextDue(self->now()));
+    if (!written)
+        co_return failed(u"Reminders could not be saved"_s, written.error().errorDescription);
+    co_return Result();
+}
+
+void DesktopNotificationCenter::State::setAlarm()
+{
+    if (m_isStarted)
+        m_parts.alarm->set(m_queue->nextDue(now()));
+}
+
+QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self, std::optional<Instant> next)
+{
+    if (const auto arranged = co_await self->m_parts.unattended->arrange(next); !arranged)
+        qCWarning(lcNotifications, "%ls", qUtf16Printable(arranged.error()));
+}
+
+// ---- delivering ------------------------------------------------------------------------------------------
+
+LocalDate DesktopNotificationCenter::State::today() const
+{
+    constexpr qint64 perDay = 86'400'000;
+    return LocalDate::fromDaysSinceEpoch(floorDivide(m_parts.timeZone().wallClock(now()), perDay));
+}
+
+/// Shows what is due until nothing is, or nobody is there to show it: false in that case.
+QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
+{
+    if (self->m_isDelivering) {
+        self->m_isToLookAgain = true;
+        co_return true;
+    }
+    self->m_isDelivering = true;
+    bool isDone = true;
+    do {
+        self->m_isToLookAgain = false;
+        isDone = co_await deliverRound(self);
+    } while (isDone && self->m_isToLookAgain);
+    self->m_isDelivering = false;
+    if (self->isClosed())
+        co_return isDone;
+    self->setAlarm();
+    if (isDone)
+        self->m_pause = shortestPause;
+    else
+        self->lookAgainLater();
+    co_return isDone;
+}
+
+QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
+{
+    while (!self->isClosed()) {
+        self->m_queue->expire(self->now(), self->today());
+        if (!self->m_queue->hasDue(self->now()))
+            break;
+        const bool isAwake = co_await awakenDisplay(self);
+        if (!isAwake)
+            co_return false;
+        const auto batch = self->m_queue->nextBatch(self->now(), self->m_startOfRun);
+        if (!batch || self->isClosed())
+            continue; // taken away meanwhile
+        const bool isShown = co_await showBatch(self, *batch);
+        if (!isShown)
+            co_return false;
+        // Before the next one, so that at most one is ever told twice. Where it cannot be saved, it is still
+        // known until this process ends.
+        (void)co_await save(self);
+    }
+    (void)co_await save(self);
+    co_return true;
+}
+
+QCoro::Task<bool> DesktopNotificationCenter::State::showBatch(Self self, NotificationBatch batch)
+{
+    NotificationDisplay &display = *self->m_parts.display;
+    const QString name = display.name();
+    const bool isReplacing = batch.replaced && batch.replaced->display == name;
+    const auto number = co_await display.show(batch.content, isReplacing ? batch.replaced->number : 0);
+    if (!number)
+        co_return false;
+    const bool isWanted = self->m_queue->recordShown(batch, self->now(), name, *number);
+    if (!isWanted && display.name() == name)
+        display.close(*number);
+    co_return true;
+}
+
+QCoro::Task<bool> DesktopNotificationCenter::State::awakenDisplay(Self self)
+{
+    const bool isAwake = co_await self->m_parts.display->awaken();
+    if (isAwake)
+        self->m_queue->recordDisplay(self->m_parts.display->name());
+    co_return isAwake;
+}
+
+QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(Self self, milliseconds limit)
+{
+    const bool isOpen = co_await opened(self, 0ms);
+    if (!isOpen)
+        co_return self->m_openingFailure.isEmpty() ? NotificationDelivery::Elsewhere
+                                                   : NotificationDelivery::Unreadable;
+    auto outcome = std::make_shared<OneShot<bool>>();
+    settleWhenDelivered(self, outcome);
+    const std::optional<bool> isDone = co_await outcome->settledWithin(limit);
+    if (isDone.value_or(false))
+        co_return NotificationDelivery::Done;
+    // Nobody else looks again while nothing runs.
+    constexpr qint64 tenMinutes = 600'000;
+    const Instant later
+        = Instant::fromMillisecondsSinceEpoch(self->now().millisecondsSinceEpoch() + tenMinutes);
+    const Instant next = std::min(self->m_queue->nextDue(self->now()).value_or(later), later);
+    co_await arrangeUnattended(self, next);
+    co_return NotificationDelivery::NoDisplay;
+}
+
+QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
+    Self self, std::shared_ptr<OneShot<bool>> outcome)
+{
+    outcome->settle(co_await deliver(self));
+}
+
+QCoro::Task<Result> DesktopNotificationCenter::State::forget(Self self, QString prefix)
+{
+    const QList<ShownNotification> takenBack = self->m_queue->forget(prefix);
+    if (!takenBack.isEmpty()) {
+        const bool isAwake = co_await self->m_parts.display->awaken();
+        for (const ShownNotification &shown : takenBack) {
+            // Only who showed it knows it by this number.
+            if (isAwake && shown.display == self->m_parts.display->name())
+                self->m_parts.display->close(shown.number);
+        }
+    }
+    co_return co_await save(self);
+}
+
+QCoro::Task<NotificationSettings> DesktopNotificationCenter::State::settings(Self self)
+{
+    const bool isOpen = co_await opened(self);
+    const NotificationSwitchPositions switches = co_await self->m_parts.switches->read();
+    const bool isAwake = co_await self->m_parts.display->awaken();
+    const bool isAllowed = isAwake && switches.allows;
+    NotificationSettings settings;
+    if (isOpen && self->m_queue->wasAsked()) {
+        settings.authorization
+            = isAllowed ? NotificationAuthorization::Authorized : NotificationAuthorization::Denied;
+    }
+    settings.alertsEnabled = isAllowed && switches.popsUp;
+    settings.notificationCenterEnabled = isAllowed;
+    co_return settings;
+}
+
+// ---- the center ------------------------------------------------------------------------------------------
+
+DesktopNotificationCenter::DesktopNotificationCenter(Parts parts, milliseconds patience)
+    : m_state(std::make_shared<State>(*this, std::move(parts), patience))
+{
+}
+
+DesktopNotificationCenter::~DesktopNotificationCenter()
+{
+    m_state->close();
+}
+
+void DesktopNotificationCenter::start()
+{
+    m_state->start(m_state);
+}
+
+QCoro::Task<NotificationDelivery> DesktopNotificationCenter::deliverDue(milliseconds limit)
+{
+    return State::deliverDue(m_state, limit);
+}
+
+QCoro::Task<NotificationSettings> DesktopNotificationCenter::settings()
+{
+    return State::settings(m_state);
+}
+
+QCoro::Task<tl::expected<bool, NotificationError>> DesktopNotificationCenter::requestAuthorization(
+    NotificationOptions /*options*/) // of all that the desktop decides
+{
+    const auto state = m_state;
+    const bool isOpen = co_await State::opened(state);
+    if (!isOpen)
+        co_return state->notOpened();
+    state->queue().setAsked();
+    const auto saved = co_await State::save(state);
+    if (!saved)
+        co_return tl::make_unexpected(saved.error());
+    const NotificationSettings settings = co_await State::settings(state);
+    co_return settings.authorization == NotificationAuthorization::Authorized;
+}
+
+QCoro::Task<QList<PendingNotification>> DesktopNotificationCenter::pendingRequests()
+{
+    const auto state = m_state;
+    const bool isOpen = co_await State::opened(state);
+    co_return isOpen ? state->queue().pending(state->now()) : QList<PendingNotification>();
+}
+
+QCoro::Task<void> DesktopNotificationCenter::removePendingRequests(QStringList identifiers)
+{
+    const auto state = m_state;
+    const bool isOpen = co_await State::opened(state);
+    if (isOpen)
+        state->queue().remove(identifiers);
+}
+
+QCoro::Task<Result> DesktopNotificationCenter::add(NotificationRequest request)
+{
+    const auto state = m_state;
+    const bool isOpen = co_await State::opened(state);
+    if (!isOpen)
+        co_return state->notOpened();
+    if (!state->queue().add(std::move(request), state->now()))
+        co_return failed(u"A reminder cannot be kept"_s, u"There is no such day or time"_s);
+    state->setAlarm();
+    co_return Result();
+}
+
+QCoro::Task<Result> DesktopNotificationCenter::save()
+{
+    const auto state = m_state;
+    const bool isOpen = co_await State::opened(state);
+    if (!isOpen)
+        co_return state->notOpened();
+    co_return co_await State::save(state);
+}
+
+QCoro::Task<Result> DesktopNotificationCenter::forget(QString prefix)
+{
+    const auto state = m_state;
+    const bool isOpen = co_await State::opened(state);
+    if (!isOpen)
+        co_return state->notOpened();
+    co_return co_await State::forget(state, std::move(prefix));
+}
+
+} // namespace orbitledge
