@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/UserNotificationCenter.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace orbitledge::testing {
+
+/// A notification centre in memory, which writes down what it is asked for.
+class FakeNotificationCenter final : public UserNotificationCenter {
+public:
+    NotificationSettings currentSettings;
+    QList<PendingNotification> requests;
+    /// Why a request is refused; absent for those that are taken.
+    std::function<std::optional<QString>(const NotificationRequest &)> refuse;
+    std::optional<QString> savingFailure;
+    tl::expected<bool, NotificationError> permission = true;
+    /// Of the last request for permission.
+    NotificationOptions options;
+    /// What was called, in order, with what it was called for.
+    QStringList calls;
+
+    QCoro::Task<NotificationSettings> settings() override
+    {
+        const NotificationSettings copy = currentSettings;
+        co_return copy;
+    }
+
+    QCoro::Task<tl::expected<bool, NotificationError>> requestAuthorization(
+        NotificationOptions wanted) override
+    {
+        options = wanted;
+        auto copy = permission;
+        co_return copy;
+    }
+
+    QCoro::Task<QList<PendingNotification>> pendingRequests() override
+    {
+        calls.append(QStringLiteral("pending"));
+        const auto copy = requests;
+        co_return copy;
+    }
+
+    QCoro::Task<void> removePendingRequests(QStringList identifiers) override
+    {
+        calls.append(QStringLiteral("remove ") + identifiers.join(u','));
+        requests.removeIf([&identifiers](const PendingNotification &pending) {
+            return identifiers.contains(pending.request.identifier);
+        });
+        co_return;
+    }
+
+    QCoro::Task<tl::expected<void, NotificationError>> add(NotificationRequest request) override
+    {
+        calls.append(QStringLiteral("add ") + request.identifier);
+        if (refuse) {
+            if (const auto reason = refuse(request))
+                co_return tl::make_unexpected(NotificationError{*reason});
+        }
+        requests.removeIf([&request](const PendingNotification &pending) {
+            return pending.request.identifier == request.identifier;
+        });
+        requests.append({request, std::holds_alternative<TimeIntervalTrigger>(request.trigger)});
+        co_return {};
+    }
+
+    QCoro::Task<tl::expected<void, NotificationError>> save() override
+    {
+        calls.append(QStringLiteral("save"));
+        if (savingFailure)
+            co_return tl::make_unexpected(NotificationError{*savingFailure});
+        co_return {};
+    }
+
+    QCoro::Task<tl::expected<void, NotificationError>> forget(QString prefix) override
+    {
+        calls.append(QStringLiteral("forget ") + prefix);
+        requests.removeIf([&prefix](const PendingNotification &pending) {
+            return pending.request.identifier.startsWith(prefix);
+        });
+        co_return {};
+    }
+
+    [[nodiscard]] QStringList identifiers() const
+    {
+        QStringList identifiers;
+        for (const PendingNotification &pending : requests)
+            identifiers.append(pending.request.identifier);
+        return identifiers;
+    }
+};
+
+} // namespace orbitledge::testing
