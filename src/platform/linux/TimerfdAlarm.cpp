@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <ctime>
 
 namespace orbitledge {
@@ -38,7 +37,7 @@ TimerfdAlarm::TimerfdAlarm(std::filesystem::path zoneFile)
     , m_timer(::timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC))
 {
     if (m_timer < 0)
-        qFatal("cannot create a timer: %s", std::strerror(errno)); // out of descriptors or memory
+        qFatal("cannot create a timer: error %d", errno); // out of descriptors or memory
     m_notifier = std::make_unique<QSocketNotifier>(m_timer, QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &TimerfdAlarm::readTimer);
     arm();
@@ -70,7 +69,7 @@ void TimerfdAlarm::arm()
     itimerspec time{};
     time.it_value.tv_sec = target / perSecond;
     time.it_value.tv_nsec = target % perSecond * nanoseconds;
-    ::timerfd_settime(m_timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);
+    (void)::timerfd_settime(m_timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);
 }
 
 void TimerfdAlarm::readTimer()

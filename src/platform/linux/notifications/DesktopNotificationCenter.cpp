@@ -107,7 +107,7 @@ public:
 
     /// Takes charge of the file and reads it, where that was not done. False where it cannot be had.
     static QCoro::Task<bool> opened(Self self, milliseconds patience);
-    static QCoro::Task<bool> opened(Self self) { return opened(self, self->m_patience); }
+    static QCoro::Task<bool> opened(const Self &self) { return opened(self, self->m_patience); }
     /// Of those who wanted to have it opened.
     [[nodiscard]] tl::unexpected<NotificationError> notOpened() const;
 
@@ -120,7 +120,7 @@ public:
 
     [[nodiscard]] Instant now() const { return m_parts.clock->now(); }
     /// Once it is open.
-    NotificationQueue &queue() { return *m_queue; }
+    NotificationQueue &queue() { return m_queue; }
     void setAlarm();
 
 private:
@@ -148,8 +148,8 @@ private:
     /// Those who wait for it to be open.
     std::deque<OneShot<bool> *> m_waiting;
     QString m_openingFailure;
-    /// Absent before it is open.
-    std::optional<NotificationQueue> m_queue;
+    NotificationQueue m_queue;
+    bool m_isOpen = false;
     Instant m_startOfRun;
     QTimer m_retry;
     milliseconds m_pause = shortestPause;
@@ -174,11 +174,11 @@ void DesktopNotificationCenter::State::start(const Self &self)
     const NotificationDisplay *const display = m_parts.display.get();
     connect(display, &NotificationDisplay::appeared, this, look);
     connect(display, &NotificationDisplay::closed, this, [this](quint32 number) {
-        if (m_queue)
-            m_queue->recordClosed(m_parts.display->name(), number);
+        if (m_isOpen)
+            m_queue.recordClosed(m_parts.display->name(), number);
     });
     connect(display, &NotificationDisplay::chosen, this, [this](quint32 number, const QString &token) {
-        const auto shown = m_queue ? m_queue->shown(m_parts.display->name(), number) : std::nullopt;
+        const auto shown = m_queue.shown(m_parts.display->name(), number);
         if (shown)
             Q_EMIT m_center->chosen(shown->userInfo, token);
     });
@@ -206,7 +206,7 @@ QCoro::Task<void> DesktopNotificationCenter::State::begin(Self self)
         co_return;
     }
     // People may still choose what an earlier run has shown.
-    if (self->m_queue->hasShown() && self->m_parts.display->name().isEmpty())
+    if (self->m_queue.hasShown() && self->m_parts.display->name().isEmpty())
         (void)co_await awakenDisplay(self);
     (void)co_await deliver(self);
 }
@@ -223,7 +223,7 @@ void DesktopNotificationCenter::State::lookAgainLater()
 
 QCoro::Task<bool> DesktopNotificationCenter::State::opened(Self self, milliseconds patience)
 {
-    if (self->m_queue)
+    if (self->m_isOpen)
         co_return true;
     OneShot<bool> isOpen;
     self->m_waiting.push_back(&isOpen);
@@ -251,11 +251,12 @@ QCoro::Task<void> DesktopNotificationCenter::State::openFile(Self self, millisec
     }
     self->m_openingFailure = opening.failure;
     if (opening.queue) {
-        self->m_queue = std::move(opening.queue);
+        self->m_queue = *std::move(opening.queue);
+        self->m_isOpen = true;
         self->m_startOfRun = self->now();
     }
     for (OneShot<bool> *const waiting : std::exchange(self->m_waiting, {}))
-        waiting->settle(self->m_queue.has_value());
+        waiting->settle(self->m_isOpen);
 }
 
 tl::unexpected<NotificationError> DesktopNotificationCenter::State::notOpened() const
@@ -266,11 +267,11 @@ tl::unexpected<NotificationError> DesktopNotificationCenter::State::notOpened() 
 
 QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
 {
-    auto work = [file = self->m_file, queue = *self->m_queue] { return write(*file, queue); };
+    auto work = [file = self->m_file, queue = self->m_queue] { return write(*file, queue); };
     auto task = self->m_work.run(std::move(work));
     const auto written = co_await task;
     self->setAlarm();
-    co_await arrangeUnattended(self, self->m_queue->nextDue(self->now()));
+    co_await arrangeUnattended(self, self->m_queue.nextDue(self->now()));
     if (!written)
         co_return failed(u"Reminders could not be saved"_s, written.error().errorDescription);
     co_return Result();
@@ -279,7 +280,7 @@ QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
 void DesktopNotificationCenter::State::setAlarm()
 {
     if (m_isStarted)
-        m_parts.alarm->set(m_queue->nextDue(now()));
+        m_parts.alarm->set(m_queue.nextDue(now()));
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self, std::optional<Instant> next)
@@ -304,11 +305,12 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
         co_return true;
     }
     self->m_isDelivering = true;
+    self->m_isToLookAgain = true;
     bool isDone = true;
-    do {
+    while (self->m_isToLookAgain) {
         self->m_isToLookAgain = false;
         isDone = co_await deliverRound(self);
-    } while (isDone && self->m_isToLookAgain);
+    }
     self->m_isDelivering = false;
     if (self->isClosed())
         co_return isDone;
@@ -323,13 +325,13 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
 QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
 {
     while (!self->isClosed()) {
-        self->m_queue->expire(self->now(), self->today());
-        if (!self->m_queue->hasDue(self->now()))
+        self->m_queue.expire(self->now(), self->today());
+        if (!self->m_queue.hasDue(self->now()))
             break;
         const bool isAwake = co_await awakenDisplay(self);
         if (!isAwake)
             co_return false;
-        const auto batch = self->m_queue->nextBatch(self->now(), self->m_startOfRun);
+        const auto batch = self->m_queue.nextBatch(self->now(), self->m_startOfRun);
         if (!batch || self->isClosed())
             continue; // taken away meanwhile
         const bool isShown = co_await showBatch(self, *batch);
@@ -351,7 +353,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::showBatch(Self self, Notific
     const auto number = co_await display.show(batch.content, isReplacing ? batch.replaced->number : 0);
     if (!number)
         co_return false;
-    const bool isWanted = self->m_queue->recordShown(batch, self->now(), name, *number);
+    const bool isWanted = self->m_queue.recordShown(batch, self->now(), name, *number);
     if (!isWanted && display.name() == name)
         display.close(*number);
     co_return true;
@@ -361,7 +363,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::awakenDisplay(Self self)
 {
     const bool isAwake = co_await self->m_parts.display->awaken();
     if (isAwake)
-        self->m_queue->recordDisplay(self->m_parts.display->name());
+        self->m_queue.recordDisplay(self->m_parts.display->name());
     co_return isAwake;
 }
 
@@ -380,7 +382,7 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
     constexpr qint64 tenMinutes = 600'000;
     const Instant later
         = Instant::fromMillisecondsSinceEpoch(self->now().millisecondsSinceEpoch() + tenMinutes);
-    const Instant next = std::min(self->m_queue->nextDue(self->now()).value_or(later), later);
+    const Instant next = std::min(self->m_queue.nextDue(self->now()).value_or(later), later);
     co_await arrangeUnattended(self, next);
     co_return NotificationDelivery::NoDisplay;
 }
@@ -393,7 +395,7 @@ QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
 
 QCoro::Task<Result> DesktopNotificationCenter::State::forget(Self self, QString prefix)
 {
-    const QList<ShownNotification> takenBack = self->m_queue->forget(prefix);
+    const QList<ShownNotification> takenBack = self->m_queue.forget(prefix);
     if (!takenBack.isEmpty()) {
         const bool isAwake = co_await self->m_parts.display->awaken();
         for (const ShownNotification &shown : takenBack) {
@@ -412,7 +414,7 @@ QCoro::Task<NotificationSettings> DesktopNotificationCenter::State::settings(Sel
     const bool isAwake = co_await self->m_parts.display->awaken();
     const bool isAllowed = isAwake && switches.allows;
     NotificationSettings settings;
-    if (isOpen && self->m_queue->wasAsked()) {
+    if (isOpen && self->m_queue.wasAsked()) {
         settings.authorization
             = isAllowed ? NotificationAuthorization::Authorized : NotificationAuthorization::Denied;
     }

@@ -1,0 +1,181 @@
+#include "platform/linux/notifications/NotificationDaemon.h"
+
+#include <QCoroDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusPendingCall>
+
+#include <limits>
+#include <utility>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr auto serviceName = "org.freedesktop.Notifications"_L1;
+constexpr auto objectPath = "/org/freedesktop/Notifications"_L1;
+
+QDBusMessage methodOf(const QString &daemon, const QString &method)
+{
+    return QDBusMessage::createMethodCall(daemon, objectPath, serviceName, method);
+}
+
+QDBusMessage busMethod(const QString &method)
+{
+    return QDBusMessage::createMethodCall(
+        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
+}
+
+QDBusPendingCall call(const QDBusMessage &message, milliseconds limit)
+{
+    return QDBusConnection::sessionBus().asyncCall(message, static_cast<int>(limit.count()));
+}
+
+bool isAnswer(const QDBusMessage &message)
+{
+    return message.type() == QDBusMessage::ReplyMessage;
+}
+
+} // namespace
+
+NotificationDaemon::NotificationDaemon(NotificationSender sender, milliseconds patience)
+    : m_sender(std::move(sender))
+    , m_patience(patience)
+{
+}
+
+QCoro::Task<bool> NotificationDaemon::awaken(std::shared_ptr<NotificationDaemon> daemon)
+{
+    if (!daemon->m_isListening) {
+        // To connect means to wait for the bus.
+        auto connect = [] { return QDBusConnection::sessionBus().isConnected(); };
+        auto connecting = daemon->m_connecting.run(std::move(connect));
+        const bool isConnected = co_await connecting;
+        if (!isConnected)
+            co_return false;
+        daemon->listen();
+    }
+    // Asked anew each time: to a mute one nothing is sent, since it would show all of it when it comes to
+    // life again. Starts one where the bus can.
+    const QDBusPendingCall asking
+        = call(methodOf(serviceName, u"GetServerInformation"_s), daemon->m_patience);
+    const QDBusMessage answer = co_await asking;
+    if (!isAnswer(answer))
+        co_return false;
+    if (answer.service() == daemon->m_owner)
+        co_return true;
+
+    const QDBusPendingCall askingSkills
+        = call(methodOf(answer.service(), u"GetCapabilities"_s), daemon->m_patience);
+    const QDBusMessage skills = co_await askingSkills;
+    const QDBusPendingCall askingBus = call(busMethod(u"GetId"_s), daemon->m_patience);
+    const QDBusMessage bus = co_await askingBus;
+    if (!isAnswer(skills) || !isAnswer(bus))
+        co_return false;
+    daemon->m_skills = skills.arguments().value(0).toStringList();
+    daemon->m_owner = answer.service();
+    daemon->m_name = bus.arguments().value(0).toString() + daemon->m_owner;
+    co_return true;
+}
+
+QCoro::Task<std::optional<quint32>> NotificationDaemon::show(
+    std::shared_ptr<NotificationDaemon> daemon, NotificationContent content, quint32 replaced)
+{
+    if (daemon->m_owner.isEmpty())
+        co_return std::nullopt;
+    // That very one, since another one may not have the skills, nor what is to be replaced.
+    QDBusMessage message = methodOf(daemon->m_owner, u"Notify"_s);
+    message.setArguments(daemon->arguments(content, replaced));
+    // Without limit: somebody who is slow shows it yet, and the bus tells of one who went away.
+    const QDBusPendingCall showing
+        = QDBusConnection::sessionBus().asyncCall(message, std::numeric_limits<int>::max());
+    const QDBusMessage answer = co_await showing;
+    const quint32 number = answer.arguments().value(0).toUInt();
+    if (!isAnswer(answer) || number == 0)
+        co_return std::nullopt;
+    co_return number;
+}
+
+void NotificationDaemon::close(quint32 number) const
+{
+    if (m_owner.isEmpty())
+        return;
+    QDBusMessage message = methodOf(m_owner, u"CloseNotification"_s);
+    message << number;
+    QDBusConnection::sessionBus().send(message);
+}
+
+void NotificationDaemon::listen()
+{
+    m_isListening = true;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    // From anybody; who sent it is looked at when it comes. Where a sender is named, the toolkit asks the bus
+    // for it, and waits.
+    const QString anybody;
+    bus.connect(anybody, objectPath, serviceName, u"ActionInvoked"_s, this,
+        SLOT(actionInvoked(uint, QString, QDBusMessage)));
+    bus.connect(anybody, objectPath, serviceName, u"ActivationToken"_s, this,
+        SLOT(activationToken(uint, QString, QDBusMessage)));
+    bus.connect(anybody, objectPath, serviceName, u"NotificationClosed"_s, this,
+        SLOT(notificationClosed(uint, uint, QDBusMessage)));
+    connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &NotificationDaemon::followOwner);
+    m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    m_watcher.setConnection(bus);
+    m_watcher.addWatchedService(serviceName);
+}
+
+void NotificationDaemon::followOwner(
+    const QString & /*service*/, const QString & /*oldOwner*/, const QString &newOwner)
+{
+    m_owner.clear();
+    m_name.clear();
+    if (!newOwner.isEmpty())
+        Q_EMIT appeared();
+}
+
+QList<QVariant> NotificationDaemon::arguments(const NotificationContent &content, quint32 replaced) const
+{
+    QVariantMap hints{{u"desktop-entry"_s, m_sender.applicationId}};
+    if (content.sound == NotificationSound::Default && replaced == 0)
+        hints.insert(u"sound-name"_s, u"message-new-instant"_s); // of the Sound Naming Specification
+    else
+        hints.insert(u"suppress-sound"_s, true);
+    QStringList actions;
+    if (m_skills.contains(u"actions"_s))
+        actions = {u"default"_s, u"Open"_s};
+    const bool hasMarkup = m_skills.contains(u"body-markup"_s);
+    constexpr int asLongAsUsual = -1;
+    return {m_sender.name, replaced, m_sender.applicationId, content.title,
+        hasMarkup ? content.body.toHtmlEscaped() : content.body, actions, hints, asLongAsUsual};
+}
+
+bool NotificationDaemon::isFromDaemon(const QDBusMessage &message) const
+{
+    return !m_owner.isEmpty() && message.service() == m_owner;
+}
+
+void NotificationDaemon::actionInvoked(uint number, const QString &action, const QDBusMessage &message)
+{
+    if (!isFromDaemon(message) || action != u"default")
+        return;
+    const QString token = number == m_tokenNumber ? std::exchange(m_token, {}) : QString();
+    Q_EMIT chosen(number, token);
+}
+
+void NotificationDaemon::activationToken(uint number, const QString &token, const QDBusMessage &message)
+{
+    if (!isFromDaemon(message))
+        return;
+    m_tokenNumber = number;
+    m_token = token;
+}
+
+void NotificationDaemon::notificationClosed(uint number, uint /*reason*/, const QDBusMessage &message)
+{
+    if (isFromDaemon(message))
+        Q_EMIT closed(number);
+}
+
+} // namespace orbitledge

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/SerialQueue.h"
+#include "platform/UserNotificationCenter.h"
+
+#include <QCoroTask>
+#include <QDBusMessage>
+#include <QDBusServiceWatcher>
+#include <QObject>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+namespace orbitledge {
+
+/// Who sends notifications, as the desktop knows it.
+struct NotificationSender {
+    /// For people.
+    QString name;
+    /// Of the desktop entry and of the icon.
+    QString applicationId;
+};
+
+/// The daemon of the Desktop Notifications Specification, as it is seen over the session bus. Kept alive by
+/// the calls that wait for it.
+class NotificationDaemon final : public QObject {
+    Q_OBJECT
+
+public:
+    /// `patience` is for answers to questions that take no time.
+    NotificationDaemon(NotificationSender sender, std::chrono::milliseconds patience);
+
+    // As in NotificationDisplay.
+
+    static QCoro::Task<bool> awaken(std::shared_ptr<NotificationDaemon> daemon);
+    static QCoro::Task<std::optional<quint32>> show(
+        std::shared_ptr<NotificationDaemon> daemon, NotificationContent content, quint32 replaced);
+    void close(quint32 number) const;
+    [[nodiscard]] const QString &name() const { return m_name; }
+
+Q_SIGNALS:
+    void appeared();
+    void chosen(quint32 number, const QString &activationToken);
+    void closed(quint32 number);
+
+private:
+    void listen();
+    void followOwner(const QString &service, const QString &oldOwner, const QString &newOwner);
+    [[nodiscard]] QList<QVariant> arguments(const NotificationContent &content, quint32 replaced) const;
+    [[nodiscard]] bool isFromDaemon(const QDBusMessage &message) const;
+
+    // Called by the bus.
+    Q_SLOT void actionInvoked(uint number, const QString &action, const QDBusMessage &message);
+    Q_SLOT void activationToken(uint number, const QString &token, const QDBusMessage &message);
+    Q_SLOT void notificationClosed(uint number, uint reason, const QDBusMessage &message);
+
+    NotificationSender m_sender;
+    std::chrono::milliseconds m_patience;
+    SerialQueue m_connecting;
+    QDBusServiceWatcher m_watcher;
+    bool m_isListening = false;
+    /// Of whom was awakened last: its unique name on the bus, and that together with the bus's own.
+    QString m_owner;
+    QString m_name;
+    QStringList m_skills;
+    quint32 m_tokenNumber = 0;
+    QString m_token;
+};
+
+} // namespace orbitledge
