@@ -38,7 +38,8 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
     if (command == "--help" || command == "-h")
         return print(generalHelp());
     if (command == "--version")
-        return print(u"orbitledge %1\n"_s.arg(QLatin1StringView(build::version)));
+        return print(u"orbitledge %1 (build %2)\n"_s.arg(
+            QLatin1StringView(build::version), QLatin1StringView(build::buildNumber)));
     reportError(environment,
         u"the command \"%1\" is not known, \"orbitledge --help\" lists them"_s.arg(
             QString::fromUtf8(command)));

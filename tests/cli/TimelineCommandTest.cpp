@@ -1,5 +1,6 @@
 #include "cli/TimelineCommand.h"
 
+#include "BuildInfo.h"
 #include "cli/Terminal.h"
 #include "support/CommandHarness.h"
 #include "support/SampleRecords.h"
@@ -306,7 +307,8 @@ private Q_SLOTS:
         for (const char *option : {"--snapshot", "--currency", "--now", "--time-zone", "--locale", "--json"})
             QVERIFY2(m_harness->output.contains(option), option);
         QCOMPARE(m_harness->run({"--version"}), ExitCode::Success);
-        QVERIFY(m_harness->output.startsWith("orbitledge "));
+        QCOMPARE(m_harness->output,
+            QByteArray("orbitledge ") + build::version + " (build " + build::buildNumber + ")\n");
     }
 
     void shouldRefuseUnknownCommandsAndNone()
