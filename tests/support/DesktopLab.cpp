@@ -104,6 +104,12 @@ std::unique_ptr<QProcess> DesktopLab::makeChild(const QString &name) const
     return child;
 }
 
+QByteArray DesktopLab::wordsOf(const QString &name) const
+{
+    QFile words(path(name + u".err"_s));
+    return words.open(QIODevice::ReadOnly) ? words.readAll() : QByteArray();
+}
+
 void DesktopLab::start(QProcess &child, const QString &program, const QStringList &arguments)
 {
     child.start(program, arguments);
@@ -198,17 +204,28 @@ QString DesktopLab::busConfiguration(const Options &options) const
            "%3</policy></busconfig>\n"_s.arg(path(u"runtime/bus"_s), path(u"services"_s), options.busPolicy);
 }
 
+void DesktopLab::writeServiceFile(const QString &name, const QString &command) const
+{
+    writeFile(path(u"services/"_s + name + u".service"_s),
+        u"[D-BUS Service]\nName=%1\nExec=%2\n"_s.arg(name, command));
+}
+
+void DesktopLab::offerService(const QString &name, const QString &command)
+{
+    writeServiceFile(name, command);
+    const QDBusMessage reload = QDBusMessage::createMethodCall(
+        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"ReloadConfig"_s);
+    if (m_bus.call(reload).type() != QDBusMessage::ReplyMessage)
+        qFatal("the bus does not read its configuration anew");
+}
+
 void DesktopLab::startBus(const Options &options)
 {
     QDir().mkpath(path(u"services"_s));
-    const auto addService = [this](const QString &name, const QString &command) {
-        writeFile(path(u"services/"_s + name + u".service"_s),
-            u"[D-BUS Service]\nName=%1\nExec=%2\n"_s.arg(name, command));
-    };
     if (options.hasDisplay)
-        addService(prompterName, u"/usr/libexec/gcr-prompter"_s);
+        writeServiceFile(prompterName, u"/usr/libexec/gcr-prompter"_s);
     if (!options.keyringCommand.isEmpty())
-        addService(keyringName, options.keyringCommand);
+        writeServiceFile(keyringName, options.keyringCommand);
     writeFile(path(u"bus.conf"_s), busConfiguration(options));
 
     m_busDaemon = makeChild(u"bus"_s);
@@ -328,11 +345,8 @@ void DesktopLab::startService(const QString &name, const QString &program, const
     service->setStandardOutputFile(QProcess::nullDevice());
     start(*service, program, arguments);
     await(qPrintable(name), [&] {
-        if (service->state() == QProcess::NotRunning) {
-            QFile words(path(name + u".err"_s));
-            words.open(QIODevice::ReadOnly);
-            qFatal("%s ended: %s", qPrintable(program), words.readAll().constData());
-        }
+        if (service->state() == QProcess::NotRunning)
+            qFatal("%s ended: %s", qPrintable(program), wordsOf(name).constData());
         return isOnBus(name);
     });
 }
@@ -340,6 +354,11 @@ void DesktopLab::startService(const QString &name, const QString &program, const
 void DesktopLab::pauseService(const QString &name)
 {
     sendSignal(*m_services.at(name), SIGSTOP);
+}
+
+void DesktopLab::resumeService(const QString &name)
+{
+    sendSignal(*m_services.at(name), SIGCONT);
 }
 
 void DesktopLab::killService(const QString &name)
@@ -356,7 +375,7 @@ QByteArray DesktopLab::run(const QString &program, const QStringList &arguments,
     child->closeWriteChannel();
     if (!child->waitForFinished(patience) || child->exitStatus() != QProcess::NormalExit
         || child->exitCode() != 0)
-        qFatal("%s failed", qPrintable(program));
+        qFatal("%s failed: %s", qPrintable(program), wordsOf(u"run"_s).constData());
     return child->readAllStandardOutput();
 }
 

@@ -106,7 +106,11 @@ public:
     /// Starts a program that then answers for `name` on the bus.
     void startService(const QString &name, const QString &program, const QStringList &arguments);
     void pauseService(const QString &name);
+    void resumeService(const QString &name);
     void killService(const QString &name);
+
+    /// Has the bus start a program when somebody asks for `name`.
+    void offerService(const QString &name, const QString &command);
 
     /// Runs a program to its end, which has to be a good one, and returns what it printed.
     QByteArray run(const QString &program, const QStringList &arguments, const QByteArray &input = {});
@@ -117,10 +121,13 @@ public:
 private:
     /// A child that ends with this process; its words are kept in a file of the folder.
     std::unique_ptr<QProcess> makeChild(const QString &name) const;
+    /// What a child said on its standard error.
+    [[nodiscard]] QByteArray wordsOf(const QString &name) const;
     static void start(QProcess &child, const QString &program, const QStringList &arguments);
     static void end(std::unique_ptr<QProcess> &child, int signal);
     void startDisplay();
     void startBus(const Options &options);
+    void writeServiceFile(const QString &name, const QString &command) const;
     [[nodiscard]] QString busConfiguration(const Options &options) const;
 
     QTemporaryDir m_folder;

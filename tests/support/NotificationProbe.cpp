@@ -14,8 +14,8 @@
 ///
 /// It does one after the other, and says the first word of each when it has done it, with what is to be told.
 /// What a person chooses it opens with xdg-open. Arguments: the file; and perhaps the name and the number of
-/// a step: it kills itself there, when it comes to that step for the so manieth time: before-show, while-showing,
-/// after-show, before-save, after-save.
+/// a step: it kills itself there, when it comes to that step for the so manieth time: before-show,
+/// while-showing, after-show, before-save, after-save.
 
 #include "platform/linux/DesktopWorkspace.h"
 #include "platform/linux/PosixFileStore.h"
@@ -235,7 +235,7 @@ private:
     std::shared_ptr<StoppedClock> m_clock
         = std::make_shared<StoppedClock>(*Instant::fromText("2026-03-17T12:00:00Z"));
     std::shared_ptr<FakeWallClockAlarm> m_alarm = std::make_shared<FakeWallClockAlarm>(m_clock);
-    DesktopWorkspace m_workspace;
+    DesktopWorkspace m_workspace{std::nullopt};
     DesktopNotificationCenter m_center;
     bool m_isBusy = false;
 };

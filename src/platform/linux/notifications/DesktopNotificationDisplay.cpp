@@ -1,5 +1,7 @@
 #include "platform/linux/notifications/DesktopNotificationDisplay.h"
 
+#include "platform/linux/notifications/NotificationDaemon.h"
+
 #include <utility>
 
 namespace orbitledge {

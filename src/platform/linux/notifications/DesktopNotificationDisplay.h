@@ -1,12 +1,14 @@
 #pragma once
 
-#include "platform/linux/notifications/NotificationDaemon.h"
 #include "platform/linux/notifications/NotificationDisplay.h"
+#include "platform/linux/notifications/NotificationSender.h"
 
 #include <chrono>
 #include <memory>
 
 namespace orbitledge {
+
+class NotificationDaemon;
 
 /// Who shows notifications on the session bus. May be destroyed at any time; what runs then ends on its own.
 class DesktopNotificationDisplay final : public NotificationDisplay {

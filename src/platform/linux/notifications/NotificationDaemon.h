@@ -2,6 +2,7 @@
 
 #include "platform/SerialQueue.h"
 #include "platform/UserNotificationCenter.h"
+#include "platform/linux/notifications/NotificationSender.h"
 
 #include <QCoroTask>
 #include <QDBusMessage>
@@ -13,14 +14,6 @@
 #include <optional>
 
 namespace orbitledge {
-
-/// Who sends notifications, as the desktop knows it.
-struct NotificationSender {
-    /// For people.
-    QString name;
-    /// Of the desktop entry and of the icon.
-    QString applicationId;
-};
 
 /// The daemon of the Desktop Notifications Specification, as it is seen over the session bus. Kept alive by
 /// the calls that wait for it.
