@@ -57,6 +57,11 @@ std::optional<std::filesystem::path> XdgDirectories::configuration() const
     return place("XDG_CONFIG_HOME", ".config");
 }
 
+std::optional<std::filesystem::path> XdgDirectories::state() const
+{
+    return place("XDG_STATE_HOME", std::filesystem::path(".local") / "state");
+}
+
 std::filesystem::path XdgDirectories::temporary() const
 {
     return absolutePath("TMPDIR").value_or("/tmp");
