@@ -1,0 +1,33 @@
+#include "platform/linux/notifications/SessionBusCall.h"
+
+#include "platform/SerialQueue.h"
+
+#include <QCoroDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusPendingCall>
+
+#include <algorithm>
+#include <limits>
+
+namespace orbitledge {
+
+QCoro::Task<bool> reachSessionBus()
+{
+    SerialQueue background;
+    const auto connect = [] { return QDBusConnection::sessionBus().isConnected(); };
+    auto connecting = background.run(connect);
+    const bool isConnected = co_await connecting;
+    co_return isConnected;
+}
+
+QCoro::Task<QDBusMessage> callSessionBus(QDBusMessage message, std::chrono::milliseconds limit)
+{
+    // The bus knows two more limits: a negative one stands for its own, the greatest for none.
+    const int timeout = static_cast<int>(
+        std::clamp<std::chrono::milliseconds::rep>(limit.count(), 1, std::numeric_limits<int>::max() - 1));
+    const QDBusPendingCall pending = QDBusConnection::sessionBus().asyncCall(message, timeout);
+    QDBusMessage reply = co_await pending;
+    co_return reply;
+}
+
+} // namespace orbitledge

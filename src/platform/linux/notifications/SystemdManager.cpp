@@ -1,0 +1,151 @@
+#include "platform/linux/notifications/SystemdManager.h"
+
+#include "platform/OneShot.h"
+#include "platform/linux/notifications/SessionBusCall.h"
+
+#include <QDBusConnection>
+#include <QDBusError>
+
+#include <algorithm>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+using std::chrono::milliseconds;
+
+namespace {
+
+const QString managerPath = u"/org/freedesktop/systemd1"_s;
+const QString managerInterface = u"org.freedesktop.systemd1.Manager"_s;
+
+bool isError(const QDBusMessage &reply)
+{
+    return reply.type() != QDBusMessage::ReplyMessage;
+}
+
+QString silence()
+{
+    return u"systemd does not answer"_s;
+}
+
+QString reasonOf(const QDBusMessage &error)
+{
+    switch (QDBusError(error).type()) {
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+        return silence();
+    default:
+        break;
+    }
+    // Some of its messages have more lines, and their own full stop.
+    QString words = error.errorMessage().section(u'\n', 0, 0).trimmed();
+    while (words.endsWith(u'.'))
+        words.chop(1);
+    return words.isEmpty() ? u"systemd answers with %1"_s.arg(error.errorName())
+                           : u"systemd says “%1”"_s.arg(words);
+}
+
+SystemdManager::Outcome outcomeOf(const QDBusMessage &reply)
+{
+    if (isError(reply))
+        return tl::make_unexpected(reasonOf(reply));
+    return {};
+}
+
+} // namespace
+
+QCoro::Task<tl::expected<std::shared_ptr<SystemdManager>, QString>> SystemdManager::find(milliseconds limit)
+{
+    const bool hasBus = co_await reachSessionBus();
+    if (!hasBus)
+        co_return std::shared_ptr<SystemdManager>();
+    const QDeadlineTimer deadline(limit);
+    // A call to the name itself would have the bus start something.
+    QDBusMessage ask = QDBusMessage::createMethodCall(
+        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"GetNameOwner"_s);
+    ask << u"org.freedesktop.systemd1"_s;
+    const QDBusMessage reply = co_await callSessionBus(ask, limit);
+    if (reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1)
+        co_return std::shared_ptr<SystemdManager>();
+    if (isError(reply))
+        co_return tl::make_unexpected(u"the session bus does not tell whether systemd is there"_s);
+    co_return std::make_shared<SystemdManager>(reply.arguments().value(0).toString(), deadline);
+}
+
+SystemdManager::SystemdManager(QString uniqueName, QDeadlineTimer deadline)
+    : m_uniqueName(std::move(uniqueName))
+    , m_deadline(deadline)
+{
+    // The bus looks for the slot by the names of its types, and knows this one only from its first use.
+    qRegisterMetaType<QDBusObjectPath>();
+    QDBusConnection::sessionBus().connect(m_uniqueName, managerPath, managerInterface, u"JobRemoved"_s, this,
+        SLOT(removeJob(uint, QDBusObjectPath, QString, QString)));
+}
+
+QDBusMessage SystemdManager::method(const QString &name) const
+{
+    return QDBusMessage::createMethodCall(m_uniqueName, managerPath, managerInterface, name);
+}
+
+milliseconds SystemdManager::left() const
+{
+    return std::max(
+        milliseconds(1), std::chrono::duration_cast<milliseconds>(m_deadline.remainingTimeAsDuration()));
+}
+
+QCoro::Task<SystemdManager::Outcome> SystemdManager::reload()
+{
+    const QDBusMessage reply = co_await callSessionBus(method(u"Reload"_s), left());
+    co_return outcomeOf(reply);
+}
+
+QCoro::Task<SystemdManager::Outcome> SystemdManager::restart(QString unit)
+{
+    QDBusMessage message = method(u"RestartUnit"_s);
+    message << unit << u"replace"_s;
+    const QDBusMessage reply = co_await callSessionBus(message, left());
+    if (isError(reply))
+        co_return tl::make_unexpected(reasonOf(reply));
+    const Outcome outcome = co_await finish(qvariant_cast<QDBusObjectPath>(reply.arguments().value(0)));
+    co_return outcome;
+}
+
+QCoro::Task<SystemdManager::Outcome> SystemdManager::stop(QString unit)
+{
+    QDBusMessage message = method(u"StopUnit"_s);
+    message << unit << u"replace"_s;
+    const QDBusMessage reply = co_await callSessionBus(message, left());
+    if (reply.errorName() == "org.freedesktop.systemd1.NoSuchUnit"_L1)
+        co_return {};
+    if (isError(reply))
+        co_return tl::make_unexpected(reasonOf(reply));
+    const Outcome outcome = co_await finish(qvariant_cast<QDBusObjectPath>(reply.arguments().value(0)));
+    co_return outcome;
+}
+
+QCoro::Task<SystemdManager::Outcome> SystemdManager::finish(QDBusObjectPath job)
+{
+    OneShot<QString> ended;
+    if (m_results.contains(job.path()))
+        ended.settle(m_results.value(job.path()));
+    m_awaitedJob = job.path();
+    m_awaitedResult = &ended;
+    const std::optional<QString> result = co_await ended.settledWithin(left());
+    m_awaitedResult = nullptr;
+    if (!result)
+        co_return tl::make_unexpected(silence());
+    if (*result != "done"_L1)
+        co_return tl::make_unexpected(u"systemd ends the request as “%1”"_s.arg(*result));
+    co_return {};
+}
+
+void SystemdManager::removeJob(
+    uint /*number*/, const QDBusObjectPath &job, const QString & /*unit*/, const QString &result)
+{
+    m_results.insert(job.path(), result);
+    if (m_awaitedResult != nullptr && job.path() == m_awaitedJob)
+        m_awaitedResult->settle(result);
+}
+
+} // namespace orbitledge
