@@ -7,8 +7,13 @@
 #include "platform/linux/SettingsFile.h"
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/SystemClock.h"
+#include "platform/linux/TimerfdAlarm.h"
 #include "platform/linux/XdgDirectories.h"
 #include "platform/linux/keychain/DesktopKeychain.h"
+#include "platform/linux/notifications/DesktopNotificationCenter.h"
+#include "platform/linux/notifications/DesktopNotificationDisplay.h"
+#include "platform/linux/notifications/DesktopNotificationSwitches.h"
+#include "platform/linux/notifications/SystemdDelivery.h"
 #include "service/APIClient.h"
 #include "service/ServiceAddresses.h"
 #include "service/SessionCredentialStore.h"
@@ -36,6 +41,13 @@ int terminalColumns()
     return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
+/// Scripts expect one line on standard error and no remarks of the libraries. QT_LOGGING_RULES brings them
+/// back.
+void silenceLibraries()
+{
+    QLoggingCategory::setFilterRules(u"*=false"_s);
+}
+
 ServiceAccess makeService(const QUrl &baseURL)
 {
     const QString applicationId = QString::fromLatin1(build::applicationId);
@@ -48,14 +60,55 @@ ServiceAccess makeService(const QUrl &baseURL)
     return {std::move(client), std::move(credentials)};
 }
 
+DesktopNotificationCenter::Parts notificationParts()
+{
+    const QString applicationId = QString::fromLatin1(build::applicationId);
+    const auto variable = [](const char *name) { return qgetenv(name); };
+    const XdgDirectories directories(variable);
+    const std::filesystem::path temporary = directories.temporary();
+    auto files = std::make_shared<PosixFileStore>();
+    return {
+        .file = directories.state().value_or(temporary) / build::applicationId / "reminders.json",
+        .files = files,
+        .clock = std::make_shared<SystemClock>(),
+        .timeZone = TimeZone::system,
+        .alarm = std::make_shared<TimerfdAlarm>(),
+        .display = std::make_shared<DesktopNotificationDisplay>(NotificationSender{
+            .name = u"Orbitledge"_s,
+            .applicationId = applicationId,
+            .isShortLived = true,
+        }),
+        .switches = std::make_shared<DesktopNotificationSwitches>(DesktopNotificationSwitches::Settings{
+            .variable = variable,
+            .desktopId = applicationId,
+            .applicationName = u"Orbitledge"_s,
+        }),
+        .unattended = std::make_shared<SystemdDelivery>(SystemdDelivery::Settings{
+            .applicationId = applicationId,
+            .programPath = QCoreApplication::applicationFilePath().toStdString(),
+            .configurationFolder = directories.configuration().value_or(temporary),
+            .dataFolder = directories.data().value_or(temporary),
+            .variable = variable,
+            .files = files,
+        }),
+    };
+}
+
+NotificationDelivery deliverReminders(int argc, char **argv)
+{
+    constexpr std::chrono::seconds limit(60);
+    silenceLibraries();
+    const QCoreApplication application(argc, argv);
+    DesktopNotificationCenter center(notificationParts());
+    return QCoro::waitFor(center.deliverDue(limit));
+}
+
 tl::expected<ExitCode, QString> withService(int argc, char **argv, const ServiceCommand &command)
 {
     const auto addresses = ServiceAddresses::fromEnvironment([](const char *name) { return qgetenv(name); });
     if (!addresses)
         return tl::make_unexpected(addresses.error());
-    // Scripts expect one line on standard error and no remarks of the libraries. QT_LOGGING_RULES brings
-    // them back.
-    QLoggingCategory::setFilterRules(u"*=false"_s);
+    silenceLibraries();
     const QCoreApplication application(argc, argv);
     return QCoro::waitFor(command(makeService(addresses->api)));
 }
@@ -83,6 +136,7 @@ Environment systemEnvironment(int argc, char **argv)
         = [](const QString &prompt) { return readPassword(STDIN_FILENO, prompt.toLocal8Bit()); },
         .withService
         = [argc, argv](const ServiceCommand &command) { return withService(argc, argv, command); },
+        .deliverReminders = [argc, argv] { return deliverReminders(argc, argv); },
         .writeOutput
         = [](const QByteArray &bytes) { return PosixFileStore::writeDescriptor(STDOUT_FILENO, bytes); },
         .writeError = [](const QByteArray &bytes) { PosixFileStore::writeDescriptor(STDERR_FILENO, bytes); },

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "BuildInfo.h"
+#include "cli/DeliverRemindersCommand.h"
 #include "cli/HelpTexts.h"
 #include "cli/RemindersCommand.h"
 #include "cli/SessionCommands.h"
@@ -22,6 +23,8 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
         return runTimeline(rest, environment);
     if (command == "reminders")
         return runReminders(rest, environment);
+    if (command == "deliver-reminders")
+        return runDeliverReminders(rest, environment);
     if (command == "sign-in")
         return runSignIn(rest, environment);
     if (command == "refresh")

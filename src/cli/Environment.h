@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/FileStore.h"
 #include "platform/UserDefaults.h"
+#include "platform/UserNotificationCenter.h"
 #include "service/APIClientProtocol.h"
 #include "service/SessionCredentialStoring.h"
 
@@ -43,6 +44,8 @@ struct Environment {
     /// Runs the command with an event loop and a client of the service at the addresses that are in force.
     /// On failure why there is no such client, for people; then nothing was run.
     std::function<tl::expected<ExitCode, QString>(const ServiceCommand &)> withService;
+    /// Shows the reminders that are due, with an event loop of its own.
+    std::function<NotificationDelivery()> deliverReminders;
     /// False where not everything could be written.
     std::function<bool(const QByteArray &)> writeOutput;
     std::function<void(const QByteArray &)> writeError;

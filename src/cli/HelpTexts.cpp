@@ -13,6 +13,8 @@ Commands:
   timeline     print the totals, this week, and the coming renewals
   reminders    print which reminders are planned
   sign-out     sign out, and remove what was fetched
+  deliver-reminders
+               show the reminders that are due; a timer does that for you
 
 Options:
   -h, --help   print this help, or that of a command
@@ -68,6 +70,22 @@ Environment:
 
 Exit status: 0 on success, 1 where something cannot be read, 2 where an argument
 is wrong.
+)");
+}
+
+QString deliverRemindersHelp()
+{
+    return QStringLiteral(R"(Usage: orbitledge deliver-reminders
+Shows the reminders that are due on your desktop, and ends. Where systemd runs
+for you, a timer of its calls this while Orbitledge is not running. Each
+reminder is shown once, whoever shows it; where Orbitledge is running, this does
+nothing.
+
+Options:
+  -h, --help        print this help
+
+Exit status: 0 on success, 1 where a reminder is due that cannot be shown, 2
+where an argument is wrong.
 )");
 }
 

@@ -8,6 +8,7 @@ namespace orbitledge {
 QString generalHelp();
 QString timelineHelp();
 QString remindersHelp();
+QString deliverRemindersHelp();
 QString signInHelp();
 QString refreshHelp();
 QString signOutHelp();

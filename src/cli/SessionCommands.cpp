@@ -1,6 +1,7 @@
 #include "cli/SessionCommands.h"
 
 #include "cli/HelpTexts.h"
+#include "cli/Operands.h"
 #include "cli/Terminal.h"
 #include "service/AccountData.h"
 #include "state/SnapshotCache.h"
@@ -10,37 +11,6 @@ namespace orbitledge {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-ExitCode usageError(const Environment &environment, QLatin1StringView command, const QString &reason)
-{
-    reportError(environment, command + u": "_s + reason);
-    return ExitCode::Usage;
-}
-
-/// Takes the words that are no options, which are `most` at most. Absent where the command has ended with
-/// this, as `end` tells.
-std::optional<QList<QByteArray>> operandsOf(std::span<const QByteArray> words, qsizetype most,
-    QLatin1StringView command, QString (*help)(), const Environment &environment, ExitCode &end)
-{
-    QList<QByteArray> operands;
-    for (const QByteArray &word : words) {
-        if (word == "--help" || word == "-h") {
-            end = finish(environment, writeText(environment, help()));
-            return std::nullopt;
-        }
-        const QString quoted = u'"' + QString::fromUtf8(word) + u'"';
-        if (word.startsWith('-')) {
-            end = usageError(environment, command, u"the option %1 is not known"_s.arg(quoted));
-            return std::nullopt;
-        }
-        if (operands.size() == most) {
-            end = usageError(environment, command, u"%1 was not expected"_s.arg(quoted));
-            return std::nullopt;
-        }
-        operands.append(word);
-    }
-    return operands;
-}
 
 ExitCode fail(const Environment &environment, const APIError &error)
 {

@@ -36,6 +36,20 @@ struct Session {
         return pages.open(QIODevice::ReadOnly) ? pages.readAll().split('\n') : QByteArrayList();
     }
 
+    void startMock(const QString &serverName)
+    {
+        lab.startService(Dunst::name(), u"/usr/bin/python3"_s,
+            {QStringLiteral(ORBITLEDGE_TEST_SUPPORT) + u"/mock_notifications.py"_s, serverName});
+    }
+    void chooseOnMock(uint number)
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            Dunst::name(), u"/org/freedesktop/Notifications"_s, u"app.orbitledge.Test"_s, u"Choose"_s);
+        message << number;
+        if (lab.bus().call(message).type() != QDBusMessage::ReplyMessage)
+            qFatal("nobody can choose");
+    }
+
     /// How often a notification of that title was sent to whoever shows them.
     int sentCount(const QByteArray &title)
     {
@@ -235,6 +249,36 @@ private Q_SLOTS:
         driver.tell("start");
         session.dunst.awaitDisplayed(1);
         driver.awaitPending({});
+    }
+
+    void shouldTellOfWhatAnEarlierRunHasShown()
+    {
+        // By a daemon that tells everybody what was chosen.
+        Session session;
+        session.startMock(u"mock"_s);
+        session.lab.startMonitor();
+        {
+            NotificationDriver driver(session.environment, session.file());
+            driver.tell("start");
+            driver.tell("now earlier");
+            driver.tell("save");
+            driver.tell("clock 2026-03-17T12:00:02Z");
+            driver.awaitPending({});
+            driver.tell("save");
+            driver.quit();
+        }
+        (void)session.notifyFromElsewhere();
+        NotificationDriver driver(session.environment, session.file());
+        driver.tell("start");
+        QCOMPARE(driver.tell("settings"), "0 on"); // by now it knows the daemon
+        session.chooseOnMock(2);
+        session.chooseOnMock(1);
+        QCOMPARE(driver.awaitLine("chosen"), "chosen https://example.com/earlier opened token-1");
+        QVERIFY(!driver.hasSaid("chosen"));
+        // And takes it back, also after another start, but not what belongs to others.
+        QCOMPARE(driver.tell("forget"), "");
+        driver.quit();
+        QTRY_COMPARE(session.lab.monitored().count("member=CloseNotification"), 1);
     }
 
     // ---- killed on the way ----

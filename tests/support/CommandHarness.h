@@ -29,6 +29,9 @@ struct CommandHarness {
     /// Why there is no service.
     std::optional<QString> noService;
 
+    /// How showing what is due ends.
+    NotificationDelivery delivery = NotificationDelivery::Done;
+
     // Of the last run
     QByteArray output;
     QByteArray errors;
@@ -52,6 +55,7 @@ struct CommandHarness {
                 return tl::make_unexpected(*noService);
             return QCoro::waitFor(command({client, credentials}));
         },
+        .deliverReminders = [this] { return delivery; },
         .writeOutput =
             [this](const QByteArray &bytes) {
                 output += bytes;

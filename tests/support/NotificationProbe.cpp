@@ -150,7 +150,7 @@ public:
           })
     {
         QObject::connect(&m_center, &UserNotificationCenter::chosen, &m_center,
-            [this](const auto &userInfo) { open(userInfo.value(u"url"_s)); });
+            [this](const auto &userInfo, const QString &token) { open(userInfo.value(u"url"_s), token); });
     }
 
     /// One after the other.
@@ -226,10 +226,10 @@ private:
         };
     }
 
-    QCoro::Task<> open(QString url)
+    QCoro::Task<> open(QString url, QString token)
     {
-        const bool isOpened = co_await m_workspace.open(QUrl(url), {});
-        say("chosen " + url.toUtf8() + (isOpened ? " opened" : " failed"));
+        const bool isOpened = co_await m_workspace.open(QUrl(url), token);
+        say(("chosen " + url.toUtf8() + (isOpened ? " opened " : " failed ") + token.toUtf8()).trimmed());
     }
 
     std::shared_ptr<StoppedClock> m_clock

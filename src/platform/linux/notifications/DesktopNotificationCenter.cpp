@@ -57,8 +57,10 @@ Opening open(QueueFile &file)
     if (!content && content.error().kind != FileError::Kind::NotFound)
         return {.queue = std::nullopt, .failure = content.error().errorDescription};
     file.lock = std::move(*lock);
-    if (!content)
+    if (!content) {
+        file.saved = NotificationQueue().encoded(); // to be written when there is something to keep
         return {.queue = NotificationQueue(), .failure = {}};
+    }
     auto queue = NotificationQueue::decoded(*content);
     if (!queue) {
         // Somebody may still be able to read it.
@@ -326,8 +328,13 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
 {
     while (!self->isClosed()) {
         self->m_queue.expire(self->now(), self->today());
-        if (!self->m_queue.hasDue(self->now()))
+        if (!self->m_queue.hasDue(self->now())) {
+            (void)co_await save(self);
+            // Not before the next delivery is arranged: what comes due until then is for this one.
+            if (self->m_queue.hasDue(self->now()))
+                continue;
             break;
+        }
         const bool isAwake = co_await awakenDisplay(self);
         if (!isAwake)
             co_return false;
@@ -341,7 +348,6 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
         // known until this process ends.
         (void)co_await save(self);
     }
-    (void)co_await save(self);
     co_return true;
 }
 
@@ -373,6 +379,10 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
     if (!isOpen)
         co_return self->m_openingFailure.isEmpty() ? NotificationDelivery::Elsewhere
                                                    : NotificationDelivery::Unreadable;
+    // Who shows them may not see whose they are, and then cannot follow the switch.
+    const NotificationSwitchPositions switches = co_await self->m_parts.switches->read();
+    if (!switches.allows)
+        co_return NotificationDelivery::Done;
     auto outcome = std::make_shared<OneShot<bool>>();
     settleWhenDelivered(self, outcome);
     const std::optional<bool> isDone = co_await outcome->settledWithin(limit);

@@ -48,7 +48,8 @@ public:
     /// it nothing is shown. Tries again later where another process is in charge.
     void start();
 
-    /// Shows what is due, without `start`, and has the next delivery started. Ends after `limit`.
+    /// Shows what is due, without `start`, and has the next delivery started. Ends after `limit`. Where the
+    /// person switched the program's notifications off, nothing is shown.
     QCoro::Task<NotificationDelivery> deliverDue(std::chrono::milliseconds limit);
 
     QCoro::Task<NotificationSettings> settings() override;

@@ -1,5 +1,7 @@
 #include "platform/linux/notifications/NotificationDaemon.h"
 
+#include "platform/linux/notifications/SessionBusCall.h"
+
 #include <QCoroDBusPendingCall>
 #include <QDBusConnection>
 #include <QDBusPendingCall>
@@ -28,11 +30,6 @@ QDBusMessage busMethod(const QString &method)
         u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
 }
 
-QDBusPendingCall call(const QDBusMessage &message, milliseconds limit)
-{
-    return QDBusConnection::sessionBus().asyncCall(message, static_cast<int>(limit.count()));
-}
-
 bool isAnswer(const QDBusMessage &message)
 {
     return message.type() == QDBusMessage::ReplyMessage;
@@ -49,31 +46,26 @@ NotificationDaemon::NotificationDaemon(NotificationSender sender, milliseconds p
 QCoro::Task<bool> NotificationDaemon::awaken(std::shared_ptr<NotificationDaemon> daemon)
 {
     if (!daemon->m_isListening) {
-        // To connect means to wait for the bus.
-        auto connect = [] { return QDBusConnection::sessionBus().isConnected(); };
-        auto connecting = daemon->m_connecting.run(std::move(connect));
-        const bool isConnected = co_await connecting;
-        if (!isConnected)
+        const bool hasBus = co_await reachSessionBus();
+        if (!hasBus)
             co_return false;
         daemon->listen();
     }
     // Asked anew each time: to a mute one nothing is sent, since it would show all of it when it comes to
     // life again. Starts one where the bus can.
-    const QDBusPendingCall asking
-        = call(methodOf(serviceName, u"GetServerInformation"_s), daemon->m_patience);
-    const QDBusMessage answer = co_await asking;
+    const QDBusMessage answer
+        = co_await callSessionBus(methodOf(serviceName, u"GetServerInformation"_s), daemon->m_patience);
     if (!isAnswer(answer))
         co_return false;
     if (answer.service() == daemon->m_owner)
         co_return true;
 
-    const QDBusPendingCall askingSkills
-        = call(methodOf(answer.service(), u"GetCapabilities"_s), daemon->m_patience);
-    const QDBusMessage skills = co_await askingSkills;
-    const QDBusPendingCall askingBus = call(busMethod(u"GetId"_s), daemon->m_patience);
-    const QDBusMessage bus = co_await askingBus;
+    const QDBusMessage skills
+        = co_await callSessionBus(methodOf(answer.service(), u"GetCapabilities"_s), daemon->m_patience);
+    const QDBusMessage bus = co_await callSessionBus(busMethod(u"GetId"_s), daemon->m_patience);
     if (!isAnswer(skills) || !isAnswer(bus))
         co_return false;
+    daemon->m_isGnomeShell = answer.arguments().value(0).toString() == u"gnome-shell";
     daemon->m_skills = skills.arguments().value(0).toStringList();
     daemon->m_owner = answer.service();
     daemon->m_name = bus.arguments().value(0).toString() + daemon->m_owner;
@@ -109,7 +101,8 @@ void NotificationDaemon::close(quint32 number) const
 
 void NotificationDaemon::listen()
 {
-    m_isListening = true;
+    if (std::exchange(m_isListening, true))
+        return; // another call was first
     QDBusConnection bus = QDBusConnection::sessionBus();
     // From anybody; who sent it is looked at when it comes. Where a sender is named, the toolkit asks the bus
     // for it, and waits.
@@ -137,7 +130,11 @@ void NotificationDaemon::followOwner(
 
 QList<QVariant> NotificationDaemon::arguments(const NotificationContent &content, quint32 replaced) const
 {
-    QVariantMap hints{{u"desktop-entry"_s, m_sender.applicationId}};
+    QVariantMap hints;
+    // GNOME Shell takes back what belongs to an application as soon as its sender leaves the bus; what
+    // belongs to none stays.
+    if (!m_sender.isShortLived || !m_isGnomeShell)
+        hints.insert(u"desktop-entry"_s, m_sender.applicationId);
     if (content.sound == NotificationSound::Default && replaced == 0)
         hints.insert(u"sound-name"_s, u"message-new-instant"_s); // of the Sound Naming Specification
     else

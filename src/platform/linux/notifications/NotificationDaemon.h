@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/SerialQueue.h"
 #include "platform/UserNotificationCenter.h"
 #include "platform/linux/notifications/NotificationSender.h"
 
@@ -50,13 +49,13 @@ private:
 
     NotificationSender m_sender;
     std::chrono::milliseconds m_patience;
-    SerialQueue m_connecting;
     QDBusServiceWatcher m_watcher;
     bool m_isListening = false;
     /// Of whom was awakened last: its unique name on the bus, and that together with the bus's own.
     QString m_owner;
     QString m_name;
     QStringList m_skills;
+    bool m_isGnomeShell = false;
     quint32 m_tokenNumber = 0;
     QString m_token;
 };

@@ -10,6 +10,8 @@ struct NotificationSender {
     QString name;
     /// Of the desktop entry and of the icon.
     QString applicationId;
+    /// It leaves the bus right after sending.
+    bool isShortLived = false;
 };
 
 } // namespace orbitledge
