@@ -55,17 +55,13 @@ inline void roundDown(AuthenticationResponse &record)
     roundDown(record.user);
 }
 
-/// Decodes, and checks that the document is taken for JSON exactly if it is.
-template <typename T> Decoded<T> decodeChecked(const std::uint8_t *data, std::size_t size, JsonSource source)
+/// Checks that a document was taken for JSON exactly if it is.
+template <typename T> void checkDecoded(const Decoded<T> &decoded, std::string_view text)
 {
-    // Not copied, so that a checker of memory knows where the bytes end.
-    const auto json
-        = QByteArray::fromRawData(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    const auto decoded = decodeJson<T>(json, source);
-    const JsonGrammar grammar(textOf(data, size));
+    const JsonGrammar grammar(text);
     if (decoded) {
         require(grammar.isJson() || grammar.depth() >= JsonGrammar::depthLimit, "what was decoded is JSON");
-        return decoded;
+        return;
     }
     const DecodingError &error = decoded.error();
     require(!error.debugDescription.isEmpty(), "a fault is described");
@@ -74,6 +70,15 @@ template <typename T> Decoded<T> decodeChecked(const std::uint8_t *data, std::si
     const bool malformed = error.debugDescription.startsWith(QLatin1StringView("The data is not valid JSON"));
     require(!malformed || !grammar.isJson(), "JSON is not called malformed");
     require(!malformed || error.kind == DecodingError::Kind::DataCorrupted, "malformed data is corrupted");
+}
+
+template <typename T> Decoded<T> decodeChecked(const std::uint8_t *data, std::size_t size, JsonSource source)
+{
+    // Not copied, so that a checker of memory knows where the bytes end.
+    const auto json
+        = QByteArray::fromRawData(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const auto decoded = decodeJson<T>(json, source);
+    checkDecoded(decoded, textOf(data, size));
     return decoded;
 }
 

@@ -57,6 +57,16 @@ private Q_SLOTS:
         QVERIFY(!isAvailableUpdate(manifest, running, std::nullopt));
     }
 
+    void shouldNotReadANumberUpToAZeroCharacter()
+    {
+        ReleaseManifest manifest;
+        manifest.version = u"0.9"_s;
+        manifest.build = u"2"_s;
+        const RunningRelease running{.version = u"1.0"_s, .build = u"1\0-"_s};
+        QCOMPARE(running.build.size(), 3);
+        QVERIFY(!isAvailableUpdate(manifest, running, std::nullopt));
+    }
+
     void shouldHideWhatWasDismissedUntilSomethingNewerComes()
     {
         ReleaseManifest manifest;

@@ -44,6 +44,14 @@ private Q_SLOTS:
         row("1.0.0-", "1.0.0");
         row("2147483647", "2147483648");
         row("1", "99999999999999999999999");
+        row("0.99.99", "1");
+        row("1.0.0-rc.1+2", "1.0.0+1");
+        row("1.0.0-alpha.1", "1.0.0-alpha.1.0");
+        row("1.0.0-alpha", "1.0.0-alpha.");
+        row("1.0.0--1", "1.0.0-a");
+        row("1.0.0-1", "1.0.0--1");
+        row("1.0.0-beta", "1.0.0-\u00E9");
+        row("-1", "0");
     }
     void shouldRank()
     {
@@ -77,12 +85,34 @@ private Q_SLOTS:
         row("", "0");
         row("v", "0.0.0");
         row("+", "");
+        row("vv2", "0");
+        row("1,5", "1");
+        row("0x10", "0");
+        row("1e3", "1");
+        row("1 .2", "1.2");
+        row("1. 2", "1.0");
+        row("\u0661.2", "0.2");
+        row(".1", "0.1");
+        row("...", "0");
+        row("1.0.0.0.0", "1");
+        row("9223372036854775807", "9223372036854775808");
+        row("1.0-rc.01", "1.0-rc.1");
     }
     void shouldBeEqual()
     {
         QFETCH(QString, left);
         QFETCH(QString, right);
         QVERIFY(Version::fromText(left) == Version::fromText(right));
+    }
+
+    void shouldOrderTheExampleOfSemanticVersioning()
+    {
+        const QStringList texts{u"1.0.0-alpha"_s, u"1.0.0-alpha.1"_s, u"1.0.0-alpha.beta"_s, u"1.0.0-beta"_s,
+            u"1.0.0-beta.2"_s, u"1.0.0-beta.11"_s, u"1.0.0-rc.1"_s, u"1.0.0"_s};
+        for (qsizetype i = 0; i < texts.size(); ++i) {
+            for (qsizetype j = 0; j < texts.size(); ++j)
+                QVERIFY((Version::fromText(texts[i]) <=> Version::fromText(texts[j])) == (i <=> j));
+        }
     }
 
     void shouldReadItsParts()
