@@ -35,6 +35,14 @@ QByteArray complaintsOf(const fs::path &file)
     return validator.exitCode() == 0 && said.isEmpty() ? QByteArray() : "it says: " + said;
 }
 
+/// Where a program may be, and quoting has to hold.
+QStringList oddFolders()
+{
+    return {u"a b"_s, u" ends with blanks "_s, u"\"quoted\""_s, u"it's"_s, u"back\\slash"_s, u"\\\\two\\"_s,
+        u"\\n\\s\\t"_s, u"$HOME"_s, u"$(touch pwned)"_s, u"`touch pwned`"_s, u"100%"_s, u"%u%%f"_s,
+        u"a;b&c|d>e<f"_s, u"*?~#(x)"_s, u"--option"_s, u"[Desktop Entry]"_s, u"Ünïcödé 💸"_s, u"\\\"$`%"_s};
+}
+
 mode_t modeOf(const fs::path &path)
 {
     struct stat status{};
@@ -266,10 +274,7 @@ private Q_SLOTS:
     void shouldNameProgramsInOddPlaces_data()
     {
         QTest::addColumn<QString>("folder");
-        for (const QString &folder : {u"a b"_s, u" ends with blanks "_s, u"\"quoted\""_s, u"it's"_s,
-                 u"back\\slash"_s, u"\\\\two\\"_s, u"\\n\\s\\t"_s, u"$HOME"_s, u"$(touch pwned)"_s,
-                 u"`touch pwned`"_s, u"100%"_s, u"%u%%f"_s, u"a;b&c|d>e<f"_s, u"*?~#(x)"_s, u"--option"_s,
-                 u"[Desktop Entry]"_s, u"Ünïcödé 💸"_s, u"\\\"$`%"_s})
+        for (const QString &folder : oddFolders())
             QTest::newRow(qPrintable(folder)) << folder;
     }
     void shouldNameProgramsInOddPlaces()
@@ -283,6 +288,42 @@ private Q_SLOTS:
         // The status is about this very file.
         fs::remove(program);
         QCOMPARE(item->status(), LoginItemStatus::NotFound);
+    }
+
+    void shouldBeStartedFromOddPlacesByAnotherReader_data()
+    {
+        QTest::addColumn<QString>("folder");
+        for (const QString &folder : oddFolders()) {
+            // This reader looks for the program before it undoes the doubling of percent signs.
+            if (!folder.contains(u'%'))
+                QTest::newRow(qPrintable(folder)) << folder;
+        }
+    }
+    void shouldBeStartedFromOddPlacesByAnotherReader()
+    {
+        QFETCH(QString, folder);
+        const fs::path program = root() / folder.toStdString() / "orbitledge";
+        fs::create_directories(program.parent_path());
+        const fs::path record = root() / "record";
+        std::ofstream(program) << "#!/bin/sh\nprintf '%s|' \"$0\" \"$@\" >" << record << '\n';
+        fs::permissions(program, fs::perms::owner_all);
+        const auto item = entryFor(program);
+        QVERIFY(QCoro::waitFor(item->registerItem()));
+
+        QProcess launcher;
+        launcher.setProcessChannelMode(QProcess::MergedChannels);
+        launcher.setWorkingDirectory(m_folder->path());
+        launcher.start(u"/usr/bin/python3"_s,
+            {QStringLiteral(ORBITLEDGE_TEST_SUPPORT "/launch_entry.py"),
+                QString::fromStdString(entryFile().string())});
+        QVERIFY(launcher.waitForFinished());
+        QCOMPARE(launcher.readAll(), QByteArray());
+        const auto recorded = [&] {
+            QFile file(QString::fromStdString(record.string()));
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        QTRY_COMPARE(recorded(), QByteArray::fromStdString(program.native()) + "|--background|");
+        QVERIFY(!fs::exists(root() / "pwned"));
     }
 
     void shouldRefusePathsThatAnEntryCannotHold_data()
