@@ -4,10 +4,10 @@ _orbitledge() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline reminders sign-out --help --version' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline reminders deliver-reminders sign-out --help --version' -- "$word")
         return
     fi
-    if [[ ${COMP_WORDS[1]} =~ ^(sign-in|refresh|sign-out)$ ]]; then
+    if [[ ${COMP_WORDS[1]} =~ ^(sign-in|refresh|deliver-reminders|sign-out)$ ]]; then
         mapfile -t COMPREPLY < <(compgen -W '--help' -- "$word")
         return
     fi

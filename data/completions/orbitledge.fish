@@ -9,6 +9,7 @@ complete -c orbitledge -n __fish_use_subcommand -a sign-in -d 'Sign in, and fetc
 complete -c orbitledge -n __fish_use_subcommand -a refresh -d 'Fetch the subscriptions anew'
 complete -c orbitledge -n __fish_use_subcommand -a timeline -d 'Print the totals, this week, and the coming renewals'
 complete -c orbitledge -n __fish_use_subcommand -a reminders -d 'Print which reminders are planned'
+complete -c orbitledge -n __fish_use_subcommand -a deliver-reminders -d 'Show the reminders that are due'
 complete -c orbitledge -n __fish_use_subcommand -a sign-out -d 'Sign out, and remove what was fetched'
 complete -c orbitledge -n __fish_use_subcommand -l version -d 'Print the version'
 complete -c orbitledge -s h -l help -d 'Print help'
