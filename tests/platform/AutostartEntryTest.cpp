@@ -473,6 +473,7 @@ private Q_SLOTS:
             std::optional<fs::path> place;
             [[nodiscard]] std::optional<fs::path> data() const override { return "/wrong"; }
             [[nodiscard]] std::optional<fs::path> configuration() const override { return place; }
+            [[nodiscard]] std::optional<fs::path> state() const override { return "/wrong"; }
             [[nodiscard]] fs::path temporary() const override { return "/wrong"; }
         };
         Directories directories;
