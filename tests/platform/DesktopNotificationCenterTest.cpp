@@ -450,6 +450,23 @@ private Q_SLOTS:
         QCOMPARE(desk.pending().size(), 1);
     }
 
+    void shouldGoOnAfterItCouldNotPutAFileAside()
+    {
+        NotificationDesk desk("2026-03-17T12:00:00Z");
+        QVERIFY(desk.files->replace(desk.file(), "what is this?"));
+        const auto files = std::make_shared<CountingFileStore>();
+        files->isFull = true;
+        desk.files = files;
+        desk.makeCenter(0ms);
+        const auto added = QCoro::waitFor(desk.center->add(reminderOn({2026, 3, 18})));
+        QVERIFY(!added);
+        QVERIFY(added.error().errorDescription.endsWith(u"No space left on device"));
+        QCOMPARE(contentOf(desk.file()), QByteArray("what is this?"));
+        files->isFull = false;
+        desk.add({reminderOn({2026, 3, 18})});
+        QCOMPARE(desk.pending().size(), 1);
+    }
+
     void shouldNotReplaceAFileThatItMayNotRead()
     {
         NotificationDesk desk("2026-03-17T12:00:00Z");

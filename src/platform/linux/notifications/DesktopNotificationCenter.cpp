@@ -56,8 +56,8 @@ Opening open(QueueFile &file)
     const auto content = file.files->read(file.path);
     if (!content && content.error().kind != FileError::Kind::NotFound)
         return {.queue = std::nullopt, .failure = content.error().errorDescription};
-    file.lock = std::move(*lock);
     if (!content) {
+        file.lock = std::move(*lock);
         file.saved = NotificationQueue().encoded(); // to be written when there is something to keep
         return {.queue = NotificationQueue(), .failure = {}};
     }
@@ -69,8 +69,10 @@ Opening open(QueueFile &file)
         if (const auto kept = file.files->replace(aside, *content); !kept)
             return {
                 .queue = std::nullopt, .failure = queue.error() + u". "_s + kept.error().errorDescription};
+        file.lock = std::move(*lock);
         return {.queue = NotificationQueue(), .failure = {}};
     }
+    file.lock = std::move(*lock);
     file.saved = *content;
     return {.queue = *std::move(queue), .failure = {}};
 }
