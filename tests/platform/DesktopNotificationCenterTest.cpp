@@ -252,6 +252,29 @@ private Q_SLOTS:
         QCOMPARE(desk.display->shown.size(), 2);
     }
 
+    void shouldNotAnnounceAgainWhereTheDisplayWentMeanwhile()
+    {
+        NotificationDesk desk("2026-03-18T08:00:00Z");
+        desk.startCenter();
+        desk.add({reminderAtOnce(u"a"_s)});
+        desk.alarm->moveTo(at("2026-03-18T08:00:02Z"));
+        QTRY_VERIFY(desk.pending().isEmpty());
+        desk.settle();
+        desk.display->isSlow = true;
+        desk.add({reminderAtOnce(u"b"_s)});
+        NotificationRequest again = reminderAtOnce(u"a"_s);
+        again.content.body = u"Other words."_s;
+        desk.add({again});
+        desk.alarm->moveTo(at("2026-03-18T08:00:04Z"));
+        QTRY_COMPARE(desk.display->waitingCount(), 1);
+        desk.display->leave();
+        desk.display->isSlow = false;
+        desk.display->answerAll();
+        QTRY_VERIFY(desk.pending().isEmpty());
+        desk.settle();
+        QCOMPARE(desk.display->titles(), (QStringList{u"a"_s, u"b"_s}));
+    }
+
     // ---- choosing ----
 
     void shouldTellOfItsOwnNotificationsOnly()

@@ -67,6 +67,14 @@ public:
         Q_EMIT appeared();
     }
 
+    /// The daemon ends, as some do that have nothing to show, and is started again when it is needed.
+    void leave()
+    {
+        ownName += QStringLiteral("'");
+        m_name.clear();
+        m_lastNumber = 0;
+    }
+
     void answerAll()
     {
         for (OneShot<bool> *const waiting : std::exchange(m_waiting, {}))

@@ -340,6 +340,8 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
         const bool isAwake = co_await awakenDisplay(self);
         if (!isAwake)
             co_return false;
+        // Another one shows nothing yet of what could have been replaced: it counts as done.
+        self->m_queue.expire(self->now(), self->today());
         const auto batch = self->m_queue.nextBatch(self->now(), self->m_startOfRun);
         if (!batch || self->isClosed())
             continue; // taken away meanwhile
