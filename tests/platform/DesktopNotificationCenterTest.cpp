@@ -351,6 +351,41 @@ private Q_SLOTS:
         QCOMPARE(desk.display->shown.size(), 1);
     }
 
+    void shouldShowWhatCameDueBeforeTheAlarmCouldRing()
+    {
+        NotificationDesk desk("2026-03-18T08:00:00Z");
+        desk.startCenter();
+        desk.add({reminderAtOnce()});
+        // The alarm is set anew before the event loop gets to hear of it.
+        desk.clock->set(at("2026-03-18T08:00:03Z"));
+        desk.settle();
+        QVERIFY(desk.alarm->target);
+        desk.alarm->moveTo(at("2026-03-18T08:00:03Z"));
+        QTRY_COMPARE(desk.display->shown.size(), 1);
+        QTRY_VERIFY(desk.pending().isEmpty());
+        QVERIFY(!desk.alarm->target);
+    }
+
+    void shouldNotRingForWhatNobodyShows()
+    {
+        NotificationDesk desk("2026-03-18T08:00:00Z");
+        desk.display->isThere = false;
+        desk.startCenter();
+        desk.add({reminderAtOnce()});
+        desk.alarm->moveTo(at("2026-03-18T08:00:02Z"));
+        desk.settle();
+        QVERIFY(!desk.alarm->target);
+        desk.display->restart();
+        QTRY_COMPARE(desk.display->shown.size(), 1);
+        // From then on it rings again for what it missed.
+        QTRY_VERIFY(desk.pending().isEmpty());
+        desk.settle();
+        desk.add({reminderAtOnce(u"b"_s)});
+        desk.clock->set(at("2026-03-18T08:00:05Z"));
+        desk.settle();
+        QVERIFY(desk.alarm->target);
+    }
+
     // ---- permission ----
 
     void shouldNotKnowBeforeItWasAsked()

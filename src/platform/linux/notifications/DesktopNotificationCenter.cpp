@@ -283,8 +283,12 @@ QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
 
 void DesktopNotificationCenter::State::setAlarm()
 {
-    if (m_isStarted)
-        m_parts.alarm->set(m_queue.nextDue(now()));
+    if (!m_isStarted)
+        return;
+    // What came due since the alarm was set last: to set it anew keeps it from ringing for that. What is
+    // being delivered, or waits for the next attempt, needs no alarm.
+    const bool isMissed = !m_isDelivering && !m_retry.isActive() && m_queue.hasDue(now());
+    m_parts.alarm->set(isMissed ? now() : m_queue.nextDue(now()));
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self, std::optional<Instant> next)
@@ -318,11 +322,13 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
     self->m_isDelivering = false;
     if (self->isClosed())
         co_return isDone;
-    self->setAlarm();
-    if (isDone)
+    if (isDone) {
+        self->m_retry.stop();
         self->m_pause = shortestPause;
-    else
+    } else {
         self->lookAgainLater();
+    }
+    self->setAlarm();
     co_return isDone;
 }
 
