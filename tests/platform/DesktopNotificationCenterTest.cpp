@@ -621,6 +621,18 @@ private Q_SLOTS:
         QCOMPARE(desk.display->shown.size(), 1);
     }
 
+    void shouldHaveTheNextOneDeliveredWhereNotificationsAreSwitchedOff()
+    {
+        NotificationDesk desk("2026-03-17T12:00:00Z");
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18}, u"a"_s), reminderOn({2026, 3, 19}, u"b"_s)});
+        desk.switches->positions.allows = false;
+        desk.clock->set(at("2026-03-18T08:00:00Z"));
+        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(1s)), NotificationDelivery::Done);
+        QVERIFY(desk.display->shown.isEmpty());
+        QCOMPARE(desk.unattended->arranged.last(), at("2026-03-19T08:00:00Z"));
+    }
+
     void shouldEndInTimeWhereADisplayIsSlow()
     {
         NotificationDesk desk("2026-03-17T12:00:00Z");

@@ -391,8 +391,11 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
                                                    : NotificationDelivery::Unreadable;
     // Who shows them may not see whose they are, and then cannot follow the switch.
     const NotificationSwitchPositions switches = co_await self->m_parts.switches->read();
-    if (!switches.allows)
+    if (!switches.allows) {
+        // It may be on by then.
+        co_await arrangeUnattended(self, self->m_queue.nextDue(self->now()));
         co_return NotificationDelivery::Done;
+    }
     auto outcome = std::make_shared<OneShot<bool>>();
     settleWhenDelivered(self, outcome);
     const std::optional<bool> isDone = co_await outcome->settledWithin(limit);
