@@ -633,6 +633,41 @@ private Q_SLOTS:
         QCOMPARE(desk.unattended->arranged.last(), at("2026-03-19T08:00:00Z"));
     }
 
+    void shouldHaveTheRestDeliveredWhereItEndsInBetween()
+    {
+        NotificationDesk desk("2026-03-17T12:00:00Z");
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18}, u"a"_s), reminderOn({2026, 3, 18}, u"b"_s)});
+        desk.clock->set(at("2026-03-18T08:00:00Z"));
+        desk.display->isMute = true;
+        desk.display->isSlow = true;
+        desk.unattended->arranged.clear();
+        auto delivering = desk.makeCenter().deliverDue(20s);
+        QTRY_COMPARE(desk.display->waitingCount(), 1);
+        QCOMPARE(desk.unattended->arranged, QList<std::optional<Instant>>{at("2026-03-18T08:10:00Z")});
+        desk.display->isMute = false;
+        desk.display->answerAll();
+        QTRY_COMPARE(desk.display->titles(), QStringList{u"a"_s});
+        QTRY_COMPARE(desk.display->waitingCount(), 1);
+        desk.display->answerAll();
+        QTRY_COMPARE(desk.display->titles(), (QStringList{u"a"_s, u"b"_s}));
+        // As if it was killed here.
+        QCOMPARE(desk.unattended->arranged.last(), at("2026-03-18T08:10:00Z"));
+        desk.display->answerAll();
+        QCOMPARE(QCoro::waitFor(std::move(delivering)), NotificationDelivery::Done);
+        QCOMPARE(desk.unattended->arranged.last(), std::optional<Instant>());
+    }
+
+    void shouldHaveItDeliveredWhereTheProgramEndsBeforeSomebodyShowsIt()
+    {
+        NotificationDesk desk("2026-03-17T12:00:00Z");
+        desk.display->isThere = false;
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18})});
+        desk.alarm->moveTo(at("2026-03-18T08:00:00Z"));
+        QTRY_COMPARE(desk.unattended->arranged.last(), at("2026-03-18T08:10:00Z"));
+    }
+
     void shouldEndInTimeWhereADisplayIsSlow()
     {
         NotificationDesk desk("2026-03-17T12:00:00Z");

@@ -22,6 +22,8 @@ public:
     bool diesWhileShowing = false;
     /// Answers to `show` wait until `answerAll`.
     bool isSlow = false;
+    /// Answers to `awaken` wait until `answerAll`.
+    bool isMute = false;
     QString ownName = QStringLiteral("bus:1.1");
     /// Everything that was ever shown, in order.
     QList<Showing> shown;
@@ -29,6 +31,11 @@ public:
 
     QCoro::Task<bool> awaken() override
     {
+        if (isMute) {
+            OneShot<bool> answer;
+            m_waiting.append(&answer);
+            (void)co_await answer.settled();
+        }
         if (isThere)
             m_name = ownName;
         co_return isThere;

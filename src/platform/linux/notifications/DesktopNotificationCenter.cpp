@@ -134,6 +134,9 @@ private:
     [[nodiscard]] bool isClosed() const { return m_center == nullptr; }
     [[nodiscard]] LocalDate today() const;
     void lookAgainLater();
+    /// What systemd is to start next: soon where something is due, since this process may end before it is
+    /// shown.
+    [[nodiscard]] std::optional<Instant> nextDelivery();
 
     static QCoro::Task<void> openFile(Self self, milliseconds patience);
     static QCoro::Task<void> begin(Self self);
@@ -157,6 +160,8 @@ private:
     Instant m_startOfRun;
     QTimer m_retry;
     milliseconds m_pause = shortestPause;
+    /// When another process is to try what is due now.
+    std::optional<Instant> m_secondAttempt;
     bool m_isStarted = false;
     bool m_isDelivering = false;
     bool m_isToLookAgain = false;
@@ -275,7 +280,7 @@ QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
     auto task = self->m_work.run(std::move(work));
     const auto written = co_await task;
     self->setAlarm();
-    co_await arrangeUnattended(self, self->m_queue.nextDue(self->now()));
+    co_await arrangeUnattended(self, self->nextDelivery());
     if (!written)
         co_return failed(u"Reminders could not be saved"_s, written.error().errorDescription);
     co_return Result();
@@ -289,6 +294,22 @@ void DesktopNotificationCenter::State::setAlarm()
     // being delivered, or waits for the next attempt, needs no alarm.
     const bool isMissed = !m_isDelivering && !m_retry.isActive() && m_queue.hasDue(now());
     m_parts.alarm->set(isMissed ? now() : m_queue.nextDue(now()));
+}
+
+std::optional<Instant> DesktopNotificationCenter::State::nextDelivery()
+{
+    const Instant present = now();
+    const std::optional<Instant> next = m_queue.nextDue(present);
+    if (!m_queue.hasDue(present)) {
+        m_secondAttempt.reset();
+        return next;
+    }
+    constexpr qint64 tenMinutes = 600'000;
+    const Instant latest = Instant::fromMillisecondsSinceEpoch(present.millisecondsSinceEpoch() + tenMinutes);
+    // Not put off each time: that would have systemd read its units anew for every notification.
+    if (!m_secondAttempt || *m_secondAttempt <= present || *m_secondAttempt > latest)
+        m_secondAttempt = latest;
+    return std::min(next.value_or(*m_secondAttempt), *m_secondAttempt);
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self, std::optional<Instant> next)
@@ -329,6 +350,8 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
         self->lookAgainLater();
     }
     self->setAlarm();
+    if (!isDone)
+        co_await arrangeUnattended(self, self->nextDelivery());
     co_return isDone;
 }
 
@@ -396,17 +419,15 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
         co_await arrangeUnattended(self, self->m_queue.nextDue(self->now()));
         co_return NotificationDelivery::Done;
     }
+    // What started this process does not start another one.
+    co_await arrangeUnattended(self, self->nextDelivery());
     auto outcome = std::make_shared<OneShot<bool>>();
     settleWhenDelivered(self, outcome);
     const std::optional<bool> isDone = co_await outcome->settledWithin(limit);
     if (isDone.value_or(false))
         co_return NotificationDelivery::Done;
     // Nobody else looks again while nothing runs.
-    constexpr qint64 tenMinutes = 600'000;
-    const Instant later
-        = Instant::fromMillisecondsSinceEpoch(self->now().millisecondsSinceEpoch() + tenMinutes);
-    const Instant next = std::min(self->m_queue.nextDue(self->now()).value_or(later), later);
-    co_await arrangeUnattended(self, next);
+    co_await arrangeUnattended(self, self->nextDelivery());
     co_return NotificationDelivery::NoDisplay;
 }
 
