@@ -542,6 +542,25 @@ private Q_SLOTS:
         QCOMPARE(QCoro::waitFor(desk.center->deliverDue(1s)), NotificationDelivery::Unreadable);
     }
 
+    void shouldForgetInTheFileBeforeItWaitsForTheDisplay()
+    {
+        NotificationDesk desk("2026-03-18T08:00:00Z");
+        desk.startCenter();
+        desk.add({reminderAtOnce(u"a"_s), reminderOn({2026, 3, 19}, u"b"_s)});
+        desk.alarm->moveTo(at("2026-03-18T08:00:02Z"));
+        QTRY_COMPARE(desk.pending(), QStringList{u"orbitledge.renewal.b"_s});
+        desk.settle();
+        QVERIFY(contentOf(desk.file()).contains("orbitledge.renewal."));
+        desk.display->isMute = true;
+        auto forgetting = desk.center->forget(u"orbitledge.renewal."_s);
+        QTRY_COMPARE(desk.display->waitingCount(), 1);
+        QVERIFY(!contentOf(desk.file()).contains("orbitledge.renewal."));
+        desk.display->isMute = false;
+        desk.display->answerAll();
+        QVERIFY(QCoro::waitFor(std::move(forgetting)));
+        QCOMPARE(desk.display->closings, QList<quint32>{1});
+    }
+
     // ---- one process at a time ----
 
     void shouldLeaveItToTheProcessThatIsInCharge()

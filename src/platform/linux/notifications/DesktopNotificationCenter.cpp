@@ -440,6 +440,8 @@ QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
 QCoro::Task<Result> DesktopNotificationCenter::State::forget(Self self, QString prefix)
 {
     const QList<ShownNotification> takenBack = self->m_queue.forget(prefix);
+    // First, so that nothing of it comes back where this process ends while it waits for the display.
+    auto saved = co_await save(self);
     if (!takenBack.isEmpty()) {
         const bool isAwake = co_await self->m_parts.display->awaken();
         for (const ShownNotification &shown : takenBack) {
@@ -448,7 +450,7 @@ QCoro::Task<Result> DesktopNotificationCenter::State::forget(Self self, QString 
                 self->m_parts.display->close(shown.number);
         }
     }
-    co_return co_await save(self);
+    co_return saved;
 }
 
 QCoro::Task<NotificationSettings> DesktopNotificationCenter::State::settings(Self self)
