@@ -494,6 +494,51 @@ private Q_SLOTS:
         QVERIFY(desk.pending().isEmpty());
     }
 
+    void shouldSaveByItselfOnceTheDiskHasRoomAgain_data()
+    {
+        QTest::addColumn<bool>("isShown");
+        QTest::newRow("what was shown") << true;
+        QTest::newRow("what was added") << false;
+    }
+
+    void shouldSaveByItselfOnceTheDiskHasRoomAgain()
+    {
+        QFETCH(const bool, isShown);
+        NotificationDesk desk("2026-03-17T12:00:00Z");
+        desk.pause = 10ms;
+        const auto files = std::make_shared<CountingFileStore>();
+        desk.files = files;
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18}, u"a"_s)});
+        files->isFull = true;
+        if (isShown) {
+            desk.alarm->moveTo(at("2026-03-18T08:00:00Z"));
+            QTRY_VERIFY(desk.pending().isEmpty());
+        } else {
+            QVERIFY(QCoro::waitFor(desk.center->add(reminderOn({2026, 3, 19}, u"b"_s))));
+            QVERIFY(!QCoro::waitFor(desk.center->save()));
+        }
+        const int before = files->writings;
+        QTRY_VERIFY(files->writings > before + 1);
+        QVERIFY(!contentOf(desk.file()).contains(isShown ? "\"delivered\": [\n        {" : "renewal.b"));
+        files->isFull = false;
+        QTRY_VERIFY(contentOf(desk.file()).contains(isShown ? "\"delivered\": [\n        {" : "renewal.b"));
+        QCOMPARE(desk.display->shown.size(), isShown ? 1 : 0);
+    }
+
+    void shouldTryAgainByItselfToShowIt()
+    {
+        NotificationDesk desk("2026-03-18T08:00:00Z");
+        desk.pause = 10ms;
+        desk.display->isThere = false;
+        desk.startCenter();
+        desk.add({reminderAtOnce()});
+        desk.alarm->moveTo(at("2026-03-18T08:00:02Z"));
+        desk.settle();
+        desk.display->isThere = true; // without a word
+        QTRY_COMPARE(desk.display->shown.size(), 1);
+    }
+
     void shouldPutAFileAsideThatItCannotRead()
     {
         NotificationDesk desk("2026-03-17T12:00:00Z");

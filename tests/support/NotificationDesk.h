@@ -50,6 +50,8 @@ struct NotificationDesk {
     std::shared_ptr<FakeUnattendedDelivery> unattended = std::make_shared<FakeUnattendedDelivery>();
     std::shared_ptr<FileStore> files = std::make_shared<PosixFileStore>();
     QByteArray zone = "Europe/Berlin";
+    /// The first one before another attempt.
+    std::chrono::milliseconds pause = std::chrono::minutes(1);
     std::unique_ptr<DesktopNotificationCenter> center;
 
     explicit NotificationDesk(const char *now)
@@ -94,7 +96,7 @@ struct NotificationDesk {
                 .switches = switches,
                 .unattended = unattended,
             },
-            patience);
+            patience, pause);
         return *center;
     }
 

@@ -95,12 +95,13 @@ class DesktopNotificationCenter::State final : public QObject {
 public:
     using Self = std::shared_ptr<State>;
 
-    State(DesktopNotificationCenter &center, Parts parts, milliseconds patience)
+    State(DesktopNotificationCenter &center, Parts parts, milliseconds patience, milliseconds pause)
         : m_center(&center)
         , m_parts(std::move(parts))
         , m_patience(patience)
         , m_file(
               std::make_shared<QueueFile>(QueueFile{m_parts.file, m_parts.files, std::nullopt, QByteArray()}))
+        , m_shortestPause(pause)
     {
         m_retry.setSingleShot(true);
     }
@@ -128,7 +129,6 @@ public:
     void setAlarm();
 
 private:
-    static constexpr milliseconds shortestPause = 1min;
     static constexpr milliseconds longestPause = 1h;
 
     [[nodiscard]] bool isClosed() const { return m_center == nullptr; }
@@ -159,12 +159,16 @@ private:
     bool m_isOpen = false;
     Instant m_startOfRun;
     QTimer m_retry;
-    milliseconds m_pause = shortestPause;
+    milliseconds m_shortestPause;
+    milliseconds m_pause = m_shortestPause;
     /// When another process is to try what is due now.
     std::optional<Instant> m_secondAttempt;
     bool m_isStarted = false;
     bool m_isDelivering = false;
     bool m_isToLookAgain = false;
+    /// Nobody was there to show what is due.
+    bool m_isUnshown = false;
+    bool m_isSaved = true;
 };
 
 // ---- starting and ending ---------------------------------------------------------------------------------
@@ -279,6 +283,9 @@ QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
     auto work = [file = self->m_file, queue = self->m_queue] { return write(*file, queue); };
     auto task = self->m_work.run(std::move(work));
     const auto written = co_await task;
+    self->m_isSaved = written.has_value();
+    if (!self->m_isSaved && !self->m_isDelivering)
+        self->lookAgainLater();
     self->setAlarm();
     co_await arrangeUnattended(self, self->nextDelivery());
     if (!written)
@@ -292,7 +299,7 @@ void DesktopNotificationCenter::State::setAlarm()
         return;
     // What came due since the alarm was set last: to set it anew keeps it from ringing for that. What is
     // being delivered, or waits for the next attempt, needs no alarm.
-    const bool isMissed = !m_isDelivering && !m_retry.isActive() && m_queue.hasDue(now());
+    const bool isMissed = !m_isDelivering && !m_isUnshown && m_queue.hasDue(now());
     m_parts.alarm->set(isMissed ? now() : m_queue.nextDue(now()));
 }
 
@@ -343,11 +350,12 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
     self->m_isDelivering = false;
     if (self->isClosed())
         co_return isDone;
-    if (isDone) {
+    self->m_isUnshown = !isDone;
+    if (isDone && self->m_isSaved) {
         self->m_retry.stop();
-        self->m_pause = shortestPause;
+        self->m_pause = self->m_shortestPause;
     } else {
-        self->lookAgainLater();
+        self->lookAgainLater(); // also to save it, where only that failed
     }
     self->setAlarm();
     if (!isDone)
@@ -471,8 +479,8 @@ QCoro::Task<NotificationSettings> DesktopNotificationCenter::State::settings(Sel
 
 // ---- the center ------------------------------------------------------------------------------------------
 
-DesktopNotificationCenter::DesktopNotificationCenter(Parts parts, milliseconds patience)
-    : m_state(std::make_shared<State>(*this, std::move(parts), patience))
+DesktopNotificationCenter::DesktopNotificationCenter(Parts parts, milliseconds patience, milliseconds pause)
+    : m_state(std::make_shared<State>(*this, std::move(parts), patience, pause))
 {
 }
 

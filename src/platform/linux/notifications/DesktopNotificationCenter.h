@@ -39,9 +39,11 @@ public:
         std::shared_ptr<UnattendedDelivery> unattended;
     };
 
-    /// `patience` is how long another process that is in charge is waited for.
-    explicit DesktopNotificationCenter(
-        Parts parts, std::chrono::milliseconds patience = std::chrono::seconds(10));
+    /// `patience` is how long another process that is in charge is waited for, `pause` the first time between
+    /// two attempts to show or save what could not be; it grows.
+    explicit DesktopNotificationCenter(Parts parts,
+        std::chrono::milliseconds patience = std::chrono::seconds(10),
+        std::chrono::milliseconds pause = std::chrono::minutes(1));
     ~DesktopNotificationCenter() override;
 
     /// Takes charge, and shows what comes due from now on, first what came due while nothing ran. Without
