@@ -351,6 +351,25 @@ private Q_SLOTS:
         QCOMPARE(desk.display->shown.size(), 1);
     }
 
+    void shouldNotKeepAnIntervalWaitingWhereTheClockIsSetBack()
+    {
+        NotificationDesk desk("2026-03-18T08:00:00Z");
+        desk.startCenter();
+        desk.add({reminderAtOnce(u"a"_s)});
+        desk.alarm->moveTo(at("2026-03-17T08:00:00Z"), FakeWallClockAlarm::Move::Set);
+        QTRY_COMPARE(desk.alarm->target, at("2026-03-17T08:00:02Z"));
+        desk.alarm->moveTo(at("2026-03-17T08:00:02Z"));
+        QTRY_COMPARE(desk.display->titles(), QStringList{u"a"_s});
+        // Also where it is set back while nothing runs.
+        desk.add({reminderAtOnce(u"b"_s)});
+        desk.center.reset();
+        desk.clock->set(at("2026-03-16T08:00:00Z"));
+        desk.startCenter();
+        QTRY_COMPARE(desk.alarm->target, at("2026-03-16T08:00:02Z"));
+        desk.alarm->moveTo(at("2026-03-16T08:00:02Z"));
+        QTRY_COMPARE(desk.display->titles(), (QStringList{u"a"_s, u"b"_s}));
+    }
+
     void shouldShowWhatCameDueBeforeTheAlarmCouldRing()
     {
         NotificationDesk desk("2026-03-18T08:00:00Z");

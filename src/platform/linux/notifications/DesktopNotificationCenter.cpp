@@ -366,6 +366,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
 QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
 {
     while (!self->isClosed()) {
+        self->m_queue.followClock(self->now());
         self->m_queue.expire(self->now(), self->today());
         if (!self->m_queue.hasDue(self->now())) {
             (void)co_await save(self);

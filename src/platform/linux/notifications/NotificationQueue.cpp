@@ -136,6 +136,14 @@ bool NotificationQueue::hasDue(Instant now) const
         m_queued, [now](const QueuedNotification &queued) { return queued.due <= now; });
 }
 
+void NotificationQueue::followClock(Instant now)
+{
+    for (QueuedNotification &queued : m_queued) {
+        if (const auto *const trigger = std::get_if<TimeIntervalTrigger>(&queued.request.trigger))
+            queued.due = std::min(queued.due, plus(now, trigger->interval));
+    }
+}
+
 void NotificationQueue::expire(Instant now, const LocalDate &today)
 {
     std::erase_if(m_queued, [&](const QueuedNotification &queued) {

@@ -89,6 +89,9 @@ public:
     [[nodiscard]] std::optional<Instant> nextDue(Instant now) const;
     [[nodiscard]] bool hasDue(Instant now) const;
 
+    /// What is to be shown after an interval does not wait longer than that where the clock was set back.
+    void followClock(Instant now);
+
     /// Drops what is over.
     void expire(Instant now, const LocalDate &today);
 

@@ -77,7 +77,11 @@ QJsonObject encoded(const QueuedNotification &queued)
             {u"minute"_s, calendar->minute},
         };
     } else {
-        trigger = {{u"at"_s, text(queued.due)}};
+        const auto interval = std::get<TimeIntervalTrigger>(queued.request.trigger).interval;
+        trigger = {
+            {u"at"_s, text(queued.due)},
+            {u"milliseconds"_s, static_cast<qint64>(interval.count())},
+        };
     }
     const NotificationContent &content = queued.request.content;
     QJsonObject object{
@@ -110,7 +114,9 @@ std::optional<QueuedNotification> decodedRequest(const QJsonObject &object)
     std::optional<Instant> due;
     if (trigger.contains(u"at"_s)) {
         due = instant(trigger[u"at"_s]);
-        queued.request.trigger = TimeIntervalTrigger{};
+        constexpr qint64 longest = qint64{1} << 53; // what a number of the file can hold
+        const auto interval = wholeNumber(trigger[u"milliseconds"_s], 0, longest);
+        queued.request.trigger = TimeIntervalTrigger{std::chrono::milliseconds(interval.value_or(0))};
     } else {
         constexpr qint64 lastHour = 23;
         constexpr qint64 lastMinute = 59;
