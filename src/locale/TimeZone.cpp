@@ -6,6 +6,7 @@
 #include <QTimeZone>
 
 #include <algorithm>
+#include <mutex>
 #include <vector>
 
 namespace orbitledge {
@@ -139,12 +140,21 @@ TimeZone::TimeZone(std::shared_ptr<const Rules> rules)
 
 std::optional<TimeZone> TimeZone::named(const QByteArray &id)
 {
+    // To make a table takes half a millisecond, and one zone is asked for many times.
+    static std::mutex mutex;
+    static QByteArray lastId;
+    static std::shared_ptr<const Rules> lastRules;
+    const std::scoped_lock lock(mutex);
+    if (lastRules && id == lastId)
+        return TimeZone(lastRules);
     if (!isInDatabase(id))
         return std::nullopt;
     const QTimeZone zone(id);
     if (!zone.isValid())
         return std::nullopt;
-    return TimeZone(std::make_shared<const Rules>(zone));
+    lastId = id;
+    lastRules = std::make_shared<const Rules>(zone);
+    return TimeZone(lastRules);
 }
 
 TimeZone TimeZone::system()

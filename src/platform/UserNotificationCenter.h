@@ -96,7 +96,7 @@ struct NotificationError {
 
 /// How it ended to show what is due while the program does not run.
 enum class NotificationDelivery {
-    /// Everything that was due was shown.
+    /// Everything that was due was shown; or nothing, as the person has switched notifications off.
     Done,
     /// Another process is in charge, and delivers.
     Elsewhere,
@@ -125,7 +125,8 @@ public:
         = 0;
 
     /// In no particular order.
-    [[nodiscard]] virtual QCoro::Task<QList<PendingNotification>> pendingRequests() = 0;
+    [[nodiscard]] virtual QCoro::Task<tl::expected<QList<PendingNotification>, NotificationError>>
+    pendingRequests() = 0;
 
     /// Those that are there; also what is on its way, as far as it is not yet shown.
     [[nodiscard]] virtual QCoro::Task<void> removePendingRequests(QStringList identifiers) = 0;

@@ -76,10 +76,12 @@ QStringList identifiersOf(const QList<NotificationRequest> &requests)
 QCoro::Task<ReminderSynchronisation> replaceReminders(Center center, Defaults defaults,
     QList<Subscription> subscriptions, ReminderSettings settings, Instant now, Calendar calendar)
 {
-    const QList<PendingNotification> pending = co_await center->pendingRequests();
+    const auto pending = co_await center->pendingRequests();
+    if (!pending)
+        co_return ReminderSynchronisation{.failure = pending.error().errorDescription};
     QList<NotificationRequest> waiting;
     QList<NotificationRequest> onTheirWay;
-    for (const PendingNotification &notification : pending) {
+    for (const PendingNotification &notification : *pending) {
         if (notification.request.identifier.startsWith(renewalIdentifierPrefix))
             (notification.isOnItsWay ? onTheirWay : waiting).append(notification.request);
     }
@@ -107,9 +109,14 @@ QCoro::Task<ReminderSynchronisation> replaceReminders(Center center, Defaults de
         if (plan.delivery.isImmediate())
             planning.ledger.remove(plan.key);
     }
-    // Before the ledger says that they need not be planned again.
-    if (const auto saved = co_await center->save(); !saved)
+    // Before the ledger says that they need not be planned again, which holds for what is safe only.
+    if (const auto saved = co_await center->save(); !saved) {
         result.failure = saved.error().errorDescription;
+        for (const RenewalNotificationPlan &plan : std::as_const(planning.plans)) {
+            if (plan.delivery.isImmediate())
+                planning.ledger.remove(plan.key);
+        }
+    }
     writeDeliveredLedger(*defaults, planning.ledger);
     co_return result;
 }

@@ -210,7 +210,21 @@ private Q_SLOTS:
         m_center->savingFailure = u"No space left on device"_s;
         const auto result = notifying.synchronise({renewing({2026, 3, 19})}, at("2026-03-17T12:00:00Z"));
         QCOMPARE(result.failure, u"No space left on device"_s);
+        // What may be lost with this process can be planned again.
+        QCOMPARE(notifying.ledger(), QStringList());
+        m_center->savingFailure.reset();
+        notifying.synchronise({renewing({2026, 3, 19})}, at("2026-03-17T12:00:00Z"));
         QCOMPARE(notifying.ledger().size(), 1);
+    }
+
+    void shouldChangeNothingWhereItCannotSeeWhatIsThere()
+    {
+        const Notifying notifying(m_center);
+        m_center->readingFailure = u"Another process is in charge."_s;
+        const auto result = notifying.synchronise({renewing({2026, 3, 19})}, at("2026-03-17T12:00:00Z"));
+        QCOMPARE(result.failure, u"Another process is in charge."_s);
+        QCOMPARE(m_center->calls, QStringList{u"pending"_s});
+        QVERIFY(notifying.defaults->values.isEmpty());
     }
 
     void shouldRemoveAllRemindersAndTheLedger()

@@ -14,6 +14,7 @@ public:
     QList<PendingNotification> requests;
     /// Why a request is refused; absent for those that are taken.
     std::function<std::optional<QString>(const NotificationRequest &)> refuse;
+    std::optional<QString> readingFailure;
     std::optional<QString> savingFailure;
     tl::expected<bool, NotificationError> permission = true;
     /// Of the last request for permission.
@@ -35,9 +36,11 @@ public:
         co_return copy;
     }
 
-    QCoro::Task<QList<PendingNotification>> pendingRequests() override
+    QCoro::Task<tl::expected<QList<PendingNotification>, NotificationError>> pendingRequests() override
     {
         calls.append(QStringLiteral("pending"));
+        if (readingFailure)
+            co_return tl::make_unexpected(NotificationError{*readingFailure});
         const auto copy = requests;
         co_return copy;
     }

@@ -120,7 +120,10 @@ struct NotificationDesk {
     [[nodiscard]] QStringList pending() const
     {
         QStringList identifiers;
-        for (const PendingNotification &notification : QCoro::waitFor(center->pendingRequests()))
+        const auto pendingRequests = QCoro::waitFor(center->pendingRequests());
+        if (!pendingRequests)
+            qFatal("%s", qPrintable(pendingRequests.error().errorDescription));
+        for (const PendingNotification &notification : *pendingRequests)
             identifiers.append(notification.request.identifier);
         identifiers.sort();
         return identifiers;

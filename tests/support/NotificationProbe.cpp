@@ -187,7 +187,7 @@ private:
         } else if (words[0] == "pending") {
             const auto pending = co_await m_center.pendingRequests();
             QByteArrayList names;
-            for (const PendingNotification &notification : pending)
+            for (const PendingNotification &notification : pending.value_or(QList<PendingNotification>()))
                 names.append(notification.request.content.title.toUtf8().toPercentEncoding());
             answer = names.join(' ');
         } else if (words[0] == "settings") {

@@ -69,7 +69,10 @@ void TimerfdAlarm::arm()
     itimerspec time{};
     time.it_value.tv_sec = target / perSecond;
     time.it_value.tv_nsec = target % perSecond * nanoseconds;
-    (void)::timerfd_settime(m_timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr);
+    // It is set in any case. That the clock was set before is told once, here or at the next reading.
+    constexpr int flags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
+    if (::timerfd_settime(m_timer, flags, &time, nullptr) != 0 && errno == ECANCELED)
+        QMetaObject::invokeMethod(this, &WallClockAlarm::clockChanged, Qt::QueuedConnection);
 }
 
 void TimerfdAlarm::readTimer()

@@ -6,6 +6,7 @@
 #include "platform/linux/ProcessLock.h"
 #include "platform/linux/notifications/NotificationQueue.h"
 
+#include <QDeadlineTimer>
 #include <QLoggingCategory>
 #include <QTimer>
 
@@ -175,7 +176,8 @@ private:
 
 void DesktopNotificationCenter::State::start(const Self &self)
 {
-    m_isStarted = true;
+    if (std::exchange(m_isStarted, true))
+        return;
     // Connections do not keep it alive: that is the center's part, and that of what runs.
     const auto look = [weak = std::weak_ptr<State>(self)] {
         if (const Self state = weak.lock())
@@ -287,7 +289,8 @@ QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
     if (!self->m_isSaved && !self->m_isDelivering)
         self->lookAgainLater();
     self->setAlarm();
-    co_await arrangeUnattended(self, self->nextDelivery());
+    // Nobody waits for systemd to be done with it.
+    arrangeUnattended(self, self->nextDelivery());
     if (!written)
         co_return failed(u"Reminders could not be saved"_s, written.error().errorDescription);
     co_return Result();
@@ -359,7 +362,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
     }
     self->setAlarm();
     if (!isDone)
-        co_await arrangeUnattended(self, self->nextDelivery());
+        arrangeUnattended(self, self->nextDelivery());
     co_return isDone;
 }
 
@@ -370,9 +373,6 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
         self->m_queue.expire(self->now(), self->today());
         if (!self->m_queue.hasDue(self->now())) {
             (void)co_await save(self);
-            // Not before the next delivery is arranged: what comes due until then is for this one.
-            if (self->m_queue.hasDue(self->now()))
-                continue;
             break;
         }
         const bool isAwake = co_await awakenDisplay(self);
@@ -428,16 +428,21 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
         co_await arrangeUnattended(self, self->m_queue.nextDue(self->now()));
         co_return NotificationDelivery::Done;
     }
-    // What started this process does not start another one.
+    // Also in case that this process does not live to show them.
     co_await arrangeUnattended(self, self->nextDelivery());
-    auto outcome = std::make_shared<OneShot<bool>>();
-    settleWhenDelivered(self, outcome);
-    const std::optional<bool> isDone = co_await outcome->settledWithin(limit);
-    if (isDone.value_or(false))
-        co_return NotificationDelivery::Done;
-    // Nobody else looks again while nothing runs.
-    co_await arrangeUnattended(self, self->nextDelivery());
-    co_return NotificationDelivery::NoDisplay;
+    const QDeadlineTimer deadline(limit);
+    bool isDone = true;
+    while (isDone && self->m_queue.hasDue(self->now()) && !deadline.hasExpired()) {
+        auto outcome = std::make_shared<OneShot<bool>>();
+        settleWhenDelivered(self, outcome);
+        const std::optional<bool> answer
+            = co_await outcome->settledWithin(milliseconds(deadline.remainingTime()));
+        isDone = answer.value_or(false);
+        // What started this process starts no second one beside it: what comes due before the next one is
+        // arranged is for this one. And nobody else looks again while nothing runs.
+        co_await arrangeUnattended(self, self->nextDelivery());
+    }
+    co_return isDone ? NotificationDelivery::Done : NotificationDelivery::NoDisplay;
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
@@ -520,11 +525,14 @@ QCoro::Task<tl::expected<bool, NotificationError>> DesktopNotificationCenter::re
     co_return settings.authorization == NotificationAuthorization::Authorized;
 }
 
-QCoro::Task<QList<PendingNotification>> DesktopNotificationCenter::pendingRequests()
+QCoro::Task<tl::expected<QList<PendingNotification>, NotificationError>>
+DesktopNotificationCenter::pendingRequests()
 {
     const auto state = m_state;
     const bool isOpen = co_await State::opened(state);
-    co_return isOpen ? state->queue().pending(state->now()) : QList<PendingNotification>();
+    if (!isOpen)
+        co_return state->notOpened();
+    co_return state->queue().pending(state->now());
 }
 
 QCoro::Task<void> DesktopNotificationCenter::removePendingRequests(QStringList identifiers)

@@ -57,7 +57,7 @@ public:
     QCoro::Task<NotificationSettings> settings() override;
     QCoro::Task<tl::expected<bool, NotificationError>> requestAuthorization(
         NotificationOptions options) override;
-    QCoro::Task<QList<PendingNotification>> pendingRequests() override;
+    QCoro::Task<tl::expected<QList<PendingNotification>, NotificationError>> pendingRequests() override;
     QCoro::Task<void> removePendingRequests(QStringList identifiers) override;
     QCoro::Task<tl::expected<void, NotificationError>> add(NotificationRequest request) override;
     QCoro::Task<tl::expected<void, NotificationError>> save() override;

@@ -10,9 +10,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What decides which data the program finds, and which service it asks.
+/// What decides which data the program finds, which service it asks, and which day it is.
 constexpr std::array variables{"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME",
-    "ORBITLEDGE_API_URL", "ORBITLEDGE_WEB_URL"};
+    "ORBITLEDGE_API_URL", "ORBITLEDGE_WEB_URL", "TZ"};
 
 bool isControl(char character)
 {
