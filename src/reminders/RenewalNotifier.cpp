@@ -74,7 +74,8 @@ QStringList identifiersOf(const QList<NotificationRequest> &requests)
 // Free of the notifier, which may be gone while they wait.
 
 QCoro::Task<ReminderSynchronisation> replaceReminders(Center center, Defaults defaults,
-    QList<Subscription> subscriptions, ReminderSettings settings, Instant now, Calendar calendar)
+    std::shared_ptr<SerialQueue> background, QList<Subscription> subscriptions, ReminderSettings settings,
+    Instant now, Calendar calendar)
 {
     const auto pending = co_await center->pendingRequests();
     if (!pending)
@@ -87,7 +88,11 @@ QCoro::Task<ReminderSynchronisation> replaceReminders(Center center, Defaults de
     }
     co_await center->removePendingRequests(identifiersOf(waiting));
 
-    auto planning = planReminders(subscriptions, settings, now, calendar, readDeliveredLedger(*defaults));
+    auto work = [=, ledger = readDeliveredLedger(*defaults)] {
+        return planReminders(subscriptions, settings, now, calendar, ledger);
+    };
+    auto task = background->run(std::move(work));
+    auto planning = co_await task;
     // What is on its way is not planned again once the ledger has its key, and goes on; unless it is about
     // what is not announced any more.
     QList<NotificationRequest> outdated;
@@ -179,10 +184,11 @@ QCoro::Task<tl::expected<bool, NotificationError>> RenewalNotifier::requestAutho
 QCoro::Task<ReminderSynchronisation> RenewalNotifier::synchronise(QList<Subscription> subscriptions,
     qint64 leadDays, Instant now, QString profileCurrency, Calendar calendar)
 {
-    auto operation = [center = m_center, defaults = m_defaults, subscriptions = std::move(subscriptions),
+    auto operation = [center = m_center, defaults = m_defaults, background = m_background,
+                         subscriptions = std::move(subscriptions),
                          settings = ReminderSettings{leadDays, std::move(profileCurrency), m_webURL}, now,
                          calendar = std::move(calendar)] {
-        return replaceReminders(center, defaults, subscriptions, settings, now, calendar);
+        return replaceReminders(center, defaults, background, subscriptions, settings, now, calendar);
     };
     return Turns::take(m_turns, std::move(operation));
 }

@@ -2,6 +2,7 @@
 
 #include "locale/Calendar.h"
 #include "model/Subscription.h"
+#include "platform/SerialQueue.h"
 #include "platform/Turns.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotificationCenter.h"
@@ -51,6 +52,8 @@ private:
     std::shared_ptr<UserNotificationCenter> m_center;
     std::shared_ptr<UserDefaults> m_defaults;
     QUrl m_webURL;
+    /// Plans, which may take longer than a frame where there are many subscriptions.
+    std::shared_ptr<SerialQueue> m_background = std::make_shared<SerialQueue>();
     std::shared_ptr<Turns> m_turns = std::make_shared<Turns>();
 };
 
