@@ -88,6 +88,7 @@ void AppSettings::setRefreshInterval(RefreshInterval interval)
     Q_EMIT aboutToChange();
     m_refreshInterval = interval;
     m_defaults->setValue(refreshIntervalKey, qint64{durationOf(interval).count()});
+    Q_EMIT changed();
 }
 
 void AppSettings::setNotificationsEnabled(bool enabled)
@@ -95,6 +96,7 @@ void AppSettings::setNotificationsEnabled(bool enabled)
     Q_EMIT aboutToChange();
     m_notificationsEnabled = enabled;
     m_defaults->setValue(notificationsEnabledKey, enabled);
+    Q_EMIT changed();
 }
 
 void AppSettings::setNotificationLeadDays(qint64 days)
@@ -102,6 +104,7 @@ void AppSettings::setNotificationLeadDays(qint64 days)
     Q_EMIT aboutToChange();
     m_notificationLeadDays = std::clamp(days, fewestLeadDays, mostLeadDays);
     m_defaults->setValue(notificationLeadDaysKey, m_notificationLeadDays);
+    Q_EMIT changed();
 }
 
 void AppSettings::setShowMenuBadge(bool show)
@@ -109,6 +112,7 @@ void AppSettings::setShowMenuBadge(bool show)
     Q_EMIT aboutToChange();
     m_showMenuBadge = show;
     m_defaults->setValue(showMenuBadgeKey, show);
+    Q_EMIT changed();
 }
 
 void AppSettings::setAppearance(Appearance appearance)
@@ -116,6 +120,7 @@ void AppSettings::setAppearance(Appearance appearance)
     Q_EMIT aboutToChange();
     m_appearance = appearance;
     m_defaults->setValue(appearanceKey, storedAppearance(appearance));
+    Q_EMIT changed();
 }
 
 void AppSettings::setLastUpdateCheck(std::optional<Instant> instant)
@@ -123,6 +128,7 @@ void AppSettings::setLastUpdateCheck(std::optional<Instant> instant)
     Q_EMIT aboutToChange();
     m_lastUpdateCheck = instant;
     storeUpdateCheck();
+    Q_EMIT changed();
 }
 
 void AppSettings::setDismissedUpdateVersion(const std::optional<QString> &version)
@@ -130,6 +136,7 @@ void AppSettings::setDismissedUpdateVersion(const std::optional<QString> &versio
     Q_EMIT aboutToChange();
     m_dismissedUpdateVersion = version;
     storeDismissedVersion();
+    Q_EMIT changed();
 }
 
 void AppSettings::storeUpdateCheck()

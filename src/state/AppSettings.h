@@ -70,8 +70,9 @@ public:
     void setDismissedUpdateVersion(const std::optional<QString> &version);
 
 Q_SIGNALS:
-    /// Before a property changes, so that those who show it can compare.
+    /// Before a property changes, so that those who show it can compare, and after that.
     void aboutToChange();
+    void changed();
 
 private:
     void storeUpdateCheck();
