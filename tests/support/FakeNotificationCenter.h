@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/OneShot.h"
 #include "platform/UserNotificationCenter.h"
 
 #include <algorithm>
@@ -19,6 +20,13 @@ public:
     tl::expected<bool, NotificationError> permission = true;
     /// Of the last request for permission.
     NotificationOptions options;
+    /// Forgetting waits for `forgetNow`.
+    bool isSlowToForget = false;
+    void forgetNow()
+    {
+        if (OneShot<bool> *const forgetting = std::exchange(m_forgetting, nullptr))
+            forgetting->settle(true);
+    }
     /// What was called, in order, with what it was called for.
     QStringList calls;
 
@@ -79,12 +87,18 @@ public:
     QCoro::Task<tl::expected<void, NotificationError>> forget(QString prefix) override
     {
         calls.append(QStringLiteral("forget ") + prefix);
+        if (isSlowToForget) {
+            OneShot<bool> done;
+            m_forgetting = &done;
+            (void)co_await done.settled();
+        }
         requests.removeIf([&prefix](const PendingNotification &pending) {
             return pending.request.identifier.startsWith(prefix);
         });
         co_return {};
     }
 
+    [[nodiscard]] bool isForgetting() const { return m_forgetting != nullptr; }
     [[nodiscard]] QStringList identifiers() const
     {
         QStringList identifiers;
@@ -92,6 +106,9 @@ public:
             identifiers.append(pending.request.identifier);
         return identifiers;
     }
+
+private:
+    OneShot<bool> *m_forgetting = nullptr;
 };
 
 } // namespace orbitledge::testing

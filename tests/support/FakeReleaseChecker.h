@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/OneShot.h"
+#include "updates/ReleaseChecker.h"
+
+#include <QList>
+
+namespace orbitledge::testing {
+
+/// A release host in memory.
+class FakeReleaseChecker final : public ReleaseCheckerProviding {
+public:
+    tl::expected<ReleaseManifest, ReleaseCheckError> manifest
+        = tl::make_unexpected(ReleaseCheckError{QStringLiteral("not found")});
+    int fetches = 0;
+    /// Answers wait for `answerAll`.
+    bool isSlow = false;
+
+    QCoro::Task<tl::expected<ReleaseManifest, ReleaseCheckError>> fetchLatest() override
+    {
+        ++fetches;
+        if (isSlow) {
+            OneShot<bool> answer;
+            m_waiting.append(&answer);
+            (void)co_await answer.settled();
+        }
+        auto copy = manifest;
+        co_return copy;
+    }
+
+    void answerAll()
+    {
+        for (OneShot<bool> *const waiting : std::exchange(m_waiting, {}))
+            waiting->settle(true);
+    }
+
+private:
+    QList<OneShot<bool> *> m_waiting;
+};
+
+} // namespace orbitledge::testing
