@@ -2,7 +2,6 @@
 #include "support/StoreDesk.h"
 #include "support/TestMain.h"
 
-#include <QAbstractEventDispatcher>
 #include <QRandomGenerator>
 
 using namespace orbitledge;
@@ -100,7 +99,7 @@ public:
             answerOne(m_random.bounded(5));
             break;
         }
-        settle();
+        m_desk.settle();
         check();
     }
 
@@ -110,14 +109,14 @@ public:
         step(u"rest"_s);
         while (!m_desk.api->waiting().isEmpty()) {
             answerOne(0);
-            settle();
+            m_desk.settle();
             check();
         }
         m_desk.store->refresh();
-        settle();
+        m_desk.settle();
         while (!m_desk.api->waiting().isEmpty()) {
             answerOne(0);
-            settle();
+            m_desk.settle();
         }
         check();
         const AppState &state = m_desk.store->state();
@@ -133,13 +132,7 @@ public:
     }
 
     /// In the middle of whatever is under way.
-    void destroyStore()
-    {
-        m_desk.store.reset();
-        m_desk.api->isQuick = true;
-        m_desk.api->answerAll();
-        settle();
-    }
+    void destroyStore() { m_desk.store.reset(); }
 
 private:
     void step(const QString &name) { m_steps.append(name); }
@@ -216,16 +209,6 @@ private:
         api.answerAt(index);
         if (isSignIn && isGood)
             api.tag = account; // what is asked for from now on is this account's
-    }
-
-    /// Until nothing moves by itself.
-    void settle() const
-    {
-        constexpr int rounds = 4;
-        for (int round = 0; round < rounds; ++round) {
-            while (QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents)) { }
-            (void)QCoro::waitFor(m_desk.cache->load()); // behind what was asked of it before
-        }
     }
 
     void check() const

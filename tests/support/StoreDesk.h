@@ -15,6 +15,8 @@
 #include "support/StoppedClock.h"
 #include "support/Times.h"
 
+#include <QAbstractEventDispatcher>
+
 namespace orbitledge::testing {
 
 /// A store among fakes, all of which the test can reach.
@@ -38,6 +40,30 @@ struct StoreDesk {
         .currentBuild = QStringLiteral("100"),
         .webURL = QUrl(QStringLiteral("https://example.com/app/"))};
     std::unique_ptr<AppStore> store;
+
+    StoreDesk() = default;
+    Q_DISABLE_COPY_MOVE(StoreDesk)
+
+    /// What is under way ends first, as it would in a program that goes on.
+    ~StoreDesk()
+    {
+        store.reset();
+        api->isQuick = true;
+        api->answerAll();
+        releases->answerAll();
+        center->forgetNow();
+        settle();
+    }
+
+    /// Until nothing moves by itself.
+    void settle() const
+    {
+        constexpr int rounds = 4;
+        for (int round = 0; round < rounds; ++round) {
+            while (QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents)) { }
+            (void)QCoro::waitFor(cache->load()); // behind what was asked of it before
+        }
+    }
 
     AppStore &make()
     {
