@@ -22,22 +22,6 @@ constexpr int narrowestName = 8;
 // A subtitle that would be cut to less than this says nothing any more.
 constexpr int narrowestSubtitle = 16;
 
-QString daysText(std::optional<qint64> days)
-{
-    if (!days)
-        return {};
-    switch (*days) {
-    case -1:
-        return u"yesterday"_s;
-    case 0:
-        return u"today"_s;
-    case 1:
-        return u"tomorrow"_s;
-    default:
-        return *days > 0 ? u"in %1 days"_s.arg(*days) : u"%1 days ago"_s.arg(-*days);
-    }
-}
-
 /// A text that was measured once.
 struct Cell {
     Cell(const QString &content)

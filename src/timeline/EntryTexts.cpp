@@ -22,6 +22,23 @@ QString costText(const Subscription &subscription, const QString &profileCurrenc
     return money.text(subscription.cost, subscription.currency);
 }
 
+QString daysText(std::optional<qint64> daysUntilRenewal)
+{
+    if (!daysUntilRenewal)
+        return {};
+    const qint64 days = *daysUntilRenewal;
+    switch (days) {
+    case -1:
+        return u"yesterday"_s;
+    case 0:
+        return u"today"_s;
+    case 1:
+        return u"tomorrow"_s;
+    default:
+        return days > 0 ? u"in %1 days"_s.arg(days) : u"%1 days ago"_s.arg(-days);
+    }
+}
+
 QString subtitle(const Subscription &subscription, DateFormatter &dates)
 {
     const QString date = dates.monthAndDay(subscription.nextBillingDate);

@@ -22,6 +22,9 @@ QString costText(const Subscription &subscription, const QString &profileCurrenc
 /// scheduled, a status that is not active, the category, or the billing cycle.
 QString subtitle(const Subscription &subscription, DateFormatter &dates);
 
+/// "today", "in 3 days", "2 days ago"; empty where there is no renewal to wait for.
+QString daysText(std::optional<qint64> daysUntilRenewal);
+
 enum class Urgency {
     None,
     /// Within seven days.

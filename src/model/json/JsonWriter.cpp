@@ -80,6 +80,12 @@ void JsonWriter::boolean(bool value)
     append(value ? "true" : "false");
 }
 
+void JsonWriter::null()
+{
+    separate();
+    append("null");
+}
+
 void write(JsonWriter &writer, const QString &value)
 {
     writer.string(value);

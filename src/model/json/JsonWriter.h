@@ -39,6 +39,7 @@ public:
     void number(const Decimal &value);
     void number(qint64 value);
     void boolean(bool value);
+    void null();
 
     [[nodiscard]] QByteArray take() { return std::move(m_text); }
 
