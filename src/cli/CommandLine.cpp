@@ -5,6 +5,7 @@
 #include "cli/HelpTexts.h"
 #include "cli/RemindersCommand.h"
 #include "cli/SessionCommands.h"
+#include "cli/StatusCommand.h"
 #include "cli/TimelineCommand.h"
 
 namespace orbitledge {
@@ -21,6 +22,8 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
     const auto rest = words.subspan(1);
     if (command == "timeline")
         return runTimeline(rest, environment);
+    if (command == "status")
+        return runStatus(rest, environment);
     if (command == "reminders")
         return runReminders(rest, environment);
     if (command == "deliver-reminders")

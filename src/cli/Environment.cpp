@@ -47,7 +47,10 @@ QByteArray encoded(const QString &text, const QByteArray &encoding)
     if (isUtf8(encoding))
         return text.toUtf8();
     // Composed characters are the ones that older encodings have.
-    const QByteArray utf8 = text.normalized(QString::NormalizationForm_C).toUtf8();
+    QString composed = text.normalized(QString::NormalizationForm_C);
+    // They have no character for these, and a question mark would be nearest.
+    composed.remove(QChar(firstStrongIsolate)).remove(QChar(popDirectionalIsolate));
+    const QByteArray utf8 = composed.toUtf8();
     return converted(utf8, "UTF-8", encoding + "//TRANSLIT").value_or(utf8);
 }
 

@@ -11,6 +11,7 @@ Commands:
   sign-in      sign in to your account, and fetch its subscriptions
   refresh      fetch your subscriptions anew
   timeline     print the totals, this week, and the coming renewals
+  status       print one line, for status bars
   reminders    print which reminders are planned
   sign-out     sign out, and remove what was fetched
   deliver-reminders
@@ -41,6 +42,30 @@ Options:
 
 Colours are used on a terminal only, and not where NO_COLOR is set or TERM is
 dumb.
+Exit status: 0 on success, 1 where the data cannot be read, 2 where an argument
+is wrong.
+)");
+}
+
+QString statusHelp()
+{
+    return QStringLiteral(R"(Usage: orbitledge status [OPTION]...
+Prints one line, for status bars, of the data saved last: how many renewals are
+due within three days, which is next, and what is left to charge this month.
+Nothing is changed, and nothing is sent anywhere.
+
+Options:
+  --json            print one JSON object, for programs
+  --waybar          print one JSON object, for the status bar Waybar
+  --snapshot FILE   read FILE instead of the saved data; "-" is standard input
+  --currency CODE   give the totals in this currency (default: your profile's)
+  --now INSTANT     as if it were then, for instance 2026-03-18T09:30:00Z
+  --time-zone ZONE  as if you were there, for instance Europe/Berlin
+  --locale LOCALE   with that region's texts, for instance de_CH
+  -h, --help        print this help
+
+Where nothing is saved, or nothing that can be used, it says so and succeeds. A
+FILE that is named must be there and whole.
 Exit status: 0 on success, 1 where the data cannot be read, 2 where an argument
 is wrong.
 )");

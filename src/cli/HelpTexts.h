@@ -7,6 +7,7 @@ namespace orbitledge {
 /// The answers to `orbitledge --help` and `orbitledge COMMAND --help`.
 QString generalHelp();
 QString timelineHelp();
+QString statusHelp();
 QString remindersHelp();
 QString deliverRemindersHelp();
 QString signInHelp();

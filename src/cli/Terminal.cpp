@@ -31,6 +31,23 @@ QString printable(const QString &text)
     return result;
 }
 
+QString isolated(const QString &text)
+{
+    const auto runsFromRightToLeft = [](char32_t c) {
+        switch (QChar::direction(c)) {
+        case QChar::DirR:
+        case QChar::DirAL:
+        case QChar::DirAN:
+            return true;
+        default:
+            return false;
+        }
+    };
+    if (!std::ranges::any_of(text.toUcs4(), runsFromRightToLeft))
+        return text;
+    return QChar(firstStrongIsolate) + text + QChar(popDirectionalIsolate);
+}
+
 QString elided(const QString &text, int width)
 {
     if (displayWidth(text) <= width)

@@ -85,26 +85,76 @@ std::vector<ValueOption> allOptions(ViewArguments &arguments, const std::vector<
     return options;
 }
 
+std::vector<SwitchOption> allSwitches(ViewArguments &arguments, const std::vector<SwitchOption> &further)
+{
+    std::vector<SwitchOption> switches = further;
+    const auto setHelp = [&arguments] { arguments.help = true; };
+    switches.push_back({"--json", [&arguments] { arguments.json = true; }});
+    switches.push_back({"--help", setHelp});
+    switches.push_back({"-h", setHelp});
+    return switches;
+}
+
 QString fileName(const std::filesystem::path &path)
 {
     return path == "-" ? u"standard input"_s : QString::fromStdString(path.string());
 }
 
+struct SnapshotError {
+    enum class Kind {
+        Missing,
+        Unreadable,
+        /// Damaged, or of another version.
+        Undecodable
+    };
+
+    Kind kind;
+    /// With the file's name, for people.
+    QString reason;
+};
+
+tl::expected<CacheSnapshot, SnapshotError> readSnapshot(
+    const ViewArguments &arguments, const Environment &environment)
+{
+    using Kind = SnapshotError::Kind;
+    const std::optional<std::filesystem::path> &chosen = arguments.snapshot;
+    const std::filesystem::path path = chosen.value_or(environment.cacheFile);
+    auto content = chosen == "-" ? environment.readStandardInput() : environment.files->read(path);
+    if (!content) {
+        const bool isMissing = content.error().kind == FileError::Kind::NotFound;
+        const QString reason
+            = isMissing && !chosen ? u"No data has been saved yet"_s : content.error().errorDescription;
+        return tl::make_unexpected(SnapshotError{
+            .kind = isMissing ? Kind::Missing : Kind::Unreadable,
+            .reason = fileName(path) + u": "_s + reason,
+        });
+    }
+    auto snapshot = decodeCacheSnapshot(*std::move(content));
+    if (!snapshot) {
+        const DecodingError &error = snapshot.error();
+        const QString place = error.pathText();
+        return tl::make_unexpected(SnapshotError{
+            .kind = Kind::Undecodable,
+            .reason = fileName(path) + u": "_s + (place.isEmpty() ? QString() : place + u": "_s)
+                + error.debugDescription,
+        });
+    }
+    return *std::move(snapshot);
+}
+
 } // namespace
 
-tl::expected<ViewArguments, QString> parseViewArguments(
-    std::span<const QByteArray> words, const std::vector<ValueOption> &further)
+tl::expected<ViewArguments, QString> parseViewArguments(std::span<const QByteArray> words,
+    const std::vector<ValueOption> &further, const std::vector<SwitchOption> &furtherSwitches)
 {
     ViewArguments arguments;
     const std::vector<ValueOption> valueOptions = allOptions(arguments, further);
+    const std::vector<SwitchOption> switches = allSwitches(arguments, furtherSwitches);
     for (std::size_t i = 0; i < words.size(); ++i) {
         const QByteArray &word = words[i];
-        if (word == "--json") {
-            arguments.json = true;
-            continue;
-        }
-        if (word == "--help" || word == "-h") {
-            arguments.help = true;
+        const auto found = std::ranges::find(switches, word, &SwitchOption::name);
+        if (found != switches.end()) {
+            found->set();
             continue;
         }
         // "--name=value" or "--name value"
@@ -112,7 +162,7 @@ tl::expected<ViewArguments, QString> parseViewArguments(
         const QByteArray name = equals < 0 ? word : word.first(equals);
         const auto option = std::ranges::find(valueOptions, name, &ValueOption::name);
         if (option == valueOptions.end()) {
-            if (name == "--json" || name == "--help")
+            if (std::ranges::find(switches, name, &SwitchOption::name) != switches.end())
                 return tl::make_unexpected(u"%1 takes no value"_s.arg(QString::fromLatin1(name)));
             return tl::make_unexpected(word.startsWith('-')
                     ? u"the option %1 is not known"_s.arg(quoted(name))
@@ -130,23 +180,21 @@ tl::expected<ViewArguments, QString> parseViewArguments(
 tl::expected<CacheSnapshot, QString> loadSnapshot(
     const ViewArguments &arguments, const Environment &environment)
 {
-    const std::optional<std::filesystem::path> &chosen = arguments.snapshot;
-    const std::filesystem::path path = chosen.value_or(environment.cacheFile);
-    auto content = chosen == "-" ? environment.readStandardInput() : environment.files->read(path);
-    if (!content) {
-        const bool nothingSaved = !chosen && content.error().kind == FileError::Kind::NotFound;
-        const QString reason
-            = nothingSaved ? u"No data has been saved yet"_s : content.error().errorDescription;
-        return tl::make_unexpected(fileName(path) + u": "_s + reason);
-    }
-    auto snapshot = decodeCacheSnapshot(*std::move(content));
-    if (!snapshot) {
-        const DecodingError &error = snapshot.error();
-        const QString place = error.pathText();
-        return tl::make_unexpected(fileName(path) + u": "_s + (place.isEmpty() ? QString() : place + u": "_s)
-            + error.debugDescription);
-    }
+    auto snapshot = readSnapshot(arguments, environment);
+    if (!snapshot)
+        return tl::make_unexpected(std::move(snapshot.error().reason));
     return *std::move(snapshot);
+}
+
+tl::expected<std::optional<CacheSnapshot>, QString> loadSnapshotIfSaved(
+    const ViewArguments &arguments, const Environment &environment)
+{
+    auto snapshot = readSnapshot(arguments, environment);
+    if (snapshot)
+        return *std::move(snapshot);
+    if (!arguments.snapshot && snapshot.error().kind != SnapshotError::Kind::Unreadable)
+        return std::nullopt;
+    return tl::make_unexpected(std::move(snapshot.error().reason));
 }
 
 View viewOf(const ViewArguments &arguments, const CacheSnapshot &snapshot, const Environment &environment)

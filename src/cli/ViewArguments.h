@@ -32,12 +32,23 @@ struct ValueOption {
     std::function<std::optional<QString>(const QByteArray &value)> set;
 };
 
+/// An option without a value that one command has beyond the others.
+struct SwitchOption {
+    QByteArray name;
+    std::function<void()> set;
+};
+
 /// Reads what stands after a command's name. On failure: what is wrong, for people.
-tl::expected<ViewArguments, QString> parseViewArguments(
-    std::span<const QByteArray> words, const std::vector<ValueOption> &further = {});
+tl::expected<ViewArguments, QString> parseViewArguments(std::span<const QByteArray> words,
+    const std::vector<ValueOption> &further = {}, const std::vector<SwitchOption> &furtherSwitches = {});
 
 /// The data to show; on failure one sentence that names the file, the place in it, and the reason.
 tl::expected<CacheSnapshot, QString> loadSnapshot(
+    const ViewArguments &arguments, const Environment &environment);
+
+/// The same, but absent where nothing is saved: the person's own cache is missing, damaged or of another
+/// version. A file that was named must be there and whole.
+tl::expected<std::optional<CacheSnapshot>, QString> loadSnapshotIfSaved(
     const ViewArguments &arguments, const Environment &environment);
 
 /// The day, region and currency in which the data are to be seen.
