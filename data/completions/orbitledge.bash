@@ -4,14 +4,14 @@ _orbitledge() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline reminders deliver-reminders sign-out --help --version' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline status reminders deliver-reminders sign-out --help --version' -- "$word")
         return
     fi
     if [[ ${COMP_WORDS[1]} =~ ^(sign-in|refresh|deliver-reminders|sign-out)$ ]]; then
         mapfile -t COMPREPLY < <(compgen -W '--help' -- "$word")
         return
     fi
-    [[ ${COMP_WORDS[1]} =~ ^(timeline|reminders)$ ]] || return
+    [[ ${COMP_WORDS[1]} =~ ^(timeline|status|reminders)$ ]] || return
 
     case $previous in
     --snapshot | --ledger)
@@ -35,6 +35,7 @@ _orbitledge() {
     *)
         local options='--snapshot --currency --now --time-zone --locale --json --help'
         [[ ${COMP_WORDS[1]} == reminders ]] && options+=' --lead-days --ledger'
+        [[ ${COMP_WORDS[1]} == status ]] && options+=' --waybar'
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         ;;
     esac
