@@ -26,13 +26,15 @@ Status statusOf(const CacheSnapshot &snapshot, const View &view)
     // One section after the other they come by their day, and what is overdue comes first.
     for (const TimelineSection &section : timeline.sections) {
         for (const TimelineEntry &entry : section.entries) {
-            if (!entry.daysUntilRenewal || *entry.daysUntilRenewal < 0)
+            const qint64 days = entry.daysUntilRenewal.value_or(-1);
+            if (days < 0)
                 continue;
+            const ComingRenewal renewal{.subscription = entry.subscription, .daysUntilRenewal = days};
             if (!status.nextRenewal)
-                status.nextRenewal = entry;
-            if (*entry.daysUntilRenewal > sevenDays)
+                status.nextRenewal = renewal;
+            if (days > sevenDays)
                 return status;
-            status.withinSevenDays.append(entry);
+            status.withinSevenDays.append(renewal);
         }
     }
     return status;

@@ -9,15 +9,21 @@
 
 namespace orbitledge {
 
+struct ComingRenewal {
+    SubscriptionRef subscription;
+    /// Not negative.
+    qint64 daysUntilRenewal = 0;
+};
+
 /// What a status bar has room for.
 struct Status {
     /// Active renewals due today or within three days.
     qint64 badgeCount = 0;
     /// The active renewals that are not over and due within seven days, by their day; those of one day in the
     /// order in which they are held.
-    QList<TimelineEntry> withinSevenDays;
+    QList<ComingRenewal> withinSevenDays;
     /// The first of all that are not over, however far off.
-    std::optional<TimelineEntry> nextRenewal;
+    std::optional<ComingRenewal> nextRenewal;
     // In `currency`, not rounded.
     Decimal monthlyTotal;
     Decimal remainingThisMonth;

@@ -40,8 +40,10 @@ ExitCode runStatus(std::span<const QByteArray> words, const Environment &environ
     const auto snapshot = loadSnapshotIfSaved(arguments->view, environment);
     if (!snapshot)
         return failure(environment, snapshot.error());
+    std::optional<Status> status;
     const View view = viewOf(arguments->view, snapshot->value_or(CacheSnapshot{}), environment);
-    const auto status = snapshot->has_value() ? std::optional(statusOf(**snapshot, view)) : std::nullopt;
+    if (const std::optional<CacheSnapshot> &saved = *snapshot)
+        status = statusOf(*saved, view);
 
     if (arguments->view.json)
         return finish(environment, environment.writeOutput(statusJson(status)));

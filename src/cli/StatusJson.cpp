@@ -19,19 +19,19 @@ void nullMember(JsonWriter &writer, std::string_view key)
     writer.null();
 }
 
-void nextRenewalMember(JsonWriter &writer, const std::optional<TimelineEntry> &entry)
+void nextRenewalMember(JsonWriter &writer, const std::optional<ComingRenewal> &renewal)
 {
-    if (!entry) {
+    if (!renewal) {
         nullMember(writer, "nextRenewal");
         return;
     }
-    const Subscription &subscription = *entry->subscription;
+    const Subscription &subscription = *renewal->subscription;
     writer.key("nextRenewal");
     writer.beginObject();
     member(writer, "id", subscription.id);
     member(writer, "name", subscription.name);
     member(writer, "date", subscription.nextBillingDate);
-    member(writer, "daysUntilRenewal", *entry->daysUntilRenewal);
+    member(writer, "daysUntilRenewal", renewal->daysUntilRenewal);
     member(writer, "cost", subscription.cost);
     member(writer, "currency", subscription.currency);
     writer.endObject();

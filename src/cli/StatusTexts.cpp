@@ -30,18 +30,18 @@ public:
         return isolated(printable(m_money.text(amount, currency)));
     }
 
-    QString cost(const TimelineEntry &entry)
+    QString cost(const ComingRenewal &renewal)
     {
-        return money(entry.subscription->cost, entry.subscription->currency);
+        return money(renewal.subscription->cost, renewal.subscription->currency);
     }
 
 private:
     MoneyFormatter m_money;
 };
 
-QString name(const TimelineEntry &entry)
+QString name(const ComingRenewal &renewal)
 {
-    return printable(entry.subscription->name);
+    return printable(renewal.subscription->name);
 }
 
 /// "2 due", in front of what else there is to say.
@@ -71,14 +71,14 @@ QString tooltip(const Status &status, const Locale &locale)
     };
     if (status.totalsArePartial)
         lines += u"Partial total"_s;
-    const QList<TimelineEntry> &renewals = status.withinSevenDays;
+    const QList<ComingRenewal> &renewals = status.withinSevenDays;
     if (renewals.isEmpty())
         lines += u"No renewals within seven days"_s;
-    for (const TimelineEntry &entry : renewals.first(std::min(renewals.size(), mostTooltipRenewals))) {
+    for (const ComingRenewal &renewal : renewals.first(std::min(renewals.size(), mostTooltipRenewals))) {
         // The day comes first, so that no name decides the line's direction.
         lines
-            += QStringList{daysText(entry.daysUntilRenewal), isolated(name(entry)), wording.cost(entry)}.join(
-                separator);
+            += QStringList{daysText(renewal.daysUntilRenewal), isolated(name(renewal)), wording.cost(renewal)}
+                   .join(separator);
     }
     if (renewals.size() > mostTooltipRenewals)
         lines += u"and %1 more"_s.arg(renewals.size() - mostTooltipRenewals);

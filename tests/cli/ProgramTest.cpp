@@ -96,6 +96,46 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(ownCache()));
     }
 
+    void shouldFillAStatusBar()
+    {
+        save(encodeCacheSnapshot(sampleSnapshot(1)));
+        const Result result = run({u"status"_s, u"--now"_s, u"2026-03-17T12:00:00Z"_s});
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.output, "1 due · Subscription 0 tomorrow, €9.99 · €9.99 left this month\n"_ba);
+        QCOMPARE(result.errors, ""_ba);
+    }
+
+    void shouldTellAStatusBarThatNothingOfUseIsSavedAndLeaveItWhereItIs()
+    {
+        save("damaged");
+        const Result damaged = run({u"status"_s, u"--waybar"_s});
+        QCOMPARE(damaged.exitCode, 0);
+        QVERIFY(damaged.output.contains("signed-out"));
+        QCOMPARE(damaged.errors, ""_ba);
+        QFile file(ownCache());
+        QVERIFY(file.open(QFile::ReadOnly));
+        QCOMPARE(file.readAll(), "damaged"_ba);
+
+        const QString home = qEnvironmentVariable("HOME") + u"/empty-bar"_s;
+        QVERIFY(QDir().mkpath(home));
+        const Result missing = run({u"status"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
+        QCOMPARE(missing.exitCode, 0);
+        QCOMPARE(missing.output, "Not signed in\n"_ba);
+        QVERIFY(QDir(home).isEmpty());
+    }
+
+    void shouldFailWhereTheStatusCannotBeRead()
+    {
+        // Not by its permissions, which do not bind root.
+        const QString home = qEnvironmentVariable("HOME") + u"/folder-for-a-file"_s;
+        const QString path = home + u"/app.orbitledge.Orbitledge/subscription-snapshot-v1.json"_s;
+        QVERIFY(QDir().mkpath(path));
+        const Result result = run({u"status"_s, u"--json"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, ""_ba);
+        QCOMPARE(result.errors, "orbitledge: " + path.toUtf8() + ": Is a directory\n");
+    }
+
     void shouldSayThatNothingWasSavedYetAndCreateNothing()
     {
         const QString home = qEnvironmentVariable("HOME") + u"/empty"_s;

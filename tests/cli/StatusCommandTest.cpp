@@ -56,11 +56,11 @@ QJsonObject waybarOf(const QList<Subscription> &subscriptions)
     return waybarOf(statusOn(snapshotOf(subscriptions)));
 }
 
-QStringList namesOf(const QList<TimelineEntry> &entries)
+QStringList namesOf(const QList<ComingRenewal> &renewals)
 {
     QStringList names;
-    for (const TimelineEntry &entry : entries)
-        names += entry.subscription->name;
+    for (const ComingRenewal &renewal : renewals)
+        names += renewal.subscription->name;
     return names;
 }
 
@@ -117,7 +117,7 @@ private Q_SLOTS:
         const Status status = statusOn(snapshotOf(subscriptions));
         QVERIFY(status.nextRenewal);
         QCOMPARE(status.nextRenewal->subscription->name, next);
-        QCOMPARE(status.nextRenewal->daysUntilRenewal, std::optional(days));
+        QCOMPARE(status.nextRenewal->daysUntilRenewal, days);
     }
 
     void shouldKnowNoRenewalWhereAllAreOver()
