@@ -58,6 +58,25 @@ private Q_SLOTS:
         QCOMPARE(printable(text), expected);
     }
 
+    void shouldSetApartWhatRunsFromRightToLeft_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("isSetApart");
+        QTest::newRow("nothing") << u""_s << false;
+        QTest::newRow("Latin letters and digits") << u"Disk space 24"_s << false;
+        QTest::newRow("wide characters") << u"潮の音楽 🎧"_s << false;
+        QTest::newRow("Hebrew") << u"מוזיקה"_s << true;
+        QTest::newRow("Arabic behind Latin letters") << u"Radio راديو"_s << true;
+        QTest::newRow("Arabic digits") << u"٩٫٩٩ €"_s << true;
+        QTest::newRow("letters beyond the basic plane") << u"\U0001E900"_s << true;
+    }
+    void shouldSetApartWhatRunsFromRightToLeft()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, isSetApart);
+        QCOMPARE(isolated(text), isSetApart ? u'\u2068' + text + u'\u2069' : text);
+    }
+
     void shouldCutTextBetweenCharactersOnly_data()
     {
         QTest::addColumn<QString>("text");
