@@ -463,7 +463,7 @@ void AppStore::setQuickAddPresented(bool isPresented)
     change([isPresented](AppState &state) { state.isQuickAddPresented = isPresented; });
 }
 
-QCoro::Task<void> AppStore::openWebPage(QString path)
+QCoro::Task<void> AppStore::openWebPage(QString path) const
 {
     const auto workspace = m_with.workspace;
     const QUrl page = m_identity.webURL.resolved(QUrl(path, QUrl::StrictMode));
@@ -480,7 +480,8 @@ QCoro::Task<void> AppStore::synchroniseReminders()
 
 QCoro::Task<void> AppStore::synchronise(Store store)
 {
-    if (!store->m_state.user)
+    const std::optional<UserProfile> user = store->m_state.user;
+    if (!user)
         co_return;
     const quint64 session = store->m_session;
     const auto notifier = store->m_with.notifier;
@@ -488,8 +489,8 @@ QCoro::Task<void> AppStore::synchronise(Store store)
     qint64 skipped = 0;
     if (store->settings().notificationsEnabled()) {
         const auto result = co_await notifier->synchronise(store->m_state.subscriptions,
-            store->settings().notificationLeadDays(), store->m_with.clock->now(),
-            store->m_state.user->defaultCurrency, store->m_with.calendar());
+            store->settings().notificationLeadDays(), store->m_with.clock->now(), user->defaultCurrency,
+            store->m_with.calendar());
         if (result.failure)
             failure = u"macOS rejected some reminders: "_s + *result.failure;
         skipped = result.skippedOverBudget;
@@ -620,7 +621,8 @@ QCoro::Task<void> AppStore::lookForUpdateOnce(Store store)
 
 QCoro::Task<void> AppStore::lookForUpdate(Store store, UpdateCheck check)
 {
-    if (!store->m_identity.currentVersion)
+    const std::optional<QString> version = store->m_identity.currentVersion;
+    if (!version)
         co_return;
     constexpr qint64 sixHours = 21'600'000; // milliseconds
     const Instant now = store->m_with.clock->now();
@@ -633,7 +635,7 @@ QCoro::Task<void> AppStore::lookForUpdate(Store store, UpdateCheck check)
     const auto manifest = co_await checker->fetchLatest();
     if (!store || !manifest)
         co_return;
-    const RunningRelease running{*store->m_identity.currentVersion, store->m_identity.currentBuild};
+    const RunningRelease running{*version, store->m_identity.currentBuild};
     if (isAvailableUpdate(*manifest, running, store->settings().dismissedUpdateVersion()))
         store->change([&manifest](AppState &state) { state.availableUpdate = *manifest; });
 }

@@ -113,7 +113,7 @@ public:
     QCoro::Task<void> openUpdate();
 
     /// Opens a page of the web application: "/login".
-    QCoro::Task<void> openWebPage(QString path);
+    QCoro::Task<void> openWebPage(QString path) const;
 
 Q_SIGNALS:
     /// Before something that is shown changes, and when all of that has changed together.

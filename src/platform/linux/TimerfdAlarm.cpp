@@ -72,7 +72,7 @@ void TimerfdAlarm::arm()
     // It is set in any case. That the clock was set before is told once, here or at the next reading.
     constexpr int flags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
     if (::timerfd_settime(m_timer, flags, &time, nullptr) != 0 && errno == ECANCELED)
-        QMetaObject::invokeMethod(this, &WallClockAlarm::clockChanged, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "clockChanged", Qt::QueuedConnection);
 }
 
 void TimerfdAlarm::readTimer()
