@@ -190,11 +190,15 @@ private Q_SLOTS:
         Session session;
         session.startMock(u"mock"_s);
         session.lab.startMonitor();
-        session.keep({u"warm up"_s}, second);
+        // The shortest of some runs, so that most of those to come are killed before their end.
         QElapsedTimer elapsed;
-        elapsed.start();
-        QCOMPARE(session.deliver().exitCode, 0);
-        const qint64 duration = elapsed.nsecsElapsed() / 1000;
+        qint64 duration = std::numeric_limits<qint64>::max();
+        for (int i = 0; i < 5; ++i) {
+            session.keep({u"warm up"_s}, second);
+            elapsed.start();
+            QCOMPARE(session.deliver().exitCode, 0);
+            duration = std::min(duration, elapsed.nsecsElapsed() / 1000);
+        }
 
         constexpr int kills = 200;
         const quint32 seed = QRandomGenerator::system()->generate();
