@@ -13,15 +13,12 @@
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/XdgDirectories.h"
 #include "platform/linux/notifications/SystemdDelivery.h"
+#include "support/CommandInput.h"
 #include "support/StretchWatch.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
 #include <QUrl>
 
-#include <unistd.h>
-
-#include <array>
 #include <iostream>
 
 using namespace orbitledge;
@@ -94,23 +91,8 @@ int main(int argc, char **argv)
         .patience = std::chrono::milliseconds(arguments.value(2, u"20000"_s).toInt())});
 
     const testing::StretchWatch watch;
-    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QByteArray unread;
-    QObject::connect(&input, &QSocketNotifier::activated, &input, [&] {
-        std::array<char, 4096> buffer{};
-        const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-        if (count <= 0) {
-            input.setEnabled(false);
-            probe.finish();
-            return;
-        }
-        unread.append(buffer.data(), count);
-        for (qsizetype end = unread.indexOf('\n'); end >= 0; end = unread.indexOf('\n')) {
-            const QByteArray line = unread.left(end);
-            unread.remove(0, end + 1);
-            probe.obey(line.split(' '));
-        }
-    });
+    const testing::CommandInput input(
+        [&probe](const auto &words) { probe.obey(words); }, [&probe] { probe.finish(); });
     const int status = QCoreApplication::exec();
     say("stretch " + QByteArray::number(watch.longestMilliseconds()));
     return status;

@@ -14,10 +14,10 @@
 /// Arguments: the time limit of an operation, and how long a service may take to come up, in milliseconds.
 
 #include "platform/linux/keychain/DesktopKeychain.h"
+#include "support/CommandInput.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QSocketNotifier>
 #include <QTimerEvent>
 
 #include <unistd.h>
@@ -152,22 +152,8 @@ int main(int argc, char **argv)
         .serviceStart = std::chrono::milliseconds(arguments.value(2, u"5000"_s).toInt())});
 
     const LoopWatch watch;
-    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QByteArray unread;
-    QObject::connect(&input, &QSocketNotifier::activated, &input, [&] {
-        std::array<char, 4096> buffer{};
-        const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-        if (count <= 0) {
-            QCoreApplication::quit();
-            return;
-        }
-        unread.append(buffer.data(), count);
-        for (qsizetype end = unread.indexOf('\n'); end >= 0; end = unread.indexOf('\n')) {
-            const QByteArray line = unread.left(end);
-            unread.remove(0, end + 1);
-            probe.obey(line.split(' '));
-        }
-    });
+    const testing::CommandInput input(
+        [&probe](const auto &words) { probe.obey(words); }, [] { QCoreApplication::quit(); });
     const int status = QCoreApplication::exec();
     say("stretch " + QByteArray::number(watch.longest()) + ' '
         + QByteArray::number(watch.longestUnderLoad()));

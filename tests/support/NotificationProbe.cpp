@@ -21,15 +21,13 @@
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/notifications/DesktopNotificationCenter.h"
 #include "platform/linux/notifications/DesktopNotificationDisplay.h"
+#include "support/CommandInput.h"
 #include "support/FakeWallClockAlarm.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QSocketNotifier>
 
 #include <unistd.h>
 
-#include <array>
 #include <csignal>
 #include <iostream>
 
@@ -249,21 +247,11 @@ int main(int argc, char **argv)
     Probe probe(arguments.value(1).toStdString(),
         std::make_shared<DeadlyStep>(arguments.value(2).toLatin1(), arguments.value(3).toInt()));
 
-    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
-    QByteArray unread;
-    QObject::connect(&input, &QSocketNotifier::activated, &input, [&] {
-        std::array<char, 4096> buffer{};
-        const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-        if (count <= 0) {
-            QCoreApplication::quit();
-            return;
-        }
-        unread.append(buffer.data(), count);
-        for (qsizetype end = unread.indexOf('\n'); end >= 0; end = unread.indexOf('\n')) {
-            probe.commands.append(unread.left(end).split(' '));
-            unread.remove(0, end + 1);
-        }
-        probe.obey();
-    });
+    const CommandInput input(
+        [&probe](const auto &words) {
+            probe.commands.append(words);
+            probe.obey();
+        },
+        [] { QCoreApplication::quit(); });
     return QCoreApplication::exec();
 }

@@ -132,7 +132,7 @@ std::optional<QByteArray> DesktopEntryFile::value(QByteArrayView key) const
 std::optional<bool> DesktopEntryFile::truthValue(QByteArrayView key) const
 {
     const auto text = value(key);
-    // The numbers are of the specification's first versions; desktops still take them.
+    // The numbers are of the format's first versions; desktops still take them.
     if (text == "true" || text == "1")
         return true;
     if (text == "false" || text == "0")
