@@ -40,8 +40,10 @@ public:
         QFile record(lab.path(u"record"_s));
         if (!record.open(QIODevice::ReadOnly))
             return {};
-        QByteArray calls = record.readAll();
-        record.remove();
+        // The file stays, since another call may be written to it at this moment.
+        record.seek(m_takenCalls);
+        const QByteArray calls = record.readAll();
+        m_takenCalls += calls.size();
         return calls;
     }
 
@@ -72,6 +74,9 @@ public:
     }
 
     DesktopLab lab;
+
+private:
+    qint64 m_takenCalls = 0;
 };
 
 const QStringList everything{u"systemd/timers/stamp-app.example.Reminders.reminders.timer"_s,
