@@ -1,6 +1,7 @@
 #include "platform/linux/notifications/DesktopNotificationCenter.h"
 
 #include "model/FloorDivide.h"
+#include "platform/Completion.h"
 #include "platform/OneShot.h"
 #include "platform/SerialQueue.h"
 #include "platform/linux/ProcessLock.h"
@@ -11,7 +12,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <deque>
 #include <utility>
 
 namespace orbitledge {
@@ -153,8 +153,8 @@ private:
     milliseconds m_patience;
     std::shared_ptr<QueueFile> m_file;
     SerialQueue m_work;
-    /// Those who wait for it to be open.
-    std::deque<OneShot<bool> *> m_waiting;
+    /// While it is being opened.
+    std::shared_ptr<Completion> m_opening;
     QString m_openingFailure;
     NotificationQueue m_queue;
     bool m_isOpen = false;
@@ -240,12 +240,12 @@ QCoro::Task<bool> DesktopNotificationCenter::State::opened(Self self, millisecon
 {
     if (self->m_isOpen)
         co_return true;
-    OneShot<bool> isOpen;
-    self->m_waiting.push_back(&isOpen);
-    if (self->m_waiting.size() == 1)
+    if (!self->m_opening) {
+        self->m_opening = std::make_shared<Completion>();
         openFile(self, patience);
-    const std::optional<bool> answer = co_await isOpen.settled();
-    co_return answer.value_or(false);
+    }
+    co_await Completion::wait(self->m_opening);
+    co_return self->m_isOpen;
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::openFile(Self self, milliseconds patience)
@@ -270,8 +270,7 @@ QCoro::Task<void> DesktopNotificationCenter::State::openFile(Self self, millisec
         self->m_isOpen = true;
         self->m_startOfRun = self->now();
     }
-    for (OneShot<bool> *const waiting : std::exchange(self->m_waiting, {}))
-        waiting->settle(self->m_isOpen);
+    std::exchange(self->m_opening, nullptr)->complete();
 }
 
 tl::unexpected<NotificationError> DesktopNotificationCenter::State::notOpened() const

@@ -24,12 +24,6 @@ QDBusMessage methodOf(const QString &daemon, const QString &method)
     return QDBusMessage::createMethodCall(daemon, objectPath, serviceName, method);
 }
 
-QDBusMessage busMethod(const QString &method)
-{
-    return QDBusMessage::createMethodCall(
-        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
-}
-
 bool isAnswer(const QDBusMessage &message)
 {
     return message.type() == QDBusMessage::ReplyMessage;

@@ -11,6 +11,14 @@
 
 namespace orbitledge {
 
+using namespace Qt::StringLiterals;
+
+QDBusMessage busMethod(const QString &method)
+{
+    return QDBusMessage::createMethodCall(
+        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
+}
+
 QCoro::Task<bool> reachSessionBus()
 {
     SerialQueue background;

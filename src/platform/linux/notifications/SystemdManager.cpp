@@ -62,8 +62,7 @@ QCoro::Task<tl::expected<std::shared_ptr<SystemdManager>, QString>> SystemdManag
         co_return std::shared_ptr<SystemdManager>();
     const QDeadlineTimer deadline(limit);
     // A call to the name itself would have the bus start something.
-    QDBusMessage ask = QDBusMessage::createMethodCall(
-        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"GetNameOwner"_s);
+    QDBusMessage ask = busMethod(u"GetNameOwner"_s);
     ask << u"org.freedesktop.systemd1"_s;
     const QDBusMessage reply = co_await callSessionBus(ask, limit);
     if (reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1)
