@@ -1,22 +1,12 @@
 #include "BuildInfo.h"
 #include "cli/CommandLine.h"
-#include "platform/curl/CurlHttpSession.h"
+#include "composition/SystemParts.h"
 #include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
-#include "platform/linux/RouteConnectivity.h"
 #include "platform/linux/SettingsFile.h"
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/SystemClock.h"
-#include "platform/linux/TimerfdAlarm.h"
 #include "platform/linux/XdgDirectories.h"
-#include "platform/linux/keychain/DesktopKeychain.h"
-#include "platform/linux/notifications/DesktopNotificationCenter.h"
-#include "platform/linux/notifications/DesktopNotificationDisplay.h"
-#include "platform/linux/notifications/DesktopNotificationSwitches.h"
-#include "platform/linux/notifications/SystemdDelivery.h"
-#include "service/APIClient.h"
-#include "service/ServiceAddresses.h"
-#include "service/SessionCredentialStore.h"
 #include "state/SnapshotCache.h"
 
 #include <QCoreApplication>
@@ -27,6 +17,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <clocale>
 #include <vector>
 
@@ -48,69 +39,31 @@ void silenceLibraries()
     QLoggingCategory::setFilterRules(u"*=false"_s);
 }
 
-ServiceAccess makeService(const QUrl &baseURL)
-{
-    const QString applicationId = QString::fromLatin1(build::applicationId);
-    auto session = std::make_shared<CurlHttpSession>(QByteArray("Orbitledge/") + build::version,
-        HttpSessionConfiguration{}, std::make_shared<RouteConnectivity>());
-    auto credentials = std::make_shared<SessionCredentialStore>(
-        std::make_shared<DesktopKeychain>(), applicationId, u"session"_s, u"Orbitledge session"_s);
-    auto client = std::make_shared<APIClient>(
-        baseURL, std::move(session), credentials, std::make_shared<SystemClock>());
-    return {std::move(client), std::move(credentials)};
-}
-
-DesktopNotificationCenter::Parts notificationParts()
-{
-    const QString applicationId = QString::fromLatin1(build::applicationId);
-    const auto variable = [](const char *name) { return qgetenv(name); };
-    const XdgDirectories directories(variable);
-    const std::filesystem::path temporary = directories.temporary();
-    auto files = std::make_shared<PosixFileStore>();
-    return {
-        .file = directories.state().value_or(temporary) / build::applicationId / "reminders.json",
-        .files = files,
-        .clock = std::make_shared<SystemClock>(),
-        .timeZone = TimeZone::system,
-        .alarm = std::make_shared<TimerfdAlarm>(),
-        .display = std::make_shared<DesktopNotificationDisplay>(NotificationSender{
-            .name = u"Orbitledge"_s,
-            .applicationId = applicationId,
-            .isShortLived = true,
-        }),
-        .switches = std::make_shared<DesktopNotificationSwitches>(DesktopNotificationSwitches::Settings{
-            .variable = variable,
-            .desktopId = applicationId,
-            .applicationName = u"Orbitledge"_s,
-        }),
-        .unattended = std::make_shared<SystemdDelivery>(SystemdDelivery::Settings{
-            .applicationId = applicationId,
-            .programPath = QCoreApplication::applicationFilePath().toStdString(),
-            .configurationFolder = directories.configuration().value_or(temporary),
-            .dataFolder = directories.data().value_or(temporary),
-            .variable = variable,
-            .files = files,
-        }),
-    };
-}
+/// Long enough for a notification daemon that is only just starting.
+constexpr std::chrono::seconds deliveryLimit(60);
 
 NotificationDelivery deliverReminders(int argc, char **argv)
 {
-    constexpr std::chrono::seconds limit(60);
     silenceLibraries();
     const QCoreApplication application(argc, argv);
-    DesktopNotificationCenter center(notificationParts());
-    return QCoro::waitFor(center.deliverDue(limit));
+    const auto notifications = SystemParts::makeNotifications(Presence::Short);
+    return QCoro::waitFor(notifications->deliverDue(deliveryLimit));
 }
 
-tl::expected<ExitCode, QString> withService(int argc, char **argv, const ServiceCommand &command)
+tl::expected<ExitCode, QString> withStore(int argc, char **argv, const StoreCommand &command)
 {
-    const auto addresses = ServiceAddresses::fromEnvironment([](const char *name) { return qgetenv(name); });
-    if (!addresses)
-        return tl::make_unexpected(addresses.error());
     silenceLibraries();
     const QCoreApplication application(argc, argv);
-    return QCoro::waitFor(command(makeService(addresses->api)));
+    auto parts = SystemParts::make(Presence::Short);
+    if (!parts)
+        return tl::make_unexpected(std::move(parts.error()));
+    auto store = std::make_shared<AppStore>(parts->store, parts->identity);
+    const ExitCode end
+        = QCoro::waitFor(command({store, parts->store.cache, parts->store.notifier, parts->credentials}));
+    // What is due today is shown today, and this process does not stay for what comes later.
+    if (end == ExitCode::Success)
+        (void)QCoro::waitFor(parts->notifications->deliverDue(deliveryLimit));
+    return end;
 }
 
 Environment systemEnvironment(int argc, char **argv)
@@ -134,8 +87,7 @@ Environment systemEnvironment(int argc, char **argv)
         .readStandardInput = [] { return PosixFileStore::readDescriptor(STDIN_FILENO); },
         .readPassword
         = [](const QString &prompt) { return readPassword(STDIN_FILENO, prompt.toLocal8Bit()); },
-        .withService
-        = [argc, argv](const ServiceCommand &command) { return withService(argc, argv, command); },
+        .withStore = [argc, argv](const StoreCommand &command) { return withStore(argc, argv, command); },
         .deliverReminders = [argc, argv] { return deliverReminders(argc, argv); },
         .writeOutput
         = [](const QByteArray &bytes) { return PosixFileStore::writeDescriptor(STDOUT_FILENO, bytes); },

@@ -4,8 +4,9 @@
 #include "platform/FileStore.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotificationCenter.h"
-#include "service/APIClientProtocol.h"
+#include "reminders/RenewalNotifier.h"
 #include "service/SessionCredentialStoring.h"
+#include "state/AppStore.h"
 
 #include <QByteArray>
 
@@ -19,14 +20,16 @@ namespace orbitledge {
 /// What a command ends with.
 enum class ExitCode { Success = 0, Failure = 1, Usage = 2 };
 
-/// The service, and what is kept of a session with it.
-struct ServiceAccess {
-    std::shared_ptr<APIClientProtocol> client;
+/// The program's state, and those of its parts that can be asked what the state does not tell.
+struct StoreAccess {
+    std::shared_ptr<AppStore> store;
+    std::shared_ptr<SnapshotCache> cache;
+    std::shared_ptr<RenewalNotifier> notifier;
     std::shared_ptr<SessionCredentialStoring> credentials;
 };
 
-/// The part of a command that talks to the service.
-using ServiceCommand = std::function<QCoro::Task<ExitCode>(ServiceAccess)>;
+/// The part of a command that works with the store.
+using StoreCommand = std::function<QCoro::Task<ExitCode>(StoreAccess)>;
 
 /// Everything of the machine that a command uses, handed in so that commands can be tried without one.
 struct Environment {
@@ -41,9 +44,9 @@ struct Environment {
     /// From the terminal without echo, with this text before it, or all of standard input where that is no
     /// terminal; the line's end included. On failure a reason for people.
     std::function<tl::expected<QByteArray, QString>(const QString &prompt)> readPassword;
-    /// Runs the command with an event loop and a client of the service at the addresses that are in force.
-    /// On failure why there is no such client, for people; then nothing was run.
-    std::function<tl::expected<ExitCode, QString>(const ServiceCommand &)> withService;
+    /// Runs the command with an event loop and a store that works with the service at the addresses that are
+    /// in force. On failure why there is none, for people; then nothing was run.
+    std::function<tl::expected<ExitCode, QString>(const StoreCommand &)> withStore;
     /// Shows the reminders that are due, with an event loop of its own.
     std::function<NotificationDelivery()> deliverReminders;
     /// False where not everything could be written.

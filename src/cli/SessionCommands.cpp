@@ -3,21 +3,13 @@
 #include "cli/HelpTexts.h"
 #include "cli/Operands.h"
 #include "cli/Terminal.h"
-#include "service/AccountData.h"
-#include "state/SnapshotCache.h"
+#include "state/AppStore.h"
 
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-ExitCode fail(const Environment &environment, const APIError &error)
-{
-    const QString description = error.errorDescription();
-    const bool isSilent = description.isEmpty() && error.is<APIError::Unauthorized>();
-    return failure(environment, isSilent ? u"Your session expired. Please sign in again."_s : description);
-}
 
 /// What was saved could not be changed.
 ExitCode fail(const Environment &environment, const FileError &error)
@@ -26,9 +18,9 @@ ExitCode fail(const Environment &environment, const FileError &error)
         QString::fromStdString(environment.cacheFile.string()) + u": "_s + error.errorDescription);
 }
 
-ExitCode runWithService(const Environment &environment, const ServiceCommand &command)
+ExitCode runWithStore(const Environment &environment, const StoreCommand &command)
 {
-    const auto result = environment.withService(command);
+    const auto result = environment.withStore(command);
     return result ? *result : failure(environment, result.error());
 }
 
@@ -60,76 +52,56 @@ tl::expected<QString, QString> askPassword(const Environment &environment, const
 // command has ended.
 // NOLINTBEGIN(cppcoreguidelines-avoid-reference-coroutine-parameters)
 
-QCoro::Task<ExitCode> save(const Environment &environment, AccountData data, QString success)
+/// What was fetched is for the next command, so it must have been saved.
+ExitCode tellFetched(const Environment &environment, const StoreAccess &access, const QString &success)
 {
-    SnapshotCache cache(environment.cacheFile, environment.files);
-    const qsizetype count = data.subscriptions.size();
-    CacheSnapshot snapshot{
-        .version = {},
-        .profile = std::move(data.profile),
-        .subscriptions = std::move(data.subscriptions),
-        .fetchedAt = environment.clock->now(),
-    };
-    const auto saved = co_await cache.save(std::move(snapshot));
-    if (!saved)
-        co_return fail(environment, saved.error());
+    if (const auto &failed = access.cache->lastFailure())
+        return fail(environment, *failed);
+    const AppState &state = access.store->state();
+    if (state.notificationFailureMessage)
+        reportError(environment, *state.notificationFailureMessage);
+    const qsizetype count = state.subscriptions.size();
     const QString what = count == 1 ? u"1 subscription"_s : u"%1 subscriptions"_s.arg(count);
-    co_return finish(environment, writeText(environment, success + u' ' + what + u" fetched.\n"_s));
+    return finish(environment, writeText(environment, success + u' ' + what + u" fetched.\n"_s));
 }
 
-/// What was saved for another account must not be shown for this one, also where nothing can be fetched for
-/// it.
-QCoro::Task<void> removeDataOfAnother(const Environment &environment, QUuid account)
-{
-    SnapshotCache cache(environment.cacheFile, environment.files);
-    const auto saved = co_await cache.load();
-    if (saved && saved->profile.id != account)
-        (void)co_await cache.clear();
-}
-
-QCoro::Task<ExitCode> signIn(const Environment &environment, ServiceAccess service, QString email)
+QCoro::Task<ExitCode> signIn(const Environment &environment, StoreAccess access, QString email)
 {
     // Blocks, while there is nothing else that could go on.
     auto password = askPassword(environment, email);
     if (!password)
         co_return failure(environment, password.error());
-    auto profile = co_await service.client->signIn(email, *std::move(password));
-    if (!profile)
-        co_return fail(environment, profile.error());
-    co_await removeDataOfAnother(environment, profile->id);
-    auto subscriptions = co_await service.client->fetchSubscriptions();
-    if (!subscriptions)
-        co_return fail(environment, subscriptions.error());
-    AccountData data{*std::move(profile), *std::move(subscriptions)};
-    QString success = u"Signed in as %1."_s.arg(printable(email));
-    co_return co_await save(environment, std::move(data), std::move(success));
+    const auto signedIn = co_await access.store->signIn(email, *std::move(password));
+    if (!signedIn)
+        co_return failure(environment, access.store->state().errorMessage.value_or(QString()));
+    co_return tellFetched(environment, access, u"Signed in as %1."_s.arg(printable(email)));
 }
 
-QCoro::Task<ExitCode> refresh(const Environment &environment, ServiceAccess service)
+QCoro::Task<ExitCode> refresh(const Environment &environment, StoreAccess access)
 {
-    const bool hasSession = co_await service.client->hasValidSession();
-    if (!hasSession)
+    co_await access.store->refresh();
+    const AppState &state = access.store->state();
+    if (state.errorMessage)
+        co_return failure(environment, *state.errorMessage);
+    if (state.authState != AuthState::SignedIn)
         co_return failure(environment, u"You are not signed in."_s);
-    auto data = co_await fetchAccountData(service.client);
-    if (!data)
-        co_return fail(environment, data.error());
-    QString success = u"Up to date."_s;
-    co_return co_await save(environment, *std::move(data), std::move(success));
+    co_return tellFetched(environment, access, u"Up to date."_s);
 }
 
-QCoro::Task<ExitCode> signOut(const Environment &environment, ServiceAccess service)
+/// The store tells nothing of how it ended, and has asked the person where that was needed.
+QCoro::Task<ExitCode> signOut(const Environment &environment, StoreAccess access)
 {
-    co_await service.client->signOut();
-    SnapshotCache cache(environment.cacheFile, environment.files);
-    const auto cleared = co_await cache.clear();
-    if (!cleared)
-        co_return fail(environment, cleared.error());
-    // Signing out has asked the person where that was needed, and tells nothing of how it ended.
-    const auto forgotten = co_await service.credentials->clear(KeychainPrompt::Forbidden);
+    co_await access.store->signOut();
+    if (const auto &failed = access.cache->lastFailure())
+        co_return fail(environment, *failed);
+    const auto forgotten = co_await access.credentials->clear(KeychainPrompt::Forbidden);
     if (!forgotten) {
         const QString reason = forgotten.error().errorDescription();
         co_return failure(environment, u"The session could not be removed: "_s + reason);
     }
+    const auto removed = co_await access.notifier->removeAll();
+    if (!removed)
+        co_return failure(environment, removed.error().errorDescription);
     co_return finish(environment, writeText(environment, u"Signed out.\n"_s));
 }
 
@@ -150,8 +122,8 @@ ExitCode runSignIn(std::span<const QByteArray> words, const Environment &environ
     if (!email)
         return usageError(environment, command, u"the e-mail address is not in your locale's encoding"_s);
 
-    return runWithService(
-        environment, [&](ServiceAccess service) { return signIn(environment, std::move(service), *email); });
+    return runWithStore(
+        environment, [&](StoreAccess access) { return signIn(environment, std::move(access), *email); });
 }
 
 ExitCode runRefresh(std::span<const QByteArray> words, const Environment &environment)
@@ -159,8 +131,8 @@ ExitCode runRefresh(std::span<const QByteArray> words, const Environment &enviro
     ExitCode end{};
     if (!operandsOf(words, 0, "refresh"_L1, refreshHelp, environment, end))
         return end;
-    return runWithService(
-        environment, [&](ServiceAccess service) { return refresh(environment, std::move(service)); });
+    return runWithStore(
+        environment, [&](StoreAccess access) { return refresh(environment, std::move(access)); });
 }
 
 ExitCode runSignOut(std::span<const QByteArray> words, const Environment &environment)
@@ -168,8 +140,8 @@ ExitCode runSignOut(std::span<const QByteArray> words, const Environment &enviro
     ExitCode end{};
     if (!operandsOf(words, 0, "sign-out"_L1, signOutHelp, environment, end))
         return end;
-    return runWithService(
-        environment, [&](ServiceAccess service) { return signOut(environment, std::move(service)); });
+    return runWithStore(
+        environment, [&](StoreAccess access) { return signOut(environment, std::move(access)); });
 }
 
 } // namespace orbitledge

@@ -33,14 +33,24 @@ QCoro::Task<std::optional<CacheSnapshot>> SnapshotCache::load()
 
 QCoro::Task<tl::expected<void, FileError>> SnapshotCache::save(CacheSnapshot snapshot)
 {
-    return m_queue.run([files = m_files, location = m_location, snapshot = std::move(snapshot)] {
-        return files->replace(location, encodeCacheSnapshot(snapshot));
-    });
+    return noted(
+        m_lastFailure, m_queue.run([files = m_files, location = m_location, snapshot = std::move(snapshot)] {
+            return files->replace(location, encodeCacheSnapshot(snapshot));
+        }));
 }
 
 QCoro::Task<tl::expected<void, FileError>> SnapshotCache::clear()
 {
-    return m_queue.run([files = m_files, location = m_location] { return files->remove(location); });
+    return noted(
+        m_lastFailure, m_queue.run([files = m_files, location = m_location] { return files->remove(location); }));
+}
+
+QCoro::Task<SnapshotCache::Outcome> SnapshotCache::noted(
+    std::shared_ptr<std::optional<FileError>> lastFailure, QCoro::Task<Outcome> change)
+{
+    auto outcome = co_await change;
+    *lastFailure = outcome ? std::nullopt : std::optional(outcome.error());
+    co_return outcome;
 }
 
 } // namespace orbitledge

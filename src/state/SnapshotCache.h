@@ -31,9 +31,17 @@ public:
     /// Removes the file; a missing one is no error.
     [[nodiscard]] QCoro::Task<tl::expected<void, FileError>> clear();
 
+    /// Why the file is not as the last `save` or `clear` that has ended would have it; absent where it is.
+    [[nodiscard]] const std::optional<FileError> &lastFailure() const { return *m_lastFailure; }
+
 private:
+    using Outcome = tl::expected<void, FileError>;
+    static QCoro::Task<Outcome> noted(
+        std::shared_ptr<std::optional<FileError>> lastFailure, QCoro::Task<Outcome> change);
+
     std::filesystem::path m_location;
     std::shared_ptr<FileStore> m_files;
+    std::shared_ptr<std::optional<FileError>> m_lastFailure = std::make_shared<std::optional<FileError>>();
     SerialQueue m_queue;
 };
 

@@ -485,7 +485,7 @@ private Q_SLOTS:
     void shouldAskNobody()
     {
         save(sampleSnapshot(1));
-        m_harness->environment.withService = [](const ServiceCommand &) -> tl::expected<ExitCode, QString> {
+        m_harness->environment.withStore = [](const StoreCommand &) -> tl::expected<ExitCode, QString> {
             qFatal("the service was asked");
         };
         m_harness->environment.deliverReminders

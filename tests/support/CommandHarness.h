@@ -3,10 +3,18 @@
 #include "cli/CommandLine.h"
 #include "service/SessionCredentialStore.h"
 #include "support/FakeAPIClient.h"
+#include "support/FakeConnectivity.h"
 #include "support/FakeFileStore.h"
+#include "support/FakeIntervalTimer.h"
 #include "support/FakeKeychain.h"
+#include "support/FakeLoginItemService.h"
+#include "support/FakeNotificationCenter.h"
+#include "support/FakeReleaseChecker.h"
 #include "support/FakeUserDefaults.h"
+#include "support/FakeWallClockAlarm.h"
+#include "support/FakeWorkspace.h"
 #include "support/StoppedClock.h"
+#include "support/Times.h"
 
 #include <QHash>
 
@@ -23,6 +31,7 @@ struct CommandHarness {
     std::shared_ptr<SessionCredentialStore> credentials = std::make_shared<SessionCredentialStore>(keychain,
         QStringLiteral("app.example"), QStringLiteral("session"), QStringLiteral("Example session"));
     std::shared_ptr<FakeUserDefaults> defaults = std::make_shared<FakeUserDefaults>();
+    std::shared_ptr<FakeNotificationCenter> center = std::make_shared<FakeNotificationCenter>();
     QHash<QByteArray, QByteArray> variables{{"LANG", "en_US.UTF-8"}};
     /// What is typed, or piped in; a reason where that fails.
     tl::expected<QByteArray, QString> password = QByteArray();
@@ -50,10 +59,10 @@ struct CommandHarness {
                 prompts.append(prompt);
                 return password;
             },
-        .withService = [this](const ServiceCommand &command) -> tl::expected<ExitCode, QString> {
+        .withStore = [this](const StoreCommand &command) -> tl::expected<ExitCode, QString> {
             if (noService)
                 return tl::make_unexpected(*noService);
-            return QCoro::waitFor(command({client, credentials}));
+            return QCoro::waitFor(command(makeStore()));
         },
         .deliverReminders = [this] { return delivery; },
         .writeOutput =
@@ -66,6 +75,31 @@ struct CommandHarness {
 
     CommandHarness() = default;
     Q_DISABLE_COPY_MOVE(CommandHarness)
+
+    StoreAccess makeStore()
+    {
+        const QUrl web(QStringLiteral("https://example.com/app/"));
+        auto cache = std::make_shared<SnapshotCache>(cacheFile, files);
+        auto notifier = std::make_shared<RenewalNotifier>(center, defaults, web);
+        auto store = std::make_shared<AppStore>(
+            AppStore::Collaborators{
+                .api = client,
+                .cache = cache,
+                .notifier = notifier,
+                .releaseChecker = std::make_shared<FakeReleaseChecker>(),
+                .settings = std::make_shared<AppSettings>(defaults),
+                .launchAtLogin
+                = std::make_shared<LaunchAtLoginController>(std::make_shared<FakeLoginItemService>()),
+                .workspace = std::make_shared<FakeWorkspace>(),
+                .clock = clock,
+                .calendar = [] { return calendarIn("Europe/Berlin"); },
+                .refreshTimer = std::make_shared<FakeIntervalTimer>(),
+                .dayAlarm = std::make_shared<FakeWallClockAlarm>(clock),
+                .connectivity = std::make_shared<FakeConnectivity>(),
+            },
+            AppStore::Identity{.currentVersion = {}, .currentBuild = {}, .webURL = web});
+        return {std::move(store), std::move(cache), std::move(notifier), credentials};
+    }
 
     ExitCode run(const QList<QByteArray> &words)
     {

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/linux/notifications/DesktopNotificationCenter.h"
+#include "service/SessionCredentialStoring.h"
+#include "state/AppStore.h"
+
+#include <tl/expected.hpp>
+
+#include <memory>
+
+namespace orbitledge {
+
+/// How long this process is there.
+enum class Presence {
+    /// For one command.
+    Short,
+    /// For the session; what it has shown can be chosen.
+    Resident,
+};
+
+/// What the program is made of on this system: the real things, for the composition of what is run.
+struct SystemParts {
+    std::shared_ptr<DesktopNotificationCenter> notifications;
+    std::shared_ptr<SessionCredentialStoring> credentials;
+    AppStore::Collaborators store;
+    AppStore::Identity identity;
+
+    /// Needs an application object. Nothing is fetched and nobody is asked yet. On failure, for people, what
+    /// is wrong with the environment.
+    static tl::expected<SystemParts, QString> make(Presence presence);
+
+    /// The part of it that shows reminders, alone.
+    static std::shared_ptr<DesktopNotificationCenter> makeNotifications(Presence presence);
+};
+
+} // namespace orbitledge
