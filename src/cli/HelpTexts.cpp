@@ -137,7 +137,8 @@ QString refreshHelp()
 {
     return QStringLiteral(R"(Usage: orbitledge refresh
 Fetches your profile and your subscriptions, and saves them for the other
-commands. What was saved before stays where this fails.
+commands; plans the reminders of them where those are on. What was saved before
+stays where this fails.
 
 Options:
   -h, --help        print this help
@@ -154,7 +155,8 @@ QString signOutHelp()
 {
     return QStringLiteral(R"(Usage: orbitledge sign-out
 Ends your session at the service, where that can be reached, and removes it from
-your desktop's keyring, along with the subscriptions that were fetched.
+your desktop's keyring, along with the subscriptions that were fetched and the
+reminders of them.
 
 Options:
   -h, --help        print this help

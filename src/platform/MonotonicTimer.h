@@ -6,7 +6,8 @@
 
 namespace orbitledge {
 
-/// By the monotonic clock of the toolkit's event loop, to the second, so that the machine wakes up with others.
+/// By the monotonic clock of the toolkit's event loop, to the second, so that the machine wakes up with
+/// others.
 class MonotonicTimer final : public IntervalTimer {
 public:
     MonotonicTimer();

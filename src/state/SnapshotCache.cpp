@@ -41,8 +41,8 @@ QCoro::Task<tl::expected<void, FileError>> SnapshotCache::save(CacheSnapshot sna
 
 QCoro::Task<tl::expected<void, FileError>> SnapshotCache::clear()
 {
-    return noted(
-        m_lastFailure, m_queue.run([files = m_files, location = m_location] { return files->remove(location); }));
+    return noted(m_lastFailure,
+        m_queue.run([files = m_files, location = m_location] { return files->remove(location); }));
 }
 
 QCoro::Task<SnapshotCache::Outcome> SnapshotCache::noted(

@@ -208,6 +208,40 @@ private Q_SLOTS:
         QVERIFY(m_harness->keychain->removals == QList{KeychainPrompt::Forbidden});
     }
 
+    void shouldKeepTheRemindersInStep()
+    {
+        m_harness->client->hasSession = true;
+        m_harness->defaults->setValue(u"settings.notificationsEnabled"_s, true);
+        QCOMPARE(m_harness->run({"sign-in", "a@b"}), ExitCode::Success);
+        const QStringList planned = m_harness->center->identifiers();
+        QVERIFY(!planned.isEmpty());
+        m_harness->client->subscriptions->removeFirst();
+        QCOMPARE(m_harness->run({"refresh"}), ExitCode::Success);
+        QVERIFY(m_harness->center->identifiers() != planned);
+        QCOMPARE(m_harness->run({"sign-out"}), ExitCode::Success);
+        QVERIFY(m_harness->center->requests.isEmpty());
+    }
+
+    void shouldSayThatRemindersAreMissingWhereTheDataAreThere()
+    {
+        m_harness->client->hasSession = true;
+        m_harness->defaults->setValue(u"settings.notificationsEnabled"_s, true);
+        m_harness->center->savingFailure = u"The disk is full."_s;
+        QCOMPARE(m_harness->run({"refresh"}), ExitCode::Success);
+        QCOMPARE(m_harness->output, "Up to date. 3 subscriptions fetched.\n"_ba);
+        QCOMPARE(m_harness->errors, "orbitledge: macOS rejected some reminders: The disk is full.\n"_ba);
+    }
+
+    void shouldSayThatRemindersAreStillThere()
+    {
+        m_harness->center->forgettingFailure = u"Another process is in charge of them."_s;
+        QCOMPARE(m_harness->run({"sign-out"}), ExitCode::Failure);
+        QCOMPARE(m_harness->output, ""_ba);
+        QCOMPARE(m_harness->errors, "orbitledge: Another process is in charge of them.\n"_ba);
+        // The rest is gone all the same.
+        QVERIFY(m_harness->client->calls.contains(u"signOut"_s));
+    }
+
     void shouldNotShowTheDataOfAnotherAccount()
     {
         CacheSnapshot another = sampleSnapshot(5);

@@ -17,6 +17,7 @@ public:
     std::function<std::optional<QString>(const NotificationRequest &)> refuse;
     std::optional<QString> readingFailure;
     std::optional<QString> savingFailure;
+    std::optional<QString> forgettingFailure;
     tl::expected<bool, NotificationError> permission = true;
     /// Of the last request for permission.
     NotificationOptions options;
@@ -92,6 +93,8 @@ public:
             m_forgetting = &done;
             (void)co_await done.settled();
         }
+        if (forgettingFailure)
+            co_return tl::make_unexpected(NotificationError{*forgettingFailure});
         requests.removeIf([&prefix](const PendingNotification &pending) {
             return pending.request.identifier.startsWith(prefix);
         });
