@@ -7,6 +7,7 @@
 #include <unicode/smpdtfmt.h>
 
 #include <map>
+#include <optional>
 
 namespace orbitledge {
 
@@ -22,12 +23,22 @@ public:
 
     QString format(const LocalDate &date, const char16_t *skeleton)
     {
-        icu::SimpleDateFormat *const formatter = date.isValid() ? formatterFor(skeleton) : nullptr;
-        if (formatter == nullptr)
-            return date.text();
         constexpr double millisecondsPerDay = 86'400'000;
+        const auto text = date.isValid()
+            ? formatWallClock(static_cast<double>(date.daysSinceEpoch()) * millisecondsPerDay, skeleton)
+            : std::nullopt;
+        return text.value_or(date.text());
+    }
+
+    /// `wallClock`: what the clock shows, in milliseconds since it showed the start of 1970. Absent where ICU
+    /// has no such format.
+    std::optional<QString> formatWallClock(double wallClock, const char16_t *skeleton)
+    {
+        icu::SimpleDateFormat *const formatter = formatterFor(skeleton);
+        if (formatter == nullptr)
+            return std::nullopt;
         icu::UnicodeString text;
-        formatter->format(static_cast<double>(date.daysSinceEpoch()) * millisecondsPerDay, text);
+        formatter->format(wallClock, text);
         return toQString(text);
     }
 
@@ -96,6 +107,17 @@ QString DateFormatter::narrowWeekday(const LocalDate &date)
 QString DateFormatter::day(const LocalDate &date)
 {
     return m_private->format(date, u"d");
+}
+
+QString DateFormatter::completeDate(const LocalDate &date)
+{
+    return m_private->format(date, u"yMMMMEEEEd");
+}
+
+QString DateFormatter::shortTime(Instant instant, const TimeZone &timeZone)
+{
+    return m_private->formatWallClock(static_cast<double>(timeZone.wallClock(instant)), u"jm")
+        .value_or(QString());
 }
 
 } // namespace orbitledge

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "locale/Locale.h"
+#include "locale/TimeZone.h"
+#include "model/Instant.h"
 #include "model/LocalDate.h"
 
 #include <QString>
@@ -28,6 +30,10 @@ public:
     [[nodiscard]] QString narrowWeekday(const LocalDate &date);
     /// "14", in the locale's digits.
     [[nodiscard]] QString day(const LocalDate &date);
+    /// "Saturday, March 14, 2026"
+    [[nodiscard]] QString completeDate(const LocalDate &date);
+    /// "9:41 AM" or "09:41", as the wall clock of the zone shows it.
+    [[nodiscard]] QString shortTime(Instant instant, const TimeZone &timeZone);
 
 private:
     class Private;

@@ -238,9 +238,10 @@ TimelineSnapshot buildTimeline(const QList<Subscription> &subscriptions, const Q
         if (renewal.isUrgent)
             ++snapshot.badgeCount;
         if (renewal.weekDay != noWeekDay) {
-            QList<QString> &colors = snapshot.week[renewal.weekDay].renewalColors;
-            if (colors.size() < colorsPerDay)
-                colors.append(brandColor(subscription.name).dark);
+            TimelineDay &day = snapshot.week[renewal.weekDay];
+            ++day.renewalCount;
+            if (day.renewalColors.size() < colorsPerDay)
+                day.renewalColors.append(brandColor(subscription.name).dark);
         }
 
         const auto amount = amountIn(profileCurrency, subscription);

@@ -59,6 +59,8 @@ struct TimelineDay {
     Instant date;
     LocalDate localDate;
     bool isToday = false;
+    /// Of active subscriptions, on this day.
+    qint64 renewalCount = 0;
     /// "#RRGGBB", of the day's first three renewals.
     QList<QString> renewalColors;
 

@@ -87,6 +87,32 @@ private Q_SLOTS:
         QCOMPARE(week, u"SMTWTFS"_s);
     }
 
+    void shouldWriteCompleteDates()
+    {
+        const auto text
+            = [](const char *locale) { return DateFormatter(localeNamed(locale)).completeDate(piDay); };
+        QCOMPARE(text("en_US"), u"Saturday, March 14, 2026"_s);
+        QCOMPARE(text("en_GB"), u"Saturday, 14 March 2026"_s);
+        QCOMPARE(text("de_DE"), u"Samstag, 14. März 2026"_s);
+        QCOMPARE(text("ja_JP"), u"2026年3月14日土曜日"_s);
+        QCOMPARE(DateFormatter(localeNamed("en_US")).completeDate({2026, 2, 30}), u"2026-02-30"_s);
+    }
+
+    void shouldWriteTimesAsTheWallClockShowsThem()
+    {
+        const auto text = [](const char *locale, const char *zone, const char *instant) {
+            return DateFormatter(localeNamed(locale)).shortTime(at(instant), zoneNamed(zone));
+        };
+        QCOMPARE(text("en_US", "UTC", "2026-03-14T00:05:59Z"), u"12:05\u202fAM"_s);
+        QCOMPARE(text("de_DE", "UTC", "2026-03-14T00:05:59Z"), u"00:05"_s);
+        // On either side of the clocks' going forward.
+        QCOMPARE(text("de_DE", "Europe/Berlin", "2026-03-29T00:59:59Z"), u"01:59"_s);
+        QCOMPARE(text("de_DE", "Europe/Berlin", "2026-03-29T01:00:00Z"), u"03:00"_s);
+        // Where ICU's own tables are out of date.
+        QCOMPARE(text("en_GB", "Africa/Cairo", "2026-07-01T12:00:00Z"), u"15:00"_s);
+        QCOMPARE(text("fa_IR", "Asia/Tehran", "2026-07-01T12:00:00Z"), u"۱۵:۳۰"_s);
+    }
+
     void shouldCountByTheGregorianCalendarInAllYears_data()
     {
         QTest::addColumn<LocalDate>("date");

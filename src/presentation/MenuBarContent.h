@@ -1,0 +1,28 @@
+#pragma once
+
+#include "locale/MoneyFormatter.h"
+#include "timeline/TimelineSnapshot.h"
+
+#include <QString>
+
+namespace orbitledge {
+
+/// What the icon in the tray says, with and without being looked at closely.
+struct MenuBarContent {
+    /// "3", or "9+"; empty where there is no badge.
+    QString badge;
+    /// "3 renewals due soon", of all; empty where there is no badge.
+    QString badgeLabel;
+    /// The icon's name for those who do not see it, the badge included.
+    QString accessibleName;
+    /// The first renewal that is not over, in one line: "Tidewater Music · tomorrow · €10.99".
+    QString nextRenewal;
+
+    friend bool operator==(const MenuBarContent &, const MenuBarContent &) = default;
+};
+
+/// `currency` is that of the amounts; `showsBadge` whether the person wants to see one.
+MenuBarContent menuBarOf(
+    const TimelineSnapshot &snapshot, const QString &currency, bool showsBadge, MoneyFormatter &money);
+
+} // namespace orbitledge
