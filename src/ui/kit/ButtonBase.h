@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QFont>
+
+namespace orbitledge::ui {
+
+/// What the kit's buttons have in common: Return presses them too, they follow the pointer, and they have a
+/// ring where they were reached by the keyboard.
+class ButtonBase : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    explicit ButtonBase(QWidget *parent);
+
+    bool isHovered() const { return isEnabled() && underMouse(); }
+    bool showsFocusRing() const;
+    /// Draws the ring inside the button's edge, where it is to be seen.
+    void paintFocusRing(QPainter &painter, qreal radius) const;
+
+    void changeEvent(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    bool wasReachedByKeyboard_ = false;
+};
+
+} // namespace orbitledge::ui

@@ -1,0 +1,61 @@
+#include "ui/kit/CompactIconButton.h"
+
+#include "ui/kit/Drawing.h"
+#include "ui/kit/Typography.h"
+
+#include <QPainter>
+
+namespace orbitledge::ui {
+
+namespace {
+
+constexpr qreal side = 24;
+constexpr qreal symbolSide = 14;
+constexpr qreal disabledOpacity = 0.4;
+
+} // namespace
+
+CompactIconButton::CompactIconButton(
+    Symbol symbol, const QString &accessibleName, const QString &toolTip, QWidget *parent)
+    : ButtonBase(parent)
+    , symbol_(symbol)
+{
+    setAccessibleName(accessibleName);
+    setToolTip(toolTip);
+}
+
+void CompactIconButton::setSymbol(Symbol symbol)
+{
+    symbol_ = symbol;
+    update();
+}
+
+void CompactIconButton::setTone(Tone tone)
+{
+    tone_ = tone;
+    update();
+}
+
+QSize CompactIconButton::sizeHint() const
+{
+    return {scaled(*this, side), scaled(*this, side)};
+}
+
+void CompactIconButton::paintEvent(QPaintEvent * /*event*/)
+{
+    const Appearance appearance = appearanceOf(palette());
+    const qreal radius = scaled(*this, smallControlRadius);
+    QPainter painter(this);
+    if (isHovered() || isDown())
+        fillRounded(painter, rect(), radius, colorOf(Tone::Fill, appearance));
+    if (isDown())
+        fillRounded(painter, rect(), radius, colorOf(Tone::Fill, appearance));
+    const qreal inset = (width() - scaled(*this, symbolSide)) / 2.0;
+    painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
+    paintSymbol(
+        painter, symbol_, QRectF(rect()).adjusted(inset, inset, -inset, -inset), colorOf(tone_, appearance));
+    painter.setOpacity(1);
+    paintFocusRing(painter, radius);
+}
+
+} // namespace orbitledge::ui

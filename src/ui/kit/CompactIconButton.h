@@ -1,0 +1,30 @@
+#pragma once
+
+#include "ui/kit/ButtonBase.h"
+#include "ui/kit/Palette.h"
+#include "ui/kit/Symbols.h"
+
+namespace orbitledge::ui {
+
+/// A symbol to press, where there is no room for words; it has them in its name and its tooltip.
+class CompactIconButton : public ButtonBase {
+    Q_OBJECT
+
+public:
+    CompactIconButton(
+        Symbol symbol, const QString &accessibleName, const QString &toolTip, QWidget *parent = nullptr);
+
+    void setSymbol(Symbol symbol);
+    void setTone(Tone tone);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    Symbol symbol_;
+    Tone tone_ = Tone::Ink;
+};
+
+} // namespace orbitledge::ui

@@ -1,0 +1,61 @@
+#include "ui/kit/PlainButton.h"
+
+#include "ui/kit/Drawing.h"
+#include "ui/kit/Typography.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <cmath>
+
+namespace orbitledge::ui {
+
+namespace {
+
+/// Around the text, so that there is something to hit and room for the ring.
+constexpr qreal sideInset = 6;
+constexpr qreal verticalInset = 4;
+constexpr qreal radius = 6;
+constexpr qreal pressedOpacity = 0.6;
+constexpr qreal disabledOpacity = 0.4;
+
+} // namespace
+
+PlainButton::PlainButton(const QString &text, QWidget *parent)
+    : PlainButton(text, Look(), parent)
+{
+}
+
+PlainButton::PlainButton(const QString &text, Look look, QWidget *parent)
+    : ButtonBase(parent)
+    , look_(look)
+{
+    setText(text);
+}
+
+QFont PlainButton::labelFont() const
+{
+    QFont font = fontOf(*this, look_.designSize, look_.weight);
+    font.setUnderline(isHovered());
+    return font;
+}
+
+QSize PlainButton::sizeHint() const
+{
+    const QFontMetricsF metrics(fontOf(*this, look_.designSize, look_.weight));
+    return {static_cast<int>(std::ceil(metrics.horizontalAdvance(text()))) + 2 * scaled(*this, sideInset),
+        static_cast<int>(std::ceil(metrics.height())) + 2 * scaled(*this, verticalInset)};
+}
+
+void PlainButton::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.setOpacity(!isEnabled() ? disabledOpacity : isDown() ? pressedOpacity : 1);
+    painter.setFont(labelFont());
+    painter.setPen(colorOf(look_.tone, appearanceOf(palette())));
+    painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
+    painter.setOpacity(1);
+    paintFocusRing(painter, scaled(*this, radius));
+}
+
+} // namespace orbitledge::ui

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ui/kit/ButtonBase.h"
+#include "ui/kit/Palette.h"
+
+namespace orbitledge::ui {
+
+/// A button that is only its text.
+class PlainButton : public ButtonBase {
+    Q_OBJECT
+
+public:
+    struct Look {
+        qreal designSize = 12;
+        QFont::Weight weight = QFont::DemiBold;
+        Tone tone = Tone::Cyan;
+    };
+
+    explicit PlainButton(const QString &text, QWidget *parent = nullptr);
+    PlainButton(const QString &text, Look look, QWidget *parent = nullptr);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QFont labelFont() const;
+
+    Look look_;
+};
+
+} // namespace orbitledge::ui

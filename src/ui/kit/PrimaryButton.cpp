@@ -1,0 +1,149 @@
+#include "ui/kit/PrimaryButton.h"
+
+#include "ui/kit/Drawing.h"
+#include "ui/kit/Palette.h"
+#include "ui/kit/ProgressIndicator.h"
+#include "ui/kit/Typography.h"
+
+#include <QFontMetricsF>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace orbitledge::ui {
+
+namespace {
+
+constexpr qreal sideInset = 16;
+constexpr qreal indicatorSide = 14;
+constexpr qreal indicatorGap = 8;
+constexpr qreal ringGap = 3;
+
+// Dimmed further in the light, the label would lose its contrast.
+qreal pressedOpacity(Appearance appearance)
+{
+    return appearance == Appearance::Light ? 0.9 : 0.8;
+}
+
+} // namespace
+
+PrimaryButton::PrimaryButton(const QString &text, QWidget *parent)
+    : ButtonBase(parent)
+    , idleText_(text)
+    , indicator_(new ProgressIndicator(this))
+{
+    setText(text);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    indicator_->setTone(Tone::OnCyan);
+    indicator_->hide();
+}
+
+void PrimaryButton::setBusy(const QString &busyText)
+{
+    isBusy_ = true;
+    setDown(false);
+    setText(busyText);
+    placeIndicator();
+    indicator_->show();
+    updateGeometry();
+}
+
+void PrimaryButton::setIdle()
+{
+    isBusy_ = false;
+    setText(idleText_);
+    indicator_->hide();
+    updateGeometry();
+}
+
+QFont PrimaryButton::labelFont() const
+{
+    return fontOf(*this, 13, QFont::DemiBold);
+}
+
+// Busy, it is not narrower than before, so that it does not jump.
+QSize PrimaryButton::sizeHint() const
+{
+    const QFontMetricsF metrics(labelFont());
+    qreal width = metrics.horizontalAdvance(idleText_);
+    if (isBusy_)
+        width = std::max(
+            width, metrics.horizontalAdvance(text()) + scaled(*this, indicatorSide + indicatorGap));
+    return {static_cast<int>(std::ceil(width)) + 2 * scaled(*this, sideInset), scaled(*this, controlHeight)};
+}
+
+QRectF PrimaryButton::labelRect() const
+{
+    const QFontMetricsF metrics(labelFont());
+    const qreal indicator = isBusy_ ? scaled(*this, indicatorSide + indicatorGap) : 0;
+    const qreal width = std::min(metrics.horizontalAdvance(text()) + 1, this->width() - indicator);
+    const QRectF both((this->width() - width - indicator) / 2, 0, width + indicator, height());
+    return layoutDirection() == Qt::RightToLeft ? both.adjusted(0, 0, -indicator, 0)
+                                                : both.adjusted(indicator, 0, 0, 0);
+}
+
+void PrimaryButton::placeIndicator()
+{
+    const int side = scaled(*this, indicatorSide);
+    const int gap = scaled(*this, indicatorGap);
+    const QRect label = labelRect().toRect();
+    const int left = layoutDirection() == Qt::RightToLeft ? label.right() + gap : label.left() - gap - side;
+    indicator_->setGeometry(left, (height() - side) / 2, side, side);
+}
+
+void PrimaryButton::paintEvent(QPaintEvent * /*event*/)
+{
+    const Appearance appearance = appearanceOf(palette());
+    const qreal radius = scaled(*this, controlRadius);
+    const QRectF frame = rect();
+    QPainter painter(this);
+    QColor ground = colorOf(isEnabled() ? Tone::Cyan : Tone::Fill, appearance);
+    if (isDown())
+        ground.setAlphaF(static_cast<float>(pressedOpacity(appearance)));
+    fillRounded(painter, frame, radius, ground);
+    if (isHovered() && !isDown() && !isBusy_)
+        fillRounded(painter, frame, radius, colorOf(Tone::Stroke, appearance));
+    const QColor ink = colorOf(isEnabled() ? Tone::OnCyan : Tone::Grey, appearance);
+    painter.setFont(labelFont());
+    painter.setPen(ink);
+    painter.drawText(labelRect(), Qt::AlignCenter | Qt::TextSingleLine, text());
+    // On cyan, a ring of cyan would not be seen.
+    if (showsFocusRing())
+        paintFrame(painter, frame.adjusted(ringGap, ringGap, -ringGap, -ringGap), radius - ringGap, ink,
+            focusRingWidth);
+}
+
+void PrimaryButton::resizeEvent(QResizeEvent *event)
+{
+    ButtonBase::resizeEvent(event);
+    placeIndicator();
+}
+
+void PrimaryButton::changeEvent(QEvent *event)
+{
+    ButtonBase::changeEvent(event);
+    placeIndicator();
+}
+
+void PrimaryButton::mousePressEvent(QMouseEvent *event)
+{
+    if (isBusy_)
+        event->accept();
+    else
+        ButtonBase::mousePressEvent(event);
+}
+
+void PrimaryButton::keyPressEvent(QKeyEvent *event)
+{
+    const bool leads
+        = event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab || event->key() == Qt::Key_Escape;
+    if (isBusy_ && !leads)
+        event->accept();
+    else
+        ButtonBase::keyPressEvent(event);
+}
+
+} // namespace orbitledge::ui

@@ -1,0 +1,340 @@
+#include "ui/kit/Style.h"
+
+#include "ui/kit/Drawing.h"
+#include "ui/kit/Palette.h"
+#include "ui/kit/Symbols.h"
+#include "ui/kit/Typography.h"
+
+#include <QAbstractButton>
+#include <QAbstractSpinBox>
+#include <QApplication>
+#include <QComboBox>
+#include <QEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyleFactory>
+#include <QStyleOption>
+#include <QWidget>
+
+#include <algorithm>
+#include <utility>
+
+namespace orbitledge::ui {
+
+namespace {
+
+constexpr int scrollBarExtent = 10;
+constexpr int shortestThumb = 24;
+/// In a field to choose from: before the text, and after it.
+constexpr qreal fieldInset = 8;
+constexpr qreal chevronRoom = 28;
+/// Between a label and the ring around it.
+constexpr qreal ringRoom = 4;
+/// As long as a change of screens takes.
+constexpr int animationDuration = 180;
+
+Appearance appearanceOf(const QStyleOption &option)
+{
+    return ui::appearanceOf(option.palette);
+}
+
+qreal atScale(const QWidget *widget, qreal measure)
+{
+    return widget ? scaled(*widget, measure) : measure;
+}
+
+bool hasFocus(const QStyleOption &option)
+{
+    return option.state.testFlag(QStyle::State_HasFocus);
+}
+
+/// Who presses with the pointer knows where they are.
+bool wasReachedByKeyboard(const QStyleOption &option)
+{
+    return hasFocus(option) && option.state.testFlag(QStyle::State_KeyboardFocusChange);
+}
+
+/// The ground and the line of what one writes in or chooses from.
+void paintField(QPainter &painter, const QStyleOption &option, const QWidget *widget, bool showsFocus)
+{
+    const Appearance appearance = appearanceOf(option);
+    const QRectF frame = option.rect;
+    const qreal radius = atScale(widget, controlRadius);
+    fillRounded(painter, frame, radius, option.palette.color(QPalette::Base));
+    if (showsFocus) {
+        paintFrame(painter, frame, radius, colorOf(Tone::Cyan, appearance), focusRingWidth);
+        return;
+    }
+    if (option.state.testFlag(QStyle::State_MouseOver) && option.state.testFlag(QStyle::State_Enabled))
+        paintFrame(painter, frame, radius, colorOf(Tone::Stroke, appearance), 1);
+    paintFrame(painter, frame, radius, colorOf(Tone::Stroke, appearance), 1);
+}
+
+void paintPushButton(QPainter &painter, const QStyleOption &option, const QWidget *widget)
+{
+    const Appearance appearance = appearanceOf(option);
+    const QRectF frame = option.rect;
+    const qreal radius = atScale(widget, controlRadius);
+    fillRounded(painter, frame, radius, option.palette.color(QPalette::Button));
+    const bool isDown
+        = option.state.testFlag(QStyle::State_Sunken) || option.state.testFlag(QStyle::State_On);
+    if (isDown)
+        fillRounded(painter, frame, radius, colorOf(Tone::Fill, appearance));
+    else if (option.state.testFlag(QStyle::State_MouseOver) && option.state.testFlag(QStyle::State_Enabled))
+        fillRounded(painter, frame, radius, colorOf(Tone::Veil, appearance));
+    const auto *const button = qstyleoption_cast<const QStyleOptionButton *>(&option);
+    const bool isDefault = button && button->features.testFlag(QStyleOptionButton::DefaultButton);
+    if (wasReachedByKeyboard(option))
+        paintFrame(painter, frame, radius, colorOf(Tone::Cyan, appearance), focusRingWidth);
+    else
+        paintFrame(painter, frame, radius, colorOf(isDefault ? Tone::Cyan : Tone::Stroke, appearance), 1);
+}
+
+void paintCheckBox(QPainter &painter, const QStyleOption &option)
+{
+    const Appearance appearance = appearanceOf(option);
+    const QRectF frame = option.rect;
+    constexpr qreal radius = 4;
+    const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
+    const bool isPartly = option.state.testFlag(QStyle::State_NoChange);
+    if (!isPartly && !option.state.testFlag(QStyle::State_On)) {
+        fillRounded(painter, frame, radius, option.palette.color(QPalette::Base));
+        paintFrame(painter, frame, radius, colorOf(isEnabled ? Tone::Grey : Tone::Stroke, appearance), 1);
+        return;
+    }
+    fillRounded(painter, frame, radius, colorOf(isEnabled ? Tone::Cyan : Tone::Grey, appearance));
+    const QColor ink = colorOf(Tone::OnCyan, appearance);
+    if (isPartly)
+        painter.fillRect(QRectF(frame.left() + 4, frame.center().y() - 1, frame.width() - 8, 2), ink);
+    else
+        paintSymbol(painter, Symbol::Check, frame.adjusted(1, 1, -1, -1), ink);
+}
+
+void paintScrollBar(QPainter &painter, const QStyleOptionSlider &option, const QRect &thumb)
+{
+    if (option.minimum == option.maximum)
+        return;
+    const bool isHeld = option.state.testFlag(QStyle::State_Sunken);
+    const bool isNear = option.state.testFlag(QStyle::State_MouseOver);
+    QColor color = colorOf(Tone::MidGrey, appearanceOf(option));
+    color.setAlphaF(isHeld || isNear ? 1.0F : 0.6F);
+    const QRectF inner = QRectF(thumb).adjusted(2, 2, -2, -2);
+    fillRounded(painter, inner, std::min(inner.width(), inner.height()) / 2, color);
+}
+
+bool asksForField(const QWidget *widget)
+{
+    return qobject_cast<const QComboBox *>(widget) || qobject_cast<const QAbstractSpinBox *>(widget);
+}
+
+} // namespace
+
+Style::Style(Motion motion)
+    : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion")))
+    , motion_(motion)
+{
+}
+
+void Style::setMotion(Motion motion)
+{
+    if (motion == std::exchange(motion_, motion))
+        return;
+    const QWidgetList widgets = QApplication::allWidgets();
+    for (QWidget *widget : widgets) {
+        if (widget->style() != this)
+            continue;
+        QEvent change(QEvent::StyleChange);
+        QApplication::sendEvent(widget, &change);
+    }
+}
+
+int Style::styleHint(
+    StyleHint hint, const QStyleOption *option, const QWidget *widget, QStyleHintReturn *returnData) const
+{
+    switch (hint) {
+    case SH_Widget_Animation_Duration:
+        return motion_ == Motion::Reduced ? 0 : animationDuration;
+    // Lists drop down under their field rather than over it.
+    case SH_ComboBox_Popup:
+    case SH_EtchDisabledText:
+    case SH_DitherDisabledText:
+    case SH_DialogButtonBox_ButtonsHaveIcons:
+        return 0;
+    default:
+        return QProxyStyle::styleHint(hint, option, widget, returnData);
+    }
+}
+
+int Style::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
+{
+    switch (metric) {
+    case PM_ScrollBarExtent:
+        return scrollBarExtent;
+    case PM_ScrollBarSliderMin:
+        return shortestThumb;
+    case PM_IndicatorWidth:
+    case PM_IndicatorHeight:
+        return qRound(atScale(widget, 16));
+    case PM_CheckBoxLabelSpacing:
+        return qRound(atScale(widget, 8));
+    case PM_ButtonShiftHorizontal:
+    case PM_ButtonShiftVertical:
+        return 0;
+    default:
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+}
+
+QSize Style::sizeFromContents(
+    ContentsType type, const QStyleOption *option, const QSize &size, const QWidget *widget) const
+{
+    QSize result = QProxyStyle::sizeFromContents(type, option, size, widget);
+    const int height = qRound(atScale(widget, controlHeight));
+    switch (type) {
+    case CT_ComboBox:
+    case CT_SpinBox:
+        result = QSize(size.width() + qRound(atScale(widget, fieldInset + chevronRoom)),
+            std::max(size.height(), height));
+        break;
+    case CT_LineEdit:
+        result.setHeight(std::max(result.height(), height));
+        break;
+    case CT_PushButton:
+        result.setHeight(std::max(result.height(), height));
+        result.rwidth() += 2 * qRound(atScale(widget, 8));
+        break;
+    case CT_CheckBox:
+        result.rwidth() += qRound(atScale(widget, ringRoom));
+        break;
+    default:
+        break;
+    }
+    return result;
+}
+
+QRect Style::subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const
+{
+    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    const int room = qRound(atScale(widget, ringRoom));
+    return element == SE_CheckBoxFocusRect ? rect.adjusted(-room, 0, room, 0) : rect;
+}
+
+QRect Style::subControlRect(
+    ComplexControl control, const QStyleOptionComplex *option, SubControl part, const QWidget *widget) const
+{
+    if (control == CC_ComboBox && part == SC_ComboBoxEditField && option) {
+        const int chevron = qRound(atScale(widget, chevronRoom));
+        const int inset = qRound(atScale(widget, fieldInset));
+        return visualRect(option->direction, option->rect, option->rect.adjusted(inset, 2, -chevron, -2));
+    }
+    const auto *const bar = qstyleoption_cast<const QStyleOptionSlider *>(option);
+    if (control != CC_ScrollBar || !bar)
+        return QProxyStyle::subControlRect(control, option, part, widget);
+    const bool isFlat = bar->orientation == Qt::Horizontal;
+    const int length = isFlat ? bar->rect.width() : bar->rect.height();
+    const qint64 range = qint64{bar->maximum} - bar->minimum;
+    const qint64 share
+        = range + bar->pageStep > 0 ? qint64{length} * bar->pageStep / (range + bar->pageStep) : length;
+    const int thumb = std::clamp(static_cast<int>(share), std::min(shortestThumb, length), length);
+    const int start = sliderPositionFromValue(
+        bar->minimum, bar->maximum, bar->sliderPosition, length - thumb, bar->upsideDown);
+    const auto stretch = [&](int from, int to) {
+        const QRect rect = isFlat
+            ? QRect(bar->rect.left() + from, bar->rect.top(), to - from, bar->rect.height())
+            : QRect(bar->rect.left(), bar->rect.top() + from, bar->rect.width(), to - from);
+        return visualRect(bar->direction, bar->rect, rect);
+    };
+    switch (part) {
+    case SC_ScrollBarGroove:
+        return bar->rect;
+    case SC_ScrollBarSlider:
+        return stretch(start, start + thumb);
+    case SC_ScrollBarSubPage:
+        return stretch(0, start);
+    case SC_ScrollBarAddPage:
+        return stretch(start + thumb, length);
+    default:
+        return {};
+    }
+}
+
+void Style::drawPrimitive(
+    PrimitiveElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const
+{
+    switch (element) {
+    case PE_PanelLineEdit: {
+        const auto *const frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
+        // One inside a spin box or a combo box has no frame, and stands on theirs.
+        if (frame && frame->lineWidth > 0)
+            paintField(*painter, *option, widget, hasFocus(*option));
+        return;
+    }
+    case PE_FrameLineEdit:
+        return;
+    case PE_FrameFocusRect:
+        if (wasReachedByKeyboard(*option))
+            paintFrame(*painter, QRectF(option->rect), atScale(widget, smallControlRadius),
+                colorOf(Tone::Cyan, appearanceOf(*option)), focusRingWidth);
+        return;
+    case PE_PanelButtonCommand:
+        paintPushButton(*painter, *option, widget);
+        return;
+    case PE_IndicatorCheckBox:
+        paintCheckBox(*painter, *option);
+        return;
+    case PE_PanelMenu:
+        painter->fillRect(option->rect, option->palette.color(QPalette::Base));
+        return;
+    case PE_PanelTipLabel:
+        painter->fillRect(option->rect, option->palette.color(QPalette::ToolTipBase));
+        [[fallthrough]];
+    case PE_FrameMenu:
+        paintFrame(*painter, QRectF(option->rect), 0, colorOf(Tone::Stroke, appearanceOf(*option)), 1);
+        return;
+    default:
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+}
+
+void Style::drawComplexControl(
+    ComplexControl control, const QStyleOptionComplex *option, QPainter *painter, const QWidget *widget) const
+{
+    if (const auto *const bar = qstyleoption_cast<const QStyleOptionSlider *>(option);
+        bar && control == CC_ScrollBar) {
+        paintScrollBar(*painter, *bar, subControlRect(control, option, SC_ScrollBarSlider, widget));
+        return;
+    }
+    if (const auto *const box = qstyleoption_cast<const QStyleOptionComboBox *>(option);
+        box && control == CC_ComboBox) {
+        if (box->frame)
+            paintField(*painter, *option, widget, hasFocus(*option));
+        const int side = qRound(atScale(widget, 14));
+        const QRect place(option->rect.right() - side - qRound(atScale(widget, 8)),
+            option->rect.center().y() - side / 2, side, side);
+        const Tone tone = option->state.testFlag(State_Enabled) ? Tone::Slate : Tone::Grey;
+        paintSymbol(*painter, Symbol::ChevronDown, visualRect(option->direction, option->rect, place),
+            colorOf(tone, appearanceOf(*option)));
+        return;
+    }
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+void Style::polish(QWidget *widget)
+{
+    QProxyStyle::polish(widget);
+    // Menus, dialogs and lists that drop down look like, and are read like, the window they belong to.
+    if (widget->isWindow() && widget->parentWidget())
+        widget->setAttribute(Qt::WA_WindowPropagation);
+    if (asksForField(widget) || qobject_cast<QAbstractButton *>(widget) || qobject_cast<QScrollBar *>(widget)
+        || widget->inherits("QLineEdit"))
+        widget->setAttribute(Qt::WA_Hover);
+}
+
+void Style::unpolish(QWidget *widget)
+{
+    if (widget->isWindow() && widget->parentWidget())
+        widget->setAttribute(Qt::WA_WindowPropagation, false);
+    QProxyStyle::unpolish(widget);
+}
+
+} // namespace orbitledge::ui

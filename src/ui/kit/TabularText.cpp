@@ -1,0 +1,142 @@
+#include "ui/kit/TabularText.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QTextCharFormat>
+#include <QTextLine>
+#include <QTextOption>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <map>
+#include <vector>
+
+namespace orbitledge::ui {
+
+namespace {
+
+using DigitAdvances = std::array<qreal, 10>;
+
+/// One code point of a text.
+struct Piece {
+    int start = 0;
+    int length = 1;
+    char32_t scalar = 0;
+    qreal extra = 0;
+
+    bool isDigit() const { return QChar::category(scalar) == QChar::Number_DecimalDigit; }
+
+    // Letters may be joined to their neighbours; these are not, so they can be moved apart.
+    bool standsAlone() const
+    {
+        return QChar::isSpace(scalar) || QChar::isPunct(scalar) || QChar::isSymbol(scalar);
+    }
+};
+
+std::vector<Piece> piecesOf(const QString &text)
+{
+    std::vector<Piece> pieces;
+    for (int at = 0; at < text.size();) {
+        Piece piece{at, 1, text.at(at).unicode()};
+        if (text.at(at).isHighSurrogate() && at + 1 < text.size() && text.at(at + 1).isLowSurrogate()) {
+            piece.length = 2;
+            piece.scalar = QChar::surrogateToUcs4(text.at(at), text.at(at + 1));
+        }
+        pieces.push_back(piece);
+        at += piece.length;
+    }
+    return pieces;
+}
+
+DigitAdvances advancesFrom(char32_t zero, const QFontMetricsF &metrics)
+{
+    DigitAdvances advances{};
+    for (char32_t digit = 0; digit < advances.size(); ++digit) {
+        const char32_t scalar = zero + digit;
+        advances.at(digit) = metrics.horizontalAdvance(QString::fromUcs4(&scalar, 1));
+    }
+    return advances;
+}
+
+/// Half of what a digit lacks goes before it and half after it. Where nothing before it can be moved away,
+/// all of it goes after.
+void spreadDigits(std::vector<Piece> &pieces, const QFontMetricsF &metrics)
+{
+    std::map<char32_t, DigitAdvances> advancesByZero;
+    for (std::size_t index = 0; index < pieces.size(); ++index) {
+        Piece &piece = pieces.at(index);
+        if (!piece.isDigit())
+            continue;
+        const auto value = static_cast<char32_t>(QChar::digitValue(piece.scalar));
+        const char32_t zero = piece.scalar - value;
+        auto known = advancesByZero.find(zero);
+        if (known == advancesByZero.end())
+            known = advancesByZero.emplace(zero, advancesFrom(zero, metrics)).first;
+        const DigitAdvances &advances = known->second;
+        const qreal lack = *std::ranges::max_element(advances) - advances.at(value);
+        Piece *before = index > 0 ? &pieces.at(index - 1) : nullptr;
+        if (before && (before->isDigit() || before->standsAlone())) {
+            before->extra += lack / 2;
+            piece.extra += lack / 2;
+        } else {
+            piece.extra += lack;
+        }
+    }
+}
+
+QList<QTextLayout::FormatRange> formatsOf(const std::vector<Piece> &pieces, const QFont &font)
+{
+    QList<QTextLayout::FormatRange> formats;
+    for (const Piece &piece : pieces) {
+        // Digits have one even if they lack nothing: it keeps them from being kerned.
+        if (piece.extra == 0 && !piece.isDigit())
+            continue;
+        QFont spaced = font;
+        spaced.setLetterSpacing(QFont::AbsoluteSpacing, font.letterSpacing() + piece.extra);
+        QTextLayout::FormatRange range;
+        range.start = piece.start;
+        range.length = piece.length;
+        range.format.setFont(spaced);
+        formats.append(range);
+    }
+    return formats;
+}
+
+} // namespace
+
+TabularText::TabularText(const QString &text, const QFont &font, Qt::LayoutDirection direction)
+    : layout_(text, font)
+{
+    std::vector<Piece> pieces = piecesOf(text);
+    spreadDigits(pieces, QFontMetricsF(font));
+    layout_.setFormats(formatsOf(pieces, font));
+    QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
+    option.setTextDirection(direction);
+    option.setWrapMode(QTextOption::NoWrap);
+    layout_.setTextOption(option);
+    layout_.setCacheEnabled(true);
+    layout_.beginLayout();
+    QTextLine line = layout_.createLine();
+    if (line.isValid()) {
+        line.setLineWidth(std::numeric_limits<short>::max());
+        width_ = line.naturalTextWidth();
+        // Lines that read from the right are laid against the right edge: it is where the text ends.
+        line.setLineWidth(width_);
+    }
+    layout_.endLayout();
+}
+
+QSizeF TabularText::size() const
+{
+    const qreal height
+        = layout_.lineCount() > 0 ? layout_.lineAt(0).height() : QFontMetricsF(layout_.font()).height();
+    return {width_, height};
+}
+
+void TabularText::draw(QPainter &painter, QPointF corner) const
+{
+    layout_.draw(&painter, corner);
+}
+
+} // namespace orbitledge::ui

@@ -1,0 +1,211 @@
+#include "ui/kit/ThemedLabel.h"
+
+#include "ui/kit/TabularText.h"
+#include "ui/kit/Typography.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+#include <QEvent>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QStyle>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace orbitledge::ui {
+
+namespace {
+
+constexpr qreal unlimited = std::numeric_limits<short>::max();
+/// A wrapped text would rather be this many times as wide as its letters are high.
+constexpr qreal comfortableWidth = 22;
+
+class LabelInterface : public QAccessibleWidget {
+public:
+    explicit LabelInterface(ThemedLabel *label)
+        : QAccessibleWidget(label, QAccessible::StaticText)
+        , label_(label)
+    {
+    }
+
+    QAccessible::Role role() const override
+    {
+        return label_->isHeading() ? QAccessible::Heading : QAccessible::StaticText;
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        if (kind == QAccessible::Name && label_->accessibleName().isEmpty())
+            return label_->text();
+        return QAccessibleWidget::text(kind);
+    }
+
+private:
+    ThemedLabel *label_;
+};
+
+QAccessibleInterface *labelInterface(const QString & /*className*/, QObject *object)
+{
+    auto *const label = qobject_cast<ThemedLabel *>(object);
+    return label ? new LabelInterface(label) : nullptr;
+}
+
+void installInterface()
+{
+    static const bool isInstalled = [] {
+        QAccessible::installFactory(labelInterface);
+        return true;
+    }();
+    Q_UNUSED(isInstalled)
+}
+
+int ceiled(qreal measure)
+{
+    return static_cast<int>(std::ceil(measure));
+}
+
+} // namespace
+
+ThemedLabel::ThemedLabel(const QString &text, QWidget *parent)
+    : ThemedLabel(text, Look(), parent)
+{
+}
+
+ThemedLabel::ThemedLabel(const QString &text, Look look, QWidget *parent)
+    : QWidget(parent)
+    , text_(text)
+{
+    installInterface();
+    setLook(look);
+}
+
+void ThemedLabel::setText(const QString &text)
+{
+    if (text == text_)
+        return;
+    text_ = text;
+    updateGeometry();
+    update();
+    QAccessibleEvent event(this, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&event);
+}
+
+void ThemedLabel::setLook(const Look &look)
+{
+    look_ = look;
+    QSizePolicy policy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    if (look.overflow != Overflow::Keep)
+        policy.setHorizontalPolicy(QSizePolicy::Preferred);
+    if (look.overflow == Overflow::Wrap) {
+        policy.setVerticalPolicy(QSizePolicy::Minimum);
+        policy.setHeightForWidth(true);
+    }
+    setSizePolicy(policy);
+    updateGeometry();
+    update();
+}
+
+QFont ThemedLabel::textFont() const
+{
+    return fontOf(*this, look_.designSize, look_.weight, look_.tracking);
+}
+
+bool ThemedLabel::isTabular() const
+{
+    return look_.digits == Digits::Tabular && look_.overflow == Overflow::Keep;
+}
+
+// The last letter has its tracking too, behind which nothing comes.
+qreal ThemedLabel::trailingTracking() const
+{
+    return text_.isEmpty() ? 0 : textFont().letterSpacing();
+}
+
+qreal ThemedLabel::naturalWidth() const
+{
+    const QFont font = textFont();
+    const qreal width = isTabular() ? TabularText(text_, font).size().width()
+                                    : QFontMetricsF(font).size(Qt::TextSingleLine, text_).width();
+    return width - trailingTracking();
+}
+
+QSize ThemedLabel::wrappedSize(qreal width) const
+{
+    const QRectF bounds
+        = QFontMetricsF(textFont()).boundingRect(QRectF(0, 0, width, unlimited), Qt::TextWordWrap, text_);
+    return {ceiled(bounds.width()), ceiled(bounds.height())};
+}
+
+bool ThemedLabel::isElided() const
+{
+    return look_.overflow == Overflow::Elide && ceiled(naturalWidth()) > width();
+}
+
+QSize ThemedLabel::sizeHint() const
+{
+    if (look_.overflow != Overflow::Wrap)
+        return {ceiled(naturalWidth()), ceiled(QFontMetricsF(textFont()).height())};
+    return wrappedSize(std::min<qreal>(maximumWidth(), scaled(*this, look_.designSize) * comfortableWidth));
+}
+
+QSize ThemedLabel::minimumSizeHint() const
+{
+    const QFontMetricsF metrics(textFont());
+    switch (look_.overflow) {
+    case Overflow::Keep:
+        return sizeHint();
+    case Overflow::Elide:
+        return {std::min(ceiled(metrics.horizontalAdvance(QChar(u'…'))), sizeHint().width()),
+            sizeHint().height()};
+    case Overflow::Wrap:
+        // As wide as its longest word.
+        return {wrappedSize(1).width(), ceiled(metrics.height())};
+    }
+    Q_UNREACHABLE();
+}
+
+int ThemedLabel::heightForWidth(int width) const
+{
+    return look_.overflow == Overflow::Wrap ? wrappedSize(width).height() : -1;
+}
+
+void ThemedLabel::paintTabular(QPainter &painter) const
+{
+    const TabularText line(text_, textFont());
+    const QSize size(ceiled(line.size().width() - trailingTracking()), ceiled(line.size().height()));
+    const QRect place = QStyle::alignedRect(layoutDirection(), look_.alignment, size, rect());
+    line.draw(painter, place.topLeft());
+}
+
+void ThemedLabel::paintEvent(QPaintEvent * /*event*/)
+{
+    const Appearance appearance = appearanceOf(palette());
+    const QFont font = textFont();
+    QPainter painter(this);
+    painter.setFont(font);
+    painter.setPen(colorOf(isEnabled() ? look_.tone : Tone::Grey, appearance));
+    if (isTabular()) {
+        paintTabular(painter);
+        return;
+    }
+    const bool wraps = look_.overflow == Overflow::Wrap;
+    const Qt::Alignment alignment = QStyle::visualAlignment(layoutDirection(), look_.alignment);
+    const int flags = static_cast<int>(alignment) | (wraps ? Qt::TextWordWrap : Qt::TextSingleLine);
+    const QString shown = isElided() ? QFontMetricsF(font).elidedText(text_, Qt::ElideRight, width()) : text_;
+    QRectF place = rect();
+    if (!alignment.testFlag(Qt::AlignLeft))
+        place.adjust(0, 0, trailingTracking() / (alignment.testFlag(Qt::AlignHCenter) ? 2 : 1), 0);
+    painter.drawText(place, flags | Qt::TextDontClip, shown);
+}
+
+void ThemedLabel::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        updateGeometry();
+    update();
+}
+
+} // namespace orbitledge::ui
