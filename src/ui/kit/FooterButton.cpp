@@ -19,7 +19,8 @@ constexpr qreal sideInset = 8;
 constexpr qreal symbolBesideText = 14;
 constexpr qreal symbolAlone = 16;
 constexpr qreal symbolGap = 6;
-constexpr qreal pressedOpacity = 0.6;
+/// Less, and the label would lose its contrast.
+constexpr qreal pressedOpacity = 0.65;
 constexpr qreal disabledOpacity = 0.4;
 
 } // namespace

@@ -16,8 +16,13 @@ namespace {
 constexpr qreal sideInset = 6;
 constexpr qreal verticalInset = 4;
 constexpr qreal radius = 6;
-constexpr qreal pressedOpacity = 0.6;
 constexpr qreal disabledOpacity = 0.4;
+
+/// A tone that can be read as well: cyan with less opacity could not.
+Tone pressedTone(Tone tone)
+{
+    return tone == Tone::Cyan ? Tone::Ink : Tone::Slate;
+}
 
 } // namespace
 
@@ -50,9 +55,9 @@ QSize PlainButton::sizeHint() const
 void PlainButton::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
-    painter.setOpacity(!isEnabled() ? disabledOpacity : isDown() ? pressedOpacity : 1);
+    painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     painter.setFont(labelFont());
-    painter.setPen(colorOf(look_.tone, appearanceOf(palette())));
+    painter.setPen(colorOf(isDown() ? pressedTone(look_.tone) : look_.tone, appearanceOf(palette())));
     painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
     painter.setOpacity(1);
     paintFocusRing(painter, scaled(*this, radius));

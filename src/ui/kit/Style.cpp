@@ -27,7 +27,7 @@ constexpr int scrollBarExtent = 10;
 constexpr int shortestThumb = 24;
 /// In a field to choose from: before the text, and after it.
 constexpr qreal fieldInset = 8;
-constexpr qreal chevronRoom = 28;
+constexpr qreal chevronRoom = 32;
 /// Between a label and the ring around it.
 constexpr qreal ringRoom = 4;
 /// As long as a change of screens takes.
@@ -177,6 +177,10 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWi
         return qRound(atScale(widget, 16));
     case PM_CheckBoxLabelSpacing:
         return qRound(atScale(widget, 8));
+    case PM_MenuPanelWidth:
+        return 1;
+    case PM_MenuVMargin:
+        return qRound(atScale(widget, 4));
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
         return 0;
@@ -294,6 +298,25 @@ void Style::drawPrimitive(
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
+}
+
+void Style::drawControl(
+    ControlElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const
+{
+    const auto *const item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+    if (element != CE_MenuItem || !item || !item->state.testFlag(State_Selected)) {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        return;
+    }
+    // A ground as quiet as that of a row, on which a symbol keeps its colour.
+    if (item->state.testFlag(State_Enabled) && item->menuItemType != QStyleOptionMenuItem::Separator) {
+        const qreal inset = atScale(widget, 4);
+        fillRounded(*painter, QRectF(item->rect).adjusted(inset, 0, -inset, 0), atScale(widget, 6),
+            colorOf(Tone::Fill, appearanceOf(*option)));
+    }
+    QStyleOptionMenuItem quiet(*item);
+    quiet.state.setFlag(State_Selected, false);
+    QProxyStyle::drawControl(element, &quiet, painter, widget);
 }
 
 void Style::drawComplexControl(

@@ -1,0 +1,156 @@
+#include "ui/kit/Palette.h"
+
+#include "support/Pixels.h"
+#include "support/WidgetTestMain.h"
+#include "ui/kit/FooterButton.h"
+#include "ui/kit/ThemedLabel.h"
+
+#include <QHBoxLayout>
+
+using namespace orbitledge::testing;
+using namespace orbitledge::ui;
+using namespace Qt::StringLiterals;
+
+class PaletteTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void shouldKnowTheColorOfAText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("light");
+        QTest::addColumn<QString>("dark");
+        QTest::newRow("a tint of the brand") << u"#B7FF4A"_s << u"#4d7c0f"_s << u"#b7ff4a"_s;
+        QTest::newRow("a tint in lower case") << u"#ffb44c"_s << u"#b45309"_s << u"#ffb44c"_s;
+        QTest::newRow("a tint without its sign is any colour") << u"B7FF4A"_s << u"#b7ff4a"_s << u"#b7ff4a"_s;
+        QTest::newRow("any colour") << u"#123456"_s << u"#123456"_s << u"#123456"_s;
+        QTest::newRow("with blanks and brackets") << u" (#00ff7F); "_s << u"#00ff7f"_s << u"#00ff7f"_s;
+        QTest::newRow("black") << u"000000"_s << u"#000000"_s << u"#000000"_s;
+        QTest::newRow("empty") << QString() << u"#0e7490"_s << u"#67e8f9"_s;
+        QTest::newRow("nothing but signs") << u"##--"_s << u"#0e7490"_s << u"#67e8f9"_s;
+        QTest::newRow("three digits") << u"#fff"_s << u"#0e7490"_s << u"#67e8f9"_s;
+        QTest::newRow("seven digits") << u"#1234567"_s << u"#0e7490"_s << u"#67e8f9"_s;
+        QTest::newRow("not hexadecimal") << u"#12345G"_s << u"#0e7490"_s << u"#67e8f9"_s;
+        QTest::newRow("a sign inside") << u"12-345"_s << u"#0e7490"_s << u"#67e8f9"_s;
+        QTest::newRow("digits of another script")
+            << u"\u0661\u0662\u0663\u0664\u0665\u0666"_s << u"#0e7490"_s << u"#67e8f9"_s;
+        QTest::newRow("letters around it are part of it") << u"x123456"_s << u"#0e7490"_s << u"#67e8f9"_s;
+    }
+    void shouldKnowTheColorOfAText()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, light);
+        QFETCH(QString, dark);
+        QCOMPARE(colorOfText(text, Appearance::Light).name(), light);
+        QCOMPARE(colorOfText(text, Appearance::Dark).name(), dark);
+        QCOMPARE(colorOfText(text, Appearance::Light).alpha(), 255);
+    }
+
+    void shouldTintWithTheForeground_data()
+    {
+        QTest::addColumn<Tone>("tone");
+        QTest::addColumn<double>("light");
+        QTest::addColumn<double>("dark");
+        QTest::newRow("fill") << Tone::Fill << 0.08 << 0.07;
+        QTest::newRow("veil") << Tone::Veil << 0.05 << 0.04;
+        QTest::newRow("stroke") << Tone::Stroke << 0.10 << 0.09;
+    }
+    void shouldTintWithTheForeground()
+    {
+        QFETCH(Tone, tone);
+        QFETCH(double, light);
+        QFETCH(double, dark);
+        QCOMPARE_LT(std::abs(colorOf(tone, Appearance::Light).alphaF() - light), 0.001);
+        QCOMPARE_LT(std::abs(colorOf(tone, Appearance::Dark).alphaF() - dark), 0.001);
+        QCOMPARE_LT(colorOf(tone, Appearance::Light).lightness(), 16);
+        QCOMPARE(colorOf(tone, Appearance::Dark).lightness(), 255);
+    }
+
+    void shouldLayATintOnAGround()
+    {
+        QColor half(Qt::black);
+        half.setAlphaF(0.5F);
+        QCOMPARE_LE(std::abs(over(half, Qt::white).red() - 128), 1);
+        QCOMPARE(over(Qt::red, Qt::white), QColor(Qt::red));
+    }
+
+    void shouldBeReadableWhereverTextStands_data()
+    {
+        QTest::addColumn<QColor>("text");
+        QTest::addColumn<QColor>("ground");
+        for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
+            const QByteArray name = appearance == Appearance::Light ? "light: " : "dark: ";
+            const QColor paper = colorOf(Tone::Paper, appearance);
+            const auto onPaper = [&](Tone tint) { return over(colorOf(tint, appearance), paper); };
+            const auto add = [&](const char *pair, Tone text, const QColor &ground) {
+                QTest::newRow(name + pair) << colorOf(text, appearance) << ground;
+            };
+            for (const Tone text :
+                {Tone::Ink, Tone::Slate, Tone::BlackAndWhite, Tone::InkAndWhite, Tone::Cyan, Tone::Alert}) {
+                const QByteArray number = QByteArray::number(static_cast<int>(text));
+                add("tone " + number + " on paper", text, paper);
+                add("tone " + number + " on a surface", text, onPaper(Tone::Surface));
+            }
+            add("ink on a hovered row", Tone::Ink, onPaper(Tone::Fill));
+            add("slate on a hovered row", Tone::Slate, onPaper(Tone::Fill));
+            const QPalette palette = paletteFor(appearance);
+            const auto addRoles
+                = [&](const char *pair, QPalette::ColorRole text, QPalette::ColorRole ground) {
+                      QTest::newRow(name + pair) << palette.color(text) << palette.color(ground);
+                  };
+            addRoles("windows", QPalette::WindowText, QPalette::Window);
+            addRoles("lists", QPalette::Text, QPalette::Base);
+            addRoles("every other line of a list", QPalette::Text, QPalette::AlternateBase);
+            addRoles("placeholders", QPalette::PlaceholderText, QPalette::Base);
+            addRoles("buttons", QPalette::ButtonText, QPalette::Button);
+            addRoles("what is selected", QPalette::HighlightedText, QPalette::Highlight);
+            addRoles("tooltips", QPalette::ToolTipText, QPalette::ToolTipBase);
+            addRoles("links", QPalette::Link, QPalette::Window);
+        }
+        QTest::newRow("a badge") << QColor(Qt::white) << QColor::fromRgb(badgeRed);
+    }
+    void shouldBeReadableWhereverTextStands()
+    {
+        QFETCH(QColor, text);
+        QFETCH(QColor, ground);
+        QCOMPARE(text.alpha(), 255);
+        QCOMPARE_GE(contrastOf(text, ground), 4.5);
+    }
+
+    void shouldRecogniseItsPalettes()
+    {
+        QCOMPARE(appearanceOf(paletteFor(Appearance::Light)), Appearance::Light);
+        QCOMPARE(appearanceOf(paletteFor(Appearance::Dark)), Appearance::Dark);
+    }
+
+    void shouldTellWhatIsDisabled()
+    {
+        for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
+            const QPalette palette = paletteFor(appearance);
+            for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+                QVERIFY(palette.color(QPalette::Disabled, role) != palette.color(QPalette::Active, role));
+        }
+    }
+
+    void shouldRedrawWhatIsInAWindow()
+    {
+        QWidget window;
+        auto *const layout = new QHBoxLayout(&window);
+        auto *const label = new ThemedLabel(u"■■■"_s, &window);
+        layout->addWidget(label);
+        layout->addWidget(new FooterButton(u"Add"_s, &window));
+        applyAppearance(window, Appearance::Light);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCOMPARE_GT(pixelsOf(pictureOf(*label), colorOf(Tone::Ink, Appearance::Light)), 10);
+
+        applyAppearance(window, Appearance::Dark);
+        const QImage dark = pictureOf(window);
+        QCOMPARE(mostFrequentColor(dark), colorOf(Tone::Paper, Appearance::Dark));
+        QCOMPARE(pixelsOf(dark, colorOf(Tone::Ink, Appearance::Light)), 0);
+        QCOMPARE_GT(pixelsOf(pictureOf(*label), colorOf(Tone::Ink, Appearance::Dark)), 10);
+    }
+};
+
+ORBITLEDGE_WIDGET_TEST_MAIN(PaletteTest)
+#include "PaletteTest.moc"
