@@ -130,8 +130,10 @@ QColor over(const QColor &tint, const QColor &ground)
 {
     const float opacity = tint.alphaF();
     const auto mixed = [opacity](float top, float under) { return top * opacity + under * (1 - opacity); };
-    return QColor::fromRgbF(mixed(tint.redF(), ground.redF()), mixed(tint.greenF(), ground.greenF()),
-        mixed(tint.blueF(), ground.blueF()));
+    const QColor result = QColor::fromRgbF(mixed(tint.redF(), ground.redF()),
+        mixed(tint.greenF(), ground.greenF()), mixed(tint.blueF(), ground.blueF()));
+    // In eight bits, as it is drawn, so that it equals what is drawn.
+    return QColor::fromRgb(result.rgb());
 }
 
 QColor colorOfText(QStringView hex, Appearance appearance)

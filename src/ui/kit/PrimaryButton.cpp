@@ -125,6 +125,7 @@ void PrimaryButton::resizeEvent(QResizeEvent *event)
 void PrimaryButton::changeEvent(QEvent *event)
 {
     ButtonBase::changeEvent(event);
+    indicator_->setTone(isEnabled() ? Tone::OnCyan : Tone::Grey);
     placeIndicator();
 }
 

@@ -25,9 +25,12 @@ namespace {
 
 constexpr int scrollBarExtent = 10;
 constexpr int shortestThumb = 24;
+constexpr qreal listItemHeight = 28;
 /// In a field to choose from: before the text, and after it.
 constexpr qreal fieldInset = 8;
-constexpr qreal chevronRoom = 32;
+constexpr qreal chevronRoom = 28;
+/// What the toolkit keeps free around the text.
+constexpr qreal fieldSlack = 8;
 /// Between a label and the ring around it.
 constexpr qreal ringRoom = 4;
 /// As long as a change of screens takes.
@@ -177,6 +180,8 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWi
         return qRound(atScale(widget, 16));
     case PM_CheckBoxLabelSpacing:
         return qRound(atScale(widget, 8));
+    case PM_FocusFrameHMargin:
+        return qRound(atScale(widget, 6));
     case PM_MenuPanelWidth:
         return 1;
     case PM_MenuVMargin:
@@ -197,7 +202,7 @@ QSize Style::sizeFromContents(
     switch (type) {
     case CT_ComboBox:
     case CT_SpinBox:
-        result = QSize(size.width() + qRound(atScale(widget, fieldInset + chevronRoom)),
+        result = QSize(size.width() + qRound(atScale(widget, fieldInset + chevronRoom + fieldSlack)),
             std::max(size.height(), height));
         break;
     case CT_LineEdit:
@@ -206,6 +211,9 @@ QSize Style::sizeFromContents(
     case CT_PushButton:
         result.setHeight(std::max(result.height(), height));
         result.rwidth() += 2 * qRound(atScale(widget, 8));
+        break;
+    case CT_ItemViewItem:
+        result.setHeight(std::max(result.height(), qRound(atScale(widget, listItemHeight))));
         break;
     case CT_CheckBox:
         result.rwidth() += qRound(atScale(widget, ringRoom));
@@ -304,12 +312,17 @@ void Style::drawControl(
     ControlElement element, const QStyleOption *option, QPainter *painter, const QWidget *widget) const
 {
     const auto *const item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
-    if (element != CE_MenuItem || !item || !item->state.testFlag(State_Selected)) {
+    if (element != CE_MenuItem || !item) {
         QProxyStyle::drawControl(element, option, painter, widget);
         return;
     }
+    if (item->menuItemType == QStyleOptionMenuItem::Separator && item->text.isEmpty()) {
+        painter->fillRect(QRect(item->rect.left(), item->rect.center().y(), item->rect.width(), 1),
+            colorOf(Tone::Stroke, appearanceOf(*option)));
+        return;
+    }
     // A ground as quiet as that of a row, on which a symbol keeps its colour.
-    if (item->state.testFlag(State_Enabled) && item->menuItemType != QStyleOptionMenuItem::Separator) {
+    if (item->state.testFlag(State_Selected) && item->state.testFlag(State_Enabled)) {
         const qreal inset = atScale(widget, 4);
         fillRounded(*painter, QRectF(item->rect).adjusted(inset, 0, -inset, 0), atScale(widget, 6),
             colorOf(Tone::Fill, appearanceOf(*option)));

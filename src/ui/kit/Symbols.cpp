@@ -177,6 +177,10 @@ QLatin1StringView nameOf(Symbol symbol)
         return "magnifyingglass"_L1;
     case Symbol::ChevronDown:
         return "chevron.down"_L1;
+    case Symbol::ChevronLeft:
+        return "chevron.left"_L1;
+    case Symbol::ChevronRight:
+        return "chevron.right"_L1;
     case Symbol::SignOut:
         return "arrow.right.square"_L1;
     }

@@ -3,6 +3,7 @@
 
 #include "support/WidgetTestMain.h"
 #include "ui/kit/CompactIconButton.h"
+#include "ui/kit/DateField.h"
 #include "ui/kit/Field.h"
 #include "ui/kit/FooterButton.h"
 #include "ui/kit/Palette.h"
@@ -14,13 +15,15 @@
 #include "ui/kit/ThemedLabel.h"
 #include "ui/kit/Typography.h"
 
+#include <QAbstractItemView>
+#include <QCalendarWidget>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDateEdit>
 #include <QDir>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
@@ -109,11 +112,9 @@ QComboBox *comboBox(QWidget *parent)
     return box;
 }
 
-QDateEdit *dateEdit(QWidget *parent)
+DateField *dateField(QWidget *parent)
 {
-    auto *const edit = new QDateEdit(QDate(2026, 3, 20), parent);
-    edit->setCalendarPopup(true);
-    return edit;
+    return new DateField(QDate(2026, 3, 20), parent);
 }
 
 const std::vector<Maker> &controls()
@@ -147,7 +148,7 @@ const std::vector<Maker> &controls()
             return field;
         },
         comboBox,
-        dateEdit,
+        dateField,
         [](QWidget *parent) {
             auto *const box = new QCheckBox(u"Show a badge"_s, parent);
             box->setChecked(true);
@@ -306,7 +307,7 @@ void addForm(QVBoxLayout &page, QWidget *parent)
     page.addWidget(new PrimaryButton(u"Sign in"_s, parent));
     auto *const boxes = new QHBoxLayout;
     boxes->addWidget(comboBox(parent), 1);
-    boxes->addWidget(dateEdit(parent), 1);
+    boxes->addWidget(dateField(parent), 1);
     page.addLayout(boxes);
     email->setFocus(Qt::TabFocusReason);
 }
@@ -355,6 +356,33 @@ QImage menuSample(const Manner &manner)
     return pictureOf(menu, manner.ratio);
 }
 
+QImage dialogSample(const Manner &manner)
+{
+    QWidget window;
+    applyAppearance(window, manner.appearance);
+    applyTextScale(window, manner.textScale);
+    window.show();
+    QMessageBox box(&window);
+    box.setText(u"Cancel Northlight Video?"_s);
+    box.setInformativeText(
+        u"This marks the subscription as cancelled in Orbitledge. It does not contact the merchant."_s);
+    box.addButton(u"Cancel subscription"_s, QMessageBox::DestructiveRole);
+    box.setDefaultButton(
+        qobject_cast<QPushButton *>(box.addButton(u"Keep subscription"_s, QMessageBox::RejectRole)));
+    box.show();
+    DateField date(QDate(2026, 3, 20), &window);
+    QCalendarWidget &calendar = *date.calendarWidget();
+    date.show();
+    QTest::mouseClick(&date, Qt::LeftButton, {}, QPoint(date.width() - 12, date.height() / 2));
+    QComboBox *const months = comboBox(&window);
+    months->show();
+    months->showPopup();
+    QApplication::processEvents();
+    const std::vector<QImage> images{pictureOf(box, manner.ratio), pictureOf(calendar, manner.ratio),
+        pictureOf(*months->view()->window(), manner.ratio)};
+    return stacked(images, Qt::Vertical, colorOf(Tone::MidGrey, manner.appearance));
+}
+
 bool saveAll(const QDir &folder)
 {
     bool isSaved = true;
@@ -370,6 +398,7 @@ bool saveAll(const QDir &folder)
             save(symbolSheet(manner), u"symbols-"_s + suffix);
             save(specimen(manner), u"specimen-"_s + suffix);
             save(menuSample(manner), u"menu-"_s + suffix);
+            save(dialogSample(manner), u"dialogs-"_s + suffix);
         }
         save(specimen({appearance, 1, 2}), u"specimen-large-text-"_s + name);
     }

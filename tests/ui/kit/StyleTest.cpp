@@ -2,18 +2,20 @@
 
 #include "support/Pixels.h"
 #include "support/WidgetTestMain.h"
+#include "ui/kit/DateField.h"
 #include "ui/kit/Field.h"
 #include "ui/kit/Palette.h"
 #include "ui/kit/RoundedFrame.h"
 #include "ui/kit/Typography.h"
 
+#include <QCalendarWidget>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDateEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 using namespace orbitledge::testing;
@@ -100,9 +102,7 @@ private Q_SLOTS:
         Window window;
         QWidget *control = nullptr;
         if (isDate) {
-            auto *const edit = new QDateEdit(QDate(2026, 3, 20));
-            edit->setCalendarPopup(true);
-            control = edit;
+            control = new DateField(QDate(2026, 3, 20));
         } else {
             auto *const box = new QComboBox;
             box->addItems({u"Monthly"_s, u"Yearly"_s});
@@ -115,6 +115,27 @@ private Q_SLOTS:
         const QImage image = pictureOf(*control);
         QCOMPARE(image.pixelColor(control->width() / 2, 0), cyan);
         QCOMPARE(image.pixelColor(control->width() / 2, control->height() - 1), cyan);
+    }
+
+    void shouldDressTheCalendarInEachAppearance()
+    {
+        Window window;
+        auto *const field = new DateField(QDate(2026, 3, 20));
+        window.showWith(field);
+        const auto drawnCalendar = [field] {
+            field->calendarWidget()->setFixedSize(320, 240);
+            return pictureOf(*field->calendarWidget());
+        };
+        for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
+            applyAppearance(window, appearance);
+            const QImage image = drawnCalendar();
+            QCOMPARE(pixelsOf(image, Qt::red), 0);
+            QCOMPARE(mostFrequentColor(image), paletteFor(appearance).color(QPalette::Base));
+            // The selected day, and nothing else, is on cyan.
+            const int marked = pixelsOf(image, colorOf(Tone::Cyan, appearance));
+            QCOMPARE_GT(marked, 200);
+            QCOMPARE_LT(marked, 320 * 240 / 20);
+        }
     }
 
     void shouldShowARingWhereTheKeyboardLed()

@@ -1,0 +1,70 @@
+#include "ui/kit/DateField.h"
+
+#include "ui/kit/Palette.h"
+#include "ui/kit/Symbols.h"
+
+#include <QCalendarWidget>
+#include <QEvent>
+#include <QTextCharFormat>
+#include <QToolButton>
+
+namespace orbitledge::ui {
+
+namespace {
+
+// What the toolkit calls the parts of its calendar.
+constexpr QLatin1StringView navigationBar("qt_calendar_navigationbar");
+constexpr QLatin1StringView previousMonth("qt_calendar_prevmonth");
+constexpr QLatin1StringView nextMonth("qt_calendar_nextmonth");
+
+void setIcon(const QCalendarWidget &calendar, QLatin1StringView button, Symbol symbol, const QColor &color)
+{
+    if (auto *const found = calendar.findChild<QToolButton *>(button))
+        found->setIcon(symbolIcon(symbol, color));
+}
+
+} // namespace
+
+DateField::DateField(QDate date, QWidget *parent)
+    : QDateEdit(date, parent)
+{
+    setCalendarPopup(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    calendarWidget()->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
+    dressCalendar();
+}
+
+void DateField::dressCalendar()
+{
+    QCalendarWidget &calendar = *calendarWidget();
+    const Appearance appearance = appearanceOf(palette());
+    const QColor ink = colorOf(Tone::Ink, appearance);
+    const QColor slate = colorOf(Tone::Slate, appearance);
+    QTextCharFormat heading;
+    heading.setForeground(slate);
+    heading.setBackground(palette().color(QPalette::Base));
+    calendar.setHeaderTextFormat(heading);
+    for (const Qt::DayOfWeek day : {Qt::Saturday, Qt::Sunday})
+        calendar.setWeekdayTextFormat(day, QTextCharFormat());
+    if (auto *const bar = calendar.findChild<QWidget *>(navigationBar)) {
+        // It stands on the colour of what is selected.
+        QPalette quiet;
+        quiet.setColor(QPalette::Highlight, palette().color(QPalette::Base));
+        quiet.setColor(QPalette::HighlightedText, ink);
+        bar->setPalette(quiet);
+    }
+    const bool isMirrored = layoutDirection() == Qt::RightToLeft;
+    setIcon(calendar, previousMonth, isMirrored ? Symbol::ChevronRight : Symbol::ChevronLeft, slate);
+    setIcon(calendar, nextMonth, isMirrored ? Symbol::ChevronLeft : Symbol::ChevronRight, slate);
+}
+
+void DateField::changeEvent(QEvent *event)
+{
+    QDateEdit::changeEvent(event);
+    const bool isOfInterest = event->type() == QEvent::PaletteChange
+        || event->type() == QEvent::LayoutDirectionChange || event->type() == QEvent::StyleChange;
+    if (isOfInterest)
+        dressCalendar();
+}
+
+} // namespace orbitledge::ui
