@@ -14,8 +14,8 @@ namespace orbitledge::ui {
 namespace {
 
 struct Pair {
-    QRgb light;
-    QRgb dark;
+    QRgb light = 0;
+    QRgb dark = 0;
     double lightOpacity = 1;
     double darkOpacity = 1;
 };
