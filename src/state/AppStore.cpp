@@ -29,23 +29,6 @@ QString sentenceFor(const APIError &error)
     return unauthorized != nullptr ? sentenceFor(*unauthorized) : error.errorDescription();
 }
 
-/// Signs in, and fetches what there is. What was saved for another account goes before that, since it must
-/// not be shown for this one, also where nothing can be fetched.
-QCoro::Task<tl::expected<AccountData, APIError>> openSession(std::shared_ptr<APIClientProtocol> api,
-    std::shared_ptr<SnapshotCache> cache, QString email, QString password)
-{
-    auto profile = co_await api->signIn(email, password);
-    if (!profile)
-        co_return tl::make_unexpected(std::move(profile.error()));
-    const auto saved = co_await cache->load();
-    if (saved && saved->profile.id != profile->id)
-        (void)co_await cache->clear();
-    auto subscriptions = co_await api->fetchSubscriptions();
-    if (!subscriptions)
-        co_return tl::make_unexpected(std::move(subscriptions.error()));
-    co_return AccountData{*std::move(profile), *std::move(subscriptions)};
-}
-
 } // namespace
 
 /// A fetch that is under way, for a session.
@@ -349,13 +332,47 @@ QCoro::Task<SignInResult> AppStore::signIn(QString email, QString password)
     return Turns::take(m_sessionTurns, std::move(operation));
 }
 
+// Nobody is shown what is another's, also where nothing can be fetched.
+void AppStore::beginSessionOf(const UserProfile &profile)
+{
+    ++m_session; // a fetch of meanwhile may be of the session before
+    if (!m_state.user || m_state.user->id == profile.id)
+        return;
+    change([](AppState &state) {
+        state.user.reset();
+        state.subscriptions.clear();
+        state.templates.clear();
+        state.lastUpdatedAt.reset();
+        state.isOffline = false;
+        state.authState = AuthState::SignedOut;
+    });
+}
+
+QCoro::Task<tl::expected<AccountData, APIError>> AppStore::openSession(
+    Store store, QString email, QString password)
+{
+    const auto api = store->m_with.api;
+    const auto cache = store->m_with.cache;
+    auto profile = co_await api->signIn(email, password);
+    if (!profile)
+        co_return tl::make_unexpected(std::move(profile.error()));
+    if (store)
+        store->beginSessionOf(*profile);
+    const auto saved = co_await cache->load();
+    if (saved && saved->profile.id != profile->id)
+        (void)co_await cache->clear();
+    auto subscriptions = co_await api->fetchSubscriptions();
+    if (!subscriptions)
+        co_return tl::make_unexpected(std::move(subscriptions.error()));
+    co_return AccountData{*std::move(profile), *std::move(subscriptions)};
+}
+
 QCoro::Task<SignInResult> AppStore::signInTurn(Store store, QString email, QString password)
 {
     if (!store)
         co_return tl::make_unexpected(APIError(APIError::InvalidResponse{}));
     ++store->m_session;
-    auto data
-        = co_await openSession(store->m_with.api, store->m_with.cache, std::move(email), std::move(password));
+    auto data = co_await openSession(store, std::move(email), std::move(password));
     if (!data) {
         if (store) {
             store->change([&data](AppState &state) {

@@ -139,6 +139,9 @@ private:
     static QCoro::Task<void> fetchForSession(Store store, quint64 session);
     /// Shows what was fetched, saves it, and brings the reminders in step.
     static QCoro::Task<void> keep(Store store, AccountData data);
+    /// Signs in, lets go of what is of another account, and fetches what there is.
+    static QCoro::Task<tl::expected<AccountData, APIError>> openSession(
+        Store store, QString email, QString password);
     static QCoro::Task<tl::expected<void, APIError>> signInTurn(Store store, QString email, QString password);
     static QCoro::Task<void> signOutTurn(Store store, std::shared_ptr<APIClientProtocol> api,
         std::shared_ptr<SnapshotCache> cache, std::shared_ptr<RenewalNotifier> notifier);
@@ -158,6 +161,7 @@ private:
     void publishFetchFailure(const APIError &error);
     void publishFailure(const APIError &error);
     void showActionMessage(const QString &message);
+    void beginSessionOf(const UserProfile &profile);
     void signOutLocally(const APIError::Unauthorized &error);
     [[nodiscard]] bool isCurrent(quint64 session) const;
     void setDayAlarm();

@@ -41,6 +41,13 @@ private:
 
     [[nodiscard]] const AppState &state() const { return m_desk->store->state(); }
 
+    /// The older of those that wait.
+    void answerFetchOfBefore() const
+    {
+        m_desk->api->answer(u"fetchProfile"_s);
+        m_desk->api->answer(u"fetchSubscriptions"_s);
+    }
+
     /// Both halves of a fetch.
     void answerFetch() const
     {
@@ -443,6 +450,52 @@ private Q_SLOTS:
         m_desk->api->subscriptions = tl::make_unexpected(offline());
         m_desk->make();
         QVERIFY(!QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s)));
+        QVERIFY(!m_desk->cached());
+    }
+
+    void shouldNotShowAnotherAccountsDataWhereTheListCannotBeHad()
+    {
+        m_desk->makeSignedIn(3);
+        m_desk->api->hasSession = false; // it was over by itself
+        m_desk->api->isQuick = true;
+        QCoro::waitFor(m_desk->store->refresh());
+        QCOMPARE(state().authState, AuthState::SignedOut);
+        UserProfile other = sampleProfile();
+        other.id = QUuid::createUuid();
+        m_desk->api->profile = other;
+        m_desk->api->subscriptions = tl::make_unexpected(offline());
+        QVERIFY(!QCoro::waitFor(m_desk->store->signIn(u"other@example.com"_s, u"x"_s)));
+        // There is a session now, though nothing to show for it.
+        QCoro::waitFor(m_desk->store->refresh());
+        QVERIFY(!state().user);
+        QVERIFY(state().subscriptions.isEmpty());
+        QVERIFY(!state().lastUpdatedAt);
+        QCOMPARE(state().authState, AuthState::SignedOut);
+        QVERIFY(!m_desk->cached());
+    }
+
+    void shouldNotSaveForTheNewSessionWhatWasAskedForInTheOldOne()
+    {
+        // The refresh is asked for after signing in is, and before the service has answered that.
+        m_desk->makeSignedIn(3);
+        auto signingIn = m_desk->store->signIn(u"other@example.com"_s, u"x"_s);
+        QTRY_COMPARE(m_desk->api->waitingCount(u"signIn"_s), 1);
+        auto refreshing = m_desk->store->refresh();
+        QTRY_COMPARE(m_desk->api->waitingCount(u"fetchSubscriptions"_s), 1);
+        UserProfile other = sampleProfile();
+        other.id = QUuid::createUuid();
+        m_desk->api->profile = other;
+        m_desk->api->answer(u"signIn"_s);
+        QTRY_COMPARE(m_desk->api->waitingCount(u"fetchSubscriptions"_s), 2);
+        m_desk->api->profile = sampleProfile();
+        answerFetchOfBefore();
+        QCoro::waitFor(std::move(refreshing));
+        QVERIFY(!state().user);
+        QVERIFY(!m_desk->cached());
+        m_desk->api->subscriptions = tl::make_unexpected(offline());
+        m_desk->api->answer(u"fetchSubscriptions"_s);
+        QVERIFY(!QCoro::waitFor(std::move(signingIn)));
+        QVERIFY(!state().user);
         QVERIFY(!m_desk->cached());
     }
 
