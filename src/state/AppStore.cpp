@@ -214,9 +214,9 @@ QCoro::Task<void> AppStore::joinFetch(Store store)
 
 QCoro::Task<void> AppStore::fetchAnew(Store store)
 {
-    while (store && store->m_fetch)
+    if (store && store->m_fetch)
         co_await Completion::wait(store->m_fetch->completion);
-    co_await joinFetch(store);
+    co_await joinFetch(store); // which somebody else may have begun since
 }
 
 QCoro::Task<void> AppStore::fetch(Store store, std::shared_ptr<Fetch> fetch)

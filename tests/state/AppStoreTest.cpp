@@ -691,6 +691,24 @@ private Q_SLOTS:
         QCOMPARE(state().subscriptions.size(), 2);
     }
 
+    void shouldFetchOnceForSeveralMutations()
+    {
+        m_desk->makeSignedIn(3);
+        auto refreshing = m_desk->store->refresh();
+        QTRY_COMPARE(m_desk->api->waitingCount(u"fetchSubscriptions"_s), 1);
+        auto first = m_desk->store->cancelSubscription(sampleSubscription(1).id);
+        auto second = m_desk->store->cancelSubscription(sampleSubscription(2).id);
+        m_desk->api->answer(u"cancel"_s);
+        m_desk->api->answer(u"cancel"_s);
+        answerFetch();
+        QCoro::waitFor(std::move(refreshing));
+        answerFetch();
+        QCoro::waitFor(std::move(first));
+        QCoro::waitFor(std::move(second));
+        QCOMPARE(m_desk->api->calls.count(u"fetchProfile"_s), 2);
+        QVERIFY(m_desk->api->waiting().isEmpty());
+    }
+
     void shouldLeaveTheListWhereCancellingFails()
     {
         m_desk->makeSignedIn(3);
