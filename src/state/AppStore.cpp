@@ -498,7 +498,7 @@ QCoro::Task<void> AppStore::synchroniseReminders()
 QCoro::Task<void> AppStore::synchronise(Store store)
 {
     const std::optional<UserProfile> user = store->m_state.user;
-    if (!user)
+    if (!user || store->m_isSigningOut) // which removes them
         co_return;
     const quint64 session = store->m_session;
     const auto notifier = store->m_with.notifier;

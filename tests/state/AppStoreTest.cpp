@@ -610,6 +610,23 @@ private Q_SLOTS:
         QVERIFY(!m_desk->cached());
     }
 
+    void shouldNotBringBackRemindersWhileItSignsOut()
+    {
+        m_desk->settings->setNotificationsEnabled(true);
+        m_desk->makeSignedIn(3);
+        QCOMPARE(m_desk->center->requests.size(), 3);
+        m_desk->center->isSlowToForget = true;
+        auto signingOut = m_desk->store->signOut();
+        m_desk->api->answer(u"signOut"_s);
+        QTRY_VERIFY(m_desk->center->isForgetting());
+        // Behind the removal of the reminders, and before the rest is removed.
+        auto synchronising = m_desk->store->synchroniseReminders();
+        m_desk->center->forgetNow();
+        QCoro::waitFor(std::move(signingOut));
+        QCoro::waitFor(std::move(synchronising));
+        QVERIFY(m_desk->center->requests.isEmpty());
+    }
+
     void shouldFetchForTheNewSessionWhereAnOlderFetchIsUnderWay()
     {
         m_desk->makeSignedIn();
