@@ -45,6 +45,7 @@ public:
 
     void failReading(FileError error) { m_readError = std::move(error); }
     void failWriting(FileError error) { m_writeError = std::move(error); }
+    void writeAgain() { m_writeError.reset(); }
 
     bool exists(const std::filesystem::path &path) const { return m_files.contains(path); }
     QByteArray content(const std::filesystem::path &path) const { return m_files.at(path); }

@@ -21,6 +21,15 @@ public:
     tl::expected<bool, NotificationError> permission = true;
     /// Of the last request for permission.
     NotificationOptions options;
+    /// Who asks for permission waits for `decideAt` or `decideAll`.
+    bool isSlowToDecide = false;
+    [[nodiscard]] qsizetype undecidedCount() const { return m_undecided.size(); }
+    void decideAt(qsizetype index) { m_undecided.takeAt(index)->settle(true); }
+    void decideAll()
+    {
+        while (!m_undecided.isEmpty())
+            decideAt(0);
+    }
     /// Forgetting waits for `forgetNow`.
     bool isSlowToForget = false;
     void forgetNow()
@@ -30,6 +39,8 @@ public:
     }
     /// What was called, in order, with what it was called for.
     QStringList calls;
+    /// How often the pending requests were read.
+    int readings = 0;
 
     QCoro::Task<NotificationSettings> settings() override
     {
@@ -41,6 +52,11 @@ public:
         NotificationOptions wanted) override
     {
         options = wanted;
+        if (isSlowToDecide) {
+            OneShot<bool> decision;
+            m_undecided.append(&decision);
+            (void)co_await decision.settled();
+        }
         auto copy = permission;
         co_return copy;
     }
@@ -50,6 +66,7 @@ public:
         calls.append(QStringLiteral("pending"));
         if (readingFailure)
             co_return tl::make_unexpected(NotificationError{*readingFailure});
+        ++readings;
         const auto copy = requests;
         co_return copy;
     }
@@ -111,6 +128,7 @@ public:
     }
 
 private:
+    QList<OneShot<bool> *> m_undecided;
     OneShot<bool> *m_forgetting = nullptr;
 };
 

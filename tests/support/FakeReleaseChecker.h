@@ -13,7 +13,7 @@ public:
     tl::expected<ReleaseManifest, ReleaseCheckError> manifest
         = tl::make_unexpected(ReleaseCheckError{QStringLiteral("not found")});
     int fetches = 0;
-    /// Answers wait for `answerAll`.
+    /// Answers wait for `answerAt` or `answerAll`.
     bool isSlow = false;
 
     QCoro::Task<tl::expected<ReleaseManifest, ReleaseCheckError>> fetchLatest() override
@@ -28,10 +28,12 @@ public:
         co_return copy;
     }
 
+    [[nodiscard]] qsizetype waitingCount() const { return m_waiting.size(); }
+    void answerAt(qsizetype index) { m_waiting.takeAt(index)->settle(true); }
     void answerAll()
     {
-        for (OneShot<bool> *const waiting : std::exchange(m_waiting, {}))
-            waiting->settle(true);
+        while (!m_waiting.isEmpty())
+            answerAt(0);
     }
 
 private:

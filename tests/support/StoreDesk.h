@@ -19,6 +19,20 @@
 
 namespace orbitledge::testing {
 
+/// Counts what this thread's event loop hands out.
+class EventCount final : public QObject {
+public:
+    EventCount() { QCoreApplication::instance()->installEventFilter(this); }
+
+    int count = 0;
+
+    bool eventFilter(QObject * /*receiver*/, QEvent * /*event*/) override
+    {
+        ++count;
+        return false;
+    }
+};
+
 /// A store among fakes, all of which the test can reach.
 struct StoreDesk {
     std::filesystem::path cacheFile = "/data/cache.json";
@@ -36,6 +50,7 @@ struct StoreDesk {
     std::shared_ptr<FakeWallClockAlarm> dayAlarm = std::make_shared<FakeWallClockAlarm>(clock);
     std::shared_ptr<FakeConnectivity> connectivity = std::make_shared<FakeConnectivity>();
     QByteArray zone = "Europe/Berlin";
+    std::function<Calendar()> calendar = [this] { return calendarIn(zone); };
     AppStore::Identity identity{.currentVersion = QStringLiteral("1.0.0"),
         .currentBuild = QStringLiteral("100"),
         .webURL = QUrl(QStringLiteral("https://example.com/app/"))};
@@ -51,18 +66,32 @@ struct StoreDesk {
         api->isQuick = true;
         api->answerAll();
         releases->answerAll();
+        center->decideAll();
         center->forgetNow();
         settle();
     }
 
-    /// Until nothing moves by itself.
+    /// Until nothing moves by itself: neither here nor on the threads of the cache and of the planning.
     void settle() const
     {
-        constexpr int rounds = 4;
-        for (int round = 0; round < rounds; ++round) {
+        EventCount events;
+        constexpr int eventsOfOneLoad = 1;
+        while (true) {
             while (QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents)) { }
+            while (isPlanning())
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            events.count = 0;
             (void)QCoro::waitFor(cache->load()); // behind what was asked of it before
+            // Where something else came back meanwhile, it may have asked for more.
+            if (events.count == eventsOfOneLoad && !isPlanning())
+                return;
         }
+    }
+
+    /// Every planning that began, and could read what is pending, ends by writing what was shown.
+    [[nodiscard]] bool isPlanning() const
+    {
+        return center->readings > defaults->writes.value(QStringLiteral("notifications.immediateLedger"));
     }
 
     AppStore &make()
@@ -78,7 +107,7 @@ struct StoreDesk {
                 .launchAtLogin = std::make_shared<LaunchAtLoginController>(loginItem),
                 .workspace = workspace,
                 .clock = clock,
-                .calendar = [this] { return calendarIn(zone); },
+                .calendar = calendar,
                 .refreshTimer = refreshTimer,
                 .dayAlarm = dayAlarm,
                 .connectivity = connectivity,
