@@ -89,6 +89,11 @@ QString AppStore::timelineCurrency() const
     return m_state.user ? m_state.user->defaultCurrency : u"USD"_s;
 }
 
+LocalDate AppStore::today() const
+{
+    return m_with.calendar().localDate(m_with.clock->now());
+}
+
 const TimelineSnapshot &AppStore::timeline() const
 {
     const Instant now = m_with.clock->now();

@@ -75,6 +75,10 @@ public:
     /// Of the amounts in the timeline: that of the profile, "USD" without one.
     [[nodiscard]] QString timelineCurrency() const;
 
+    /// The person's calendar as it is now, and the day that it is.
+    [[nodiscard]] Calendar calendar() const { return m_with.calendar(); }
+    [[nodiscard]] LocalDate today() const;
+
     // ---- what can be done ----
 
     /// The first time: begins to refresh now and then, looks for updates, shows what was saved last, fetches.

@@ -1,0 +1,113 @@
+#include "ui/panel/PanelView.h"
+
+#include "ui/panel/LoginView.h"
+#include "ui/panel/PanelAccessibility.h"
+#include "ui/panel/QuickAddView.h"
+#include "ui/panel/ScreenStack.h"
+#include "ui/panel/SessionCheckPanel.h"
+#include "ui/panel/SessionRecoveryPanel.h"
+#include "ui/panel/TimelinePanel.h"
+
+#include <QVBoxLayout>
+
+namespace orbitledge::ui {
+
+PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, QWidget *parent)
+    : QWidget(parent)
+    , m_store(store)
+    , m_texts(std::make_shared<PanelTexts>(locale))
+    , m_logos(logos)
+    , m_stack(new ScreenStack)
+    , m_checking(new SessionCheckPanel)
+{
+    installPanelAccessibility();
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins({});
+    layout->addWidget(m_stack);
+    m_stack->add(m_checking);
+    connect(&store, &AppStore::changed, this, &PanelView::follow);
+}
+
+void PanelView::follow()
+{
+    // Hidden, it costs nothing.
+    if (isVisible())
+        update();
+    else
+        m_isStale = true;
+}
+
+void PanelView::showEvent(QShowEvent *event)
+{
+    if (m_isStale)
+        update();
+    QWidget::showEvent(event);
+}
+
+void PanelView::update()
+{
+    m_isStale = false;
+    const PanelScreen screen = panelScreenOf(m_store.state());
+    const bool isAnother = screen != m_screen;
+    QWidget *const old = m_stack->current();
+    QWidget *const widget = isAnother || old == nullptr ? widgetFor(screen) : old;
+    if (screen == PanelScreen::SessionRecovery)
+        m_recovery->setContent(recoveryMessage(m_store.state()), isRetrying(m_store.state()));
+    else if (screen == PanelScreen::Timeline)
+        m_timeline->update();
+    if (!isAnother)
+        return;
+    const PanelScreen left = std::exchange(m_screen, screen);
+    m_stack->show(widget);
+    leave(left, old);
+}
+
+QWidget *PanelView::widgetFor(PanelScreen screen)
+{
+    const auto added = [this]<typename Screen>(
+                           Screen *widget, ScreenStack::Entrance entrance = ScreenStack::Entrance::Fade) {
+        m_stack->add(widget, entrance);
+        return widget;
+    };
+    switch (screen) {
+    case PanelScreen::CheckingSession:
+        return m_checking;
+    case PanelScreen::SessionRecovery:
+        if (m_recovery == nullptr) {
+            m_recovery = added(new SessionRecoveryPanel);
+            connect(m_recovery, &SessionRecoveryPanel::retryRequested, this, [this] { m_store.refresh(); });
+            connect(m_recovery, &SessionRecoveryPanel::signInRequested, this, [this] { m_store.signOut(); });
+        }
+        return m_recovery;
+    case PanelScreen::SignIn:
+        return added(new LoginView(m_store));
+    case PanelScreen::QuickAdd:
+        return added(new QuickAddView(m_store, m_logos), ScreenStack::Entrance::MoveAndFade);
+    case PanelScreen::Timeline:
+        if (m_timeline == nullptr) {
+            m_timeline = added(new TimelinePanel(m_store, m_texts, m_logos));
+            connect(m_timeline, &TimelinePanel::settingsRequested, this, &PanelView::settingsRequested);
+        }
+        return m_timeline;
+    }
+    Q_UNREACHABLE();
+}
+
+void PanelView::leave(PanelScreen screen, QWidget *widget)
+{
+    // Forms begin anew each time.
+    if (screen == PanelScreen::SignIn || screen == PanelScreen::QuickAdd)
+        widget->deleteLater();
+    if (screen == PanelScreen::QuickAdd && m_screen == PanelScreen::Timeline)
+        m_timeline->focusAdd();
+}
+
+bool PanelView::takeEscape()
+{
+    if (m_screen != PanelScreen::QuickAdd)
+        return false;
+    m_store.setQuickAddPresented(false);
+    return true;
+}
+
+} // namespace orbitledge::ui

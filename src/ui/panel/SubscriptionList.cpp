@@ -1,0 +1,360 @@
+#include "ui/panel/SubscriptionList.h"
+
+#include "ui/kit/Palette.h"
+#include "ui/kit/ThemedLabel.h"
+#include "ui/kit/Typography.h"
+#include "ui/panel/RowMeasures.h"
+
+#include <QApplication>
+#include <QScrollBar>
+#include <QStyle>
+
+#include <algorithm>
+
+namespace orbitledge::ui {
+
+namespace {
+
+constexpr qreal titleSize = 10;
+constexpr qreal titleTracking = 1.7;
+constexpr qreal titleBottom = 4;
+/// Under the last row.
+constexpr qreal bottomMargin = 8;
+
+} // namespace
+
+SubscriptionList::SubscriptionList(RowActions actions, LogoImages *images, QWidget *parent)
+    : QAbstractScrollArea(parent)
+    , m_actions(std::move(actions))
+    , m_images(images)
+{
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus);
+    viewport()->setFocusPolicy(Qt::NoFocus);
+    viewport()->setAutoFillBackground(false);
+    viewport()->setBackgroundRole(QPalette::NoRole);
+}
+
+// ---- where things are ------------------------------------------------------------------------------------
+
+int SubscriptionList::headerHeight() const
+{
+    return scaled(*this, row::headerHeight);
+}
+
+int SubscriptionList::rowHeight() const
+{
+    return scaled(*this, row::height);
+}
+
+int SubscriptionList::contentHeight() const
+{
+    return static_cast<int>(m_sections.size()) * headerHeight() + static_cast<int>(m_rowCount) * rowHeight()
+        + scaled(*this, bottomMargin);
+}
+
+SubscriptionList::Place SubscriptionList::placeOf(qsizetype position) const
+{
+    const auto after = std::ranges::upper_bound(m_firstRows, position);
+    const qsizetype section = std::distance(m_firstRows.begin(), after) - 1;
+    return {.section = section, .index = position - m_firstRows[static_cast<std::size_t>(section)]};
+}
+
+const TimelineEntry &SubscriptionList::entryAt(qsizetype position) const
+{
+    const Place place = placeOf(position);
+    return m_sections.at(place.section).entries.at(place.index);
+}
+
+int SubscriptionList::topOf(qsizetype position) const
+{
+    const qsizetype headers = placeOf(position).section + 1;
+    return static_cast<int>(headers) * headerHeight() + static_cast<int>(position) * rowHeight();
+}
+
+/// The last row that begins at `y` or above; the first one where none does.
+qsizetype SubscriptionList::positionAt(int y) const
+{
+    qsizetype low = 0;
+    qsizetype high = m_rowCount - 1;
+    while (low < high) {
+        const qsizetype middle = (low + high + 1) / 2;
+        if (topOf(middle) <= y)
+            low = middle;
+        else
+            high = middle - 1;
+    }
+    return low;
+}
+
+// ---- what is there ---------------------------------------------------------------------------------------
+
+void SubscriptionList::setSections(QList<TimelineSection> sections, RowMaker makeRow)
+{
+    m_sections = std::move(sections);
+    m_makeRow = std::move(makeRow);
+    m_firstRows.clear();
+    m_rowCount = 0;
+    for (const TimelineSection &section : std::as_const(m_sections)) {
+        m_firstRows.push_back(m_rowCount);
+        m_rowCount += section.entries.size();
+    }
+    while (m_headers.size() > m_sections.size())
+        delete m_headers.takeLast();
+    while (m_headers.size() < m_sections.size()) {
+        auto *const header = new ThemedLabel(QString(),
+            {.designSize = titleSize,
+                .weight = QFont::Medium,
+                .tone = Tone::Slate,
+                .tracking = titleTracking,
+                .overflow = ThemedLabel::Overflow::Elide},
+            viewport());
+        header->setHeading(true);
+        header->show();
+        m_headers.append(header);
+    }
+    for (qsizetype i = 0; i < m_headers.size(); ++i)
+        m_headers[i]->setText(m_sections[i].title.toUpper());
+    relocate();
+    // A row that keeps its place may have another text.
+    for (const Realized &realized : m_realized)
+        realized.row->setContent(m_makeRow(entryAt(realized.position)));
+    verticalScrollBar()->setRange(0, std::max(0, contentHeight() - viewport()->height()));
+    verticalScrollBar()->setPageStep(viewport()->height());
+    verticalScrollBar()->setSingleStep(rowHeight() / 2);
+    realize();
+}
+
+/// Finds where the subscriptions of the rows that are there have gone; what has gone altogether leaves its
+/// row to others.
+void SubscriptionList::relocate()
+{
+    for (Realized &realized : m_realized)
+        realized.position = -1;
+    qsizetype current = -1;
+    qsizetype position = 0;
+    for (const TimelineSection &section : std::as_const(m_sections)) {
+        for (const TimelineEntry &entry : section.entries) {
+            const QUuid id = entry.subscription->id;
+            const auto found = std::ranges::find_if(m_realized, [&](const Realized &realized) {
+                return realized.position < 0 && realized.row->content().id == id;
+            });
+            if (found != m_realized.end())
+                found->position = position;
+            if (current < 0 && id == m_currentId)
+                current = position;
+            ++position;
+        }
+    }
+    std::erase_if(m_realized, [this](const Realized &realized) {
+        if (realized.position >= 0)
+            return false;
+        realized.row->hide();
+        m_spare.push_back(realized.row);
+        return true;
+    });
+    setCurrent(current >= 0 ? current : std::min(m_current, m_rowCount - 1));
+}
+
+bool SubscriptionList::isHeld(const SubscriptionRow &row)
+{
+    return row.hasFocusWithin() || row.isWorking() || row.isAsking();
+}
+
+SubscriptionRow *SubscriptionList::makeRow()
+{
+    if (!m_spare.empty()) {
+        SubscriptionRow *const spare = m_spare.back();
+        m_spare.pop_back();
+        return spare;
+    }
+    auto *const row = new SubscriptionRow(m_actions, m_images, viewport());
+    connect(row, &SubscriptionRow::moveRequested, this, &SubscriptionList::moveCurrent);
+    connect(row, &SubscriptionRow::entered, this, [this, row] {
+        const auto found = std::ranges::find(m_realized, row, &Realized::row);
+        if (found == m_realized.end())
+            return;
+        const qsizetype position = found->position;
+        setCurrent(position);
+        reveal(position);
+    });
+    return row;
+}
+
+SubscriptionRow *SubscriptionList::rowAt(qsizetype position)
+{
+    const auto found = std::ranges::find(m_realized, position, &Realized::position);
+    return found == m_realized.end() ? nullptr : found->row;
+}
+
+void SubscriptionList::realize()
+{
+    if (m_rowCount > 0) {
+        const int top = verticalScrollBar()->value();
+        realizeRange(positionAt(top), positionAt(top + viewport()->height()));
+    }
+    placeHeaders();
+}
+
+void SubscriptionList::realizeRange(qsizetype first, qsizetype last)
+{
+    const auto isSeen = [&](qsizetype position) { return position >= first && position <= last; };
+    // First those that are free, so that there are rows to spare.
+    std::erase_if(m_realized, [&](const Realized &realized) {
+        const bool stays
+            = isSeen(realized.position) || realized.position == m_current || isHeld(*realized.row);
+        if (!stays) {
+            realized.row->hide();
+            m_spare.push_back(realized.row);
+        }
+        return !stays;
+    });
+    const auto bring = [&](qsizetype position) {
+        if (rowAt(position) != nullptr)
+            return;
+        SubscriptionRow *const row = makeRow();
+        row->setContent(m_makeRow(entryAt(position)));
+        row->setReachable(position == m_current);
+        m_realized.push_back({.row = row, .position = position});
+    };
+    for (qsizetype position = first; position <= last; ++position)
+        bring(position);
+    bring(m_current);
+
+    const int scrolled = verticalScrollBar()->value();
+    for (const Realized &realized : m_realized) {
+        realized.row->setGeometry(0, topOf(realized.position) - scrolled, viewport()->width(), rowHeight());
+        realized.row->show();
+    }
+    QWidget *previous = viewport();
+    for (QWidget *const control : rowAt(m_current)->controls()) {
+        setTabOrder(previous, control);
+        previous = control;
+    }
+}
+
+void SubscriptionList::placeHeaders()
+{
+    const int scrolled = verticalScrollBar()->value();
+    const int left = scaled(*this, row::logoLeft);
+    for (qsizetype i = 0; i < m_headers.size(); ++i) {
+        const int bottom
+            = topOf(m_firstRows[static_cast<std::size_t>(i)]) - scrolled - scaled(*this, titleBottom);
+        const int high = m_headers[i]->sizeHint().height();
+        m_headers[i]->setGeometry(left, bottom - high, viewport()->width() - 2 * left, high);
+    }
+}
+
+QList<SubscriptionRow *> SubscriptionList::rows() const
+{
+    std::vector<Realized> inOrder = m_realized;
+    std::ranges::sort(inOrder, {}, &Realized::position);
+    QList<SubscriptionRow *> rows;
+    for (const Realized &realized : inOrder)
+        rows.append(realized.row);
+    return rows;
+}
+
+// ---- scrolling -------------------------------------------------------------------------------------------
+
+void SubscriptionList::resizeEvent(QResizeEvent *event)
+{
+    QAbstractScrollArea::resizeEvent(event);
+    verticalScrollBar()->setRange(0, std::max(0, contentHeight() - viewport()->height()));
+    verticalScrollBar()->setPageStep(viewport()->height());
+    realize();
+}
+
+void SubscriptionList::changeEvent(QEvent *event)
+{
+    QAbstractScrollArea::changeEvent(event);
+    if (event->type() == QEvent::FontChange && m_makeRow) {
+        verticalScrollBar()->setRange(0, std::max(0, contentHeight() - viewport()->height()));
+        realize();
+    }
+}
+
+void SubscriptionList::scrollContentsBy(int /*dx*/, int /*dy*/)
+{
+    realize();
+}
+
+bool SubscriptionList::viewportEvent(QEvent *event)
+{
+    // Nothing is drawn here, so that what is behind shows.
+    if (event->type() == QEvent::Paint)
+        return false;
+    return QAbstractScrollArea::viewportEvent(event);
+}
+
+// ---- the keyboard ----------------------------------------------------------------------------------------
+
+void SubscriptionList::setCurrent(qsizetype position)
+{
+    for (const Realized &realized : m_realized)
+        realized.row->setReachable(realized.position == position);
+    m_current = std::max<qsizetype>(0, position);
+    m_currentId = m_rowCount > 0 ? entryAt(m_current).subscription->id : QUuid();
+}
+
+bool SubscriptionList::focusNextPrevChild(bool next)
+{
+    // The toolkit would look for the next one in the order in which widgets were made.
+    if (m_rowCount > 0 && isAncestorOf(QApplication::focusWidget())) {
+        QWidget *previous = viewport();
+        for (QWidget *const control : rowAt(m_current)->controls()) {
+            setTabOrder(previous, control);
+            previous = control;
+        }
+    }
+    return QAbstractScrollArea::focusNextPrevChild(next);
+}
+
+void SubscriptionList::moveCurrent(int key)
+{
+    const qsizetype page = std::max<qsizetype>(1, viewport()->height() / rowHeight() - 1);
+    qsizetype target = m_current;
+    switch (key) {
+    case Qt::Key_Up:
+        target -= 1;
+        break;
+    case Qt::Key_Down:
+        target += 1;
+        break;
+    case Qt::Key_Home:
+        target = 0;
+        break;
+    case Qt::Key_End:
+        target = m_rowCount - 1;
+        break;
+    case Qt::Key_PageUp:
+        target -= page;
+        break;
+    case Qt::Key_PageDown:
+        target += page;
+        break;
+    default:
+        return;
+    }
+    target = std::clamp<qsizetype>(target, 0, m_rowCount - 1);
+    setCurrent(target);
+    reveal(target);
+    realize();
+    rowAt(target)->setFocus(Qt::TabFocusReason);
+}
+
+void SubscriptionList::reveal(qsizetype position)
+{
+    const int top = topOf(position);
+    const bool isFirstOfSection = placeOf(position).index == 0;
+    const int from = isFirstOfSection ? top - headerHeight() : top;
+    QScrollBar *const bar = verticalScrollBar();
+    if (from < bar->value())
+        bar->setValue(from);
+    else if (top + rowHeight() > bar->value() + viewport()->height())
+        bar->setValue(top + rowHeight() - viewport()->height());
+}
+
+} // namespace orbitledge::ui

@@ -1,0 +1,121 @@
+#include "ui/panel/TimelinePanel.h"
+
+#include "model/UuidText.h"
+#include "presentation/PanelScreen.h"
+#include "ui/panel/Divider.h"
+#include "ui/panel/EmptyPanel.h"
+#include "ui/panel/LoadingPanel.h"
+#include "ui/panel/PanelBanner.h"
+#include "ui/panel/PanelFooter.h"
+#include "ui/panel/PanelUpdateRow.h"
+#include "ui/panel/SubscriptionList.h"
+#include "ui/panel/TotalsHeader.h"
+#include "ui/panel/WeekStrip.h"
+
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+namespace orbitledge::ui {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+RowActions actionsOf(AppStore &store)
+{
+    return {
+        .openInWeb
+        = [&store](QUuid id) { store.openWebPage(u"/subscriptions/"_s + uuidText(id) + u"/edit"_s); },
+        .cancel = [&store](QUuid id) { return store.cancelSubscription(id); },
+        .uncancel = [&store](QUuid id) { return store.uncancelSubscription(id); },
+    };
+}
+
+} // namespace
+
+TimelinePanel::TimelinePanel(
+    AppStore &store, std::shared_ptr<PanelTexts> texts, LogoImages *logos, QWidget *parent)
+    : QWidget(parent)
+    , m_store(store)
+    , m_texts(std::move(texts))
+    , m_totals(new TotalsHeader)
+    , m_week(new WeekStrip)
+    , m_banner(new PanelBanner)
+    , m_content(new QStackedLayout)
+    , m_loading(new LoadingPanel)
+    , m_list(new SubscriptionList(actionsOf(store), logos))
+    , m_empty(new EmptyPanel)
+    , m_updateRow(new PanelUpdateRow)
+    , m_footer(new PanelFooter)
+{
+    auto *const column = new QVBoxLayout(this);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    column->addWidget(m_totals);
+    column->addWidget(m_week);
+    column->addWidget(new Divider);
+    column->addWidget(m_banner);
+    column->addLayout(m_content, 1);
+    column->addWidget(m_updateRow);
+    column->addWidget(m_footer);
+    m_content->addWidget(m_loading);
+    m_content->addWidget(m_list);
+    m_content->addWidget(m_empty);
+
+    connect(m_banner, &PanelBanner::retryRequested, this, [this] { m_store.refresh(); });
+    connect(m_empty, &EmptyPanel::addRequested, this, [this] { m_store.setQuickAddPresented(true); });
+    connect(m_footer, &PanelFooter::addRequested, this, [this] { m_store.setQuickAddPresented(true); });
+    connect(m_footer, &PanelFooter::calendarRequested, this, [this] { m_store.openWebPage(u"/calendar"_s); });
+    connect(m_footer, &PanelFooter::settingsRequested, this, &TimelinePanel::settingsRequested);
+    connect(m_updateRow, &PanelUpdateRow::openRequested, this, [this] { m_store.openUpdate(); });
+    connect(m_updateRow, &PanelUpdateRow::dismissRequested, this, [this] { m_store.dismissUpdate(); });
+}
+
+void TimelinePanel::focusAdd()
+{
+    m_footer->focusAdd();
+}
+
+void TimelinePanel::update()
+{
+    const TimelineSnapshot &snapshot = m_store.timeline();
+    m_totals->setContent(totalsOf(snapshot, panelCurrency(m_store.state()), m_store.today(), m_texts->dates,
+        m_texts->money, m_texts->numbers));
+    m_week->setContent(weekOf(snapshot, m_texts->dates));
+    updateBanner();
+    updateContent();
+    const auto &available = m_store.state().availableUpdate;
+    m_updateRow->setVisible(available.has_value());
+    if (available)
+        m_updateRow->setVersion(available->version);
+}
+
+void TimelinePanel::updateBanner()
+{
+    const auto banner = bannerOf(m_store.state(), m_texts->dates, m_store.calendar().timeZone());
+    m_banner->setVisible(banner.has_value());
+    if (banner)
+        m_banner->setContent(*banner);
+}
+
+void TimelinePanel::updateContent()
+{
+    const TimelineSnapshot &snapshot = m_store.timeline();
+    const QString currency = panelCurrency(m_store.state());
+    m_list->setSections(snapshot.sections, [texts = m_texts, currency](const TimelineEntry &entry) {
+        return rowOf(entry, currency, texts->dates, texts->money);
+    });
+    switch (timelineContentOf(m_store.state(), snapshot)) {
+    case TimelineContent::Loading:
+        m_content->setCurrentWidget(m_loading);
+        break;
+    case TimelineContent::Sections:
+        m_content->setCurrentWidget(m_list);
+        break;
+    case TimelineContent::Empty:
+        m_content->setCurrentWidget(m_empty);
+        break;
+    }
+}
+
+} // namespace orbitledge::ui
