@@ -168,7 +168,7 @@ QSize ThemedLabel::minimumSizeHint() const
 
 int ThemedLabel::heightForWidth(int width) const
 {
-    return look_.overflow == Overflow::Wrap ? wrappedSize(width).height() : -1;
+    return look_.overflow == Overflow::Wrap ? wrappedSize(std::min(width, maximumWidth())).height() : -1;
 }
 
 void ThemedLabel::paintTabular(QPainter &painter) const

@@ -1,7 +1,9 @@
 #include "ui/panel/CenteredPanel.h"
 
 #include "ui/kit/Typography.h"
+#include "ui/panel/ScrollArea.h"
 
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace orbitledge::ui {
@@ -14,20 +16,36 @@ constexpr qreal margin = 20;
 
 CenteredPanel::CenteredPanel(QWidget *parent)
     : Component(parent)
-    , m_column(new QVBoxLayout(this))
+    , m_content(new QWidget)
+    , m_column(new QVBoxLayout(m_content))
 {
+    auto *const around = new QVBoxLayout(this);
+    around->setContentsMargins({});
+    around->addWidget(makeScrollArea(m_content));
     m_column->setSpacing(0);
     m_column->addStretch();
     m_column->addStretch();
     measure();
 }
 
-void CenteredPanel::add(QWidget *widget, qreal gap)
+void CenteredPanel::add(QWidget *widget, qreal gap, qreal mostWidth)
 {
     const int end = m_column->count() - 1;
     m_column->insertSpacing(end, scaled(*this, gap));
     m_gaps.append({.position = end, .measure = gap});
-    m_column->insertWidget(end + 1, widget, 0, Qt::AlignHCenter);
+    if (!widget->sizePolicy().hasHeightForWidth()) {
+        m_column->insertWidget(end + 1, widget, 0, Qt::AlignHCenter);
+        return;
+    }
+    // An alignment would give it another width than the one that its height is told for.
+    constexpr int allThereIs = 1000;
+    auto *const line = new QHBoxLayout;
+    line->addStretch(1);
+    line->addWidget(widget, allThereIs);
+    line->addStretch(1);
+    m_column->insertLayout(end + 1, line);
+    m_limits.append({.widget = widget, .measure = mostWidth});
+    widget->setMaximumWidth(scaled(*this, mostWidth));
 }
 
 void CenteredPanel::measure()
@@ -36,6 +54,8 @@ void CenteredPanel::measure()
     m_column->setContentsMargins(around, around, around, around);
     for (const Gap &gap : std::as_const(m_gaps))
         m_column->itemAt(gap.position)->spacerItem()->changeSize(0, scaled(*this, gap.measure));
+    for (const Limit &limit : std::as_const(m_limits))
+        limit.widget->setMaximumWidth(scaled(*this, limit.measure));
     m_column->invalidate();
 }
 

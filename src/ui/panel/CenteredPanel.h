@@ -6,7 +6,8 @@ class QVBoxLayout;
 
 namespace orbitledge::ui {
 
-/// A screen whose few things stand below each other in its middle.
+/// A screen whose few things stand below each other in its middle, and scroll where there is not room for
+/// them.
 class CenteredPanel : public Component {
     Q_OBJECT
 
@@ -14,8 +15,8 @@ public:
     explicit CenteredPanel(QWidget *parent = nullptr);
 
 protected:
-    /// `gap` before it, in the design's pixels.
-    void add(QWidget *widget, qreal gap);
+    /// `gap` before it, and how wide what wraps may be, in the design's pixels.
+    void add(QWidget *widget, qreal gap, qreal mostWidth = 320);
 
     void measure() override;
 
@@ -24,9 +25,15 @@ private:
         int position = 0;
         qreal measure = 0;
     };
+    struct Limit {
+        QWidget *widget = nullptr;
+        qreal measure = 0;
+    };
 
+    QWidget *m_content;
     QVBoxLayout *m_column;
     QList<Gap> m_gaps;
+    QList<Limit> m_limits;
 };
 
 } // namespace orbitledge::ui

@@ -23,11 +23,10 @@ EmptyPanel::EmptyPanel(QWidget *parent)
             .tone = Tone::Slate,
             .overflow = ThemedLabel::Overflow::Wrap,
             .alignment = Qt::AlignHCenter | Qt::AlignVCenter});
-    text->setMaximumWidth(230);
     auto *const button = new PrimaryButton(u"Add a subscription"_s);
     add(new SymbolView(Symbol::CalendarPlus, 32, Tone::Slate), 0);
     add(title, 10);
-    add(text, 4);
+    add(text, 4, 230);
     add(button, 14);
     connect(button, &PrimaryButton::clicked, this, &EmptyPanel::addRequested);
 }

@@ -26,10 +26,15 @@ Q_SIGNALS:
 protected:
     void measure() override;
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void chooseLabels();
+
     QHBoxLayout *m_row;
     FooterButton *m_add;
+    FooterButton *m_calendar;
+    FooterButton *m_settings;
 };
 
 } // namespace orbitledge::ui

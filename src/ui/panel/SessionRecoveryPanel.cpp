@@ -27,12 +27,11 @@ SessionRecoveryPanel::SessionRecoveryPanel(QWidget *parent)
             .overflow = ThemedLabel::Overflow::Wrap,
             .alignment = Qt::AlignHCenter | Qt::AlignVCenter});
     heading->setHeading(true);
-    m_message->setMaximumWidth(270);
     auto *const signIn = new PlainButton(
         u"Sign in instead"_s, {.designSize = 12, .weight = QFont::Medium, .tone = Tone::Slate});
     add(new SymbolView(Symbol::Unreachable, 32, Tone::Slate), 0);
     add(heading, 10);
-    add(m_message, 4);
+    add(m_message, 4, 270);
     add(m_retry, 14);
     add(signIn, 6);
     connect(m_retry, &PrimaryButton::clicked, this, &SessionRecoveryPanel::retryRequested);

@@ -37,6 +37,12 @@ SubscriptionList::SubscriptionList(RowActions actions, LogoImages *images, QWidg
     viewport()->setBackgroundRole(QPalette::NoRole);
 }
 
+QSize SubscriptionList::sizeHint() const
+{
+    constexpr qreal fewRows = 2.5;
+    return {scaled(*this, 160), scaled(*this, row::headerHeight + fewRows * row::height)};
+}
+
 // ---- where things are ------------------------------------------------------------------------------------
 
 int SubscriptionList::headerHeight() const

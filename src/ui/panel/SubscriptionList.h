@@ -32,6 +32,10 @@ public:
     QList<SubscriptionRow *> rows() const;
     QList<ThemedLabel *> headers() const { return m_headers; }
 
+    QSize sizeHint() const override;
+    /// A title and some rows.
+    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
+
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;

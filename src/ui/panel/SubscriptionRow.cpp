@@ -377,8 +377,10 @@ void SubscriptionRow::paintEvent(QPaintEvent * /*event*/)
     if (m_content.urgency != Urgency::None) {
         const int high = scaled(*this, row::barHeight);
         const QRect bar(0, (height() - high) / 2, scaled(*this, row::barWidth), high);
-        painter.fillRect(QStyle::visualRect(layoutDirection(), rect(), bar),
-            colorOf(m_content.urgency == Urgency::Urgent ? Tone::Red : Tone::Amber, appearance));
+        // Round on the side of the text only: the other end is beyond the edge.
+        const int radius = scaled(*this, 2);
+        fillRounded(painter, QStyle::visualRect(layoutDirection(), rect(), bar.adjusted(-radius, 0, 0, 0)),
+            radius, colorOf(m_content.urgency == Urgency::Urgent ? Tone::Red : Tone::Amber, appearance));
     }
     paintTexts(painter);
     if (showsFocusRing())

@@ -8,10 +8,12 @@
 #include "ui/panel/PanelBanner.h"
 #include "ui/panel/PanelFooter.h"
 #include "ui/panel/PanelUpdateRow.h"
+#include "ui/panel/ScrollArea.h"
 #include "ui/panel/SubscriptionList.h"
 #include "ui/panel/TotalsHeader.h"
 #include "ui/panel/WeekStrip.h"
 
+#include <QScrollArea>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -31,6 +33,14 @@ RowActions actionsOf(AppStore &store)
     };
 }
 
+QVBoxLayout *columnOf(QWidget *widget)
+{
+    auto *const column = new QVBoxLayout(widget);
+    column->setContentsMargins({});
+    column->setSpacing(0);
+    return column;
+}
+
 } // namespace
 
 TimelinePanel::TimelinePanel(
@@ -48,14 +58,16 @@ TimelinePanel::TimelinePanel(
     , m_updateRow(new PanelUpdateRow)
     , m_footer(new PanelFooter)
 {
-    auto *const column = new QVBoxLayout(this);
-    column->setContentsMargins({});
-    column->setSpacing(0);
-    column->addWidget(m_totals);
-    column->addWidget(m_week);
-    column->addWidget(new Divider);
-    column->addWidget(m_banner);
-    column->addLayout(m_content, 1);
+    // In large letters there may be room for no list between what stands above and below it.
+    auto *const upper = new QWidget;
+    auto *const upperColumn = columnOf(upper);
+    upperColumn->addWidget(m_totals);
+    upperColumn->addWidget(m_week);
+    upperColumn->addWidget(new Divider);
+    upperColumn->addWidget(m_banner);
+    upperColumn->addLayout(m_content, 1);
+    auto *const column = columnOf(this);
+    column->addWidget(makeScrollArea(upper), 1);
     column->addWidget(m_updateRow);
     column->addWidget(m_footer);
     m_content->addWidget(m_loading);

@@ -17,10 +17,13 @@ namespace {
 constexpr qreal sideMargin = 16;
 constexpr qreal topMargin = 14;
 constexpr qreal bottomMargin = 12;
+constexpr qreal lineGap = 2;
 constexpr qreal captionSize = 11;
 constexpr qreal largestTotal = 26;
 constexpr qreal largestRemaining = 14;
-constexpr qreal smallestAmount = 8;
+constexpr qreal perMonthSize = 12;
+/// In pixels, at any text scale.
+constexpr qreal smallestText = 9;
 /// Between what stands left and what stands right.
 constexpr qreal columnGap = 16;
 constexpr qreal warningSide = 12;
@@ -30,10 +33,15 @@ constexpr ThemedLabel::Look captionLook{.designSize = captionSize, .tone = Tone:
 ThemedLabel::Look totalLook(qreal size)
 {
     return {.designSize = size,
-        .weight = QFont::DemiBold,
+        .weight = QFont::Bold,
         .tone = Tone::BlackAndWhite,
         .tracking = -0.4 * size / largestTotal,
         .digits = ThemedLabel::Digits::Tabular};
+}
+
+ThemedLabel::Look perMonthLook(qreal size)
+{
+    return {.designSize = size, .weight = QFont::Medium, .tone = Tone::Slate};
 }
 
 ThemedLabel::Look remainingLook(qreal size)
@@ -84,8 +92,9 @@ void TotalsHeader::setContent(const TotalsContent &content)
 QSize TotalsHeader::sizeHint() const
 {
     const qreal lines = QFontMetricsF(fontOf(*this, captionSize)).height() * 2
-        + QFontMetricsF(fontOf(*this, largestTotal, QFont::DemiBold)).height();
-    return {scaled(*this, 328), scaled(*this, topMargin + bottomMargin) + static_cast<int>(std::ceil(lines))};
+        + QFontMetricsF(fontOf(*this, largestTotal, QFont::Bold)).height();
+    return {scaled(*this, 328),
+        scaled(*this, topMargin + lineGap + bottomMargin) + static_cast<int>(std::ceil(lines))};
 }
 
 void TotalsHeader::measure()
@@ -101,19 +110,17 @@ void TotalsHeader::resizeEvent(QResizeEvent *event)
 
 void TotalsHeader::chooseSizes(qreal room)
 {
-    qreal total = largestTotal;
-    qreal remaining = largestRemaining;
+    const qreal smallest = smallestText / textScaleOf(*this);
     const qreal gaps = scaled(*this, columnGap) + scaled(*this, 4);
-    while (true) {
+    for (qreal total = largestTotal;; total = std::max(smallest, total - 0.5)) {
+        // The total stays the largest of them for as long as that is possible.
         m_total->setLook(totalLook(total));
-        m_remaining->setLook(remainingLook(remaining));
+        m_perMonth->setLook(perMonthLook(std::clamp(total * 0.7, smallest, perMonthSize)));
+        m_remaining->setLook(remainingLook(std::clamp(total * 0.8, smallest, largestRemaining)));
         const qreal needed = m_total->sizeHint().width() + m_perMonth->sizeHint().width()
             + m_remaining->sizeHint().width() + gaps;
-        if (needed <= room || (total <= smallestAmount && remaining <= smallestAmount))
+        if (needed <= room || total <= smallest)
             return;
-        // The total stays the larger one for as long as that is possible.
-        total = std::max(smallestAmount, total - 0.5);
-        remaining = std::clamp(total * 0.8, smallestAmount, remaining);
     }
 }
 
@@ -139,14 +146,14 @@ void TotalsHeader::arrange()
     m_warning = QStyle::visualRect(layoutDirection(), rect(), warning);
 
     // Amounts and what belongs to them share one baseline.
-    const QFontMetricsF largest(fontOf(*this, largestTotal, QFont::DemiBold));
+    const QFontMetricsF largest(fontOf(*this, largestTotal, QFont::Bold));
     const int lineTop = area.top() + m_month->sizeHint().height();
     const qreal baseline = lineTop + largest.ascent();
     const auto topOf = [baseline](const ThemedLabel &label) { return qRound(baseline - ascentOf(label)); };
     place(*m_total, {area.left(), topOf(*m_total)});
     place(*m_perMonth, {area.left() + m_total->sizeHint().width() + scaled(*this, 5), topOf(*m_perMonth)});
     placeRight(*m_remaining, topOf(*m_remaining));
-    const int lastTop = lineTop + static_cast<int>(std::ceil(largest.height()));
+    const int lastTop = lineTop + static_cast<int>(std::ceil(largest.height())) + scaled(*this, lineGap);
     place(*m_active, {area.left(), lastTop});
     placeRight(*m_remainingCaption, lastTop);
     update();

@@ -17,7 +17,7 @@ public:
     void setContent(const TotalsContent &content);
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
 
 protected:
     void measure() override;

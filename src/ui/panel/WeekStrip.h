@@ -16,7 +16,7 @@ public:
     void setContent(const QList<WeekDayContent> &days);
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
 
 protected:
     void measure() override;
