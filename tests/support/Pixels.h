@@ -20,7 +20,7 @@ inline double luminanceOf(const QColor &color)
 
 inline double contrastOf(const QColor &one, const QColor &other)
 {
-    const auto [darker, lighter] = std::minmax(luminanceOf(one), luminanceOf(other));
+    const auto [darker, lighter] = std::minmax({luminanceOf(one), luminanceOf(other)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 

@@ -70,7 +70,7 @@ void ButtonBase::keyPressEvent(QKeyEvent *event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isReturn && !event->isAutoRepeat())
-        animateClick();
+        click();
     else
         QAbstractButton::keyPressEvent(event);
 }

@@ -13,7 +13,8 @@ class PrimaryButton : public ButtonBase {
 public:
     explicit PrimaryButton(const QString &text, QWidget *parent = nullptr);
 
-    /// While it is busy it shows that it is, with another text, keeps the focus, and cannot be pressed.
+    /// While it is busy it shows that it is, with another text, keeps the focus, and takes neither clicks nor
+    /// keys.
     void setBusy(const QString &busyText);
     void setIdle();
     bool isBusy() const { return isBusy_; }
