@@ -113,6 +113,40 @@ void paintCheckBox(QPainter &painter, const QStyleOption &option)
         paintSymbol(painter, Symbol::Check, frame.adjusted(1, 1, -1, -1), ink);
 }
 
+void paintRadioButton(QPainter &painter, const QStyleOption &option)
+{
+    const Appearance appearance = appearanceOf(option);
+    const QRectF frame = option.rect;
+    const qreal radius = frame.width() / 2;
+    const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
+    if (!option.state.testFlag(QStyle::State_On)) {
+        fillRounded(painter, frame, radius, option.palette.color(QPalette::Base));
+        paintFrame(painter, frame, radius, colorOf(isEnabled ? Tone::Grey : Tone::Stroke, appearance), 1);
+        return;
+    }
+    const qreal inset = frame.width() * 5 / 16;
+    fillRounded(painter, frame, radius, colorOf(isEnabled ? Tone::Cyan : Tone::Grey, appearance));
+    fillRounded(painter, frame.adjusted(inset, inset, -inset, -inset), radius - inset,
+        colorOf(Tone::OnCyan, appearance));
+}
+
+/// One of a spin box's two arrows.
+void paintStep(QPainter &painter, const QStyleOptionSpinBox &option, const QWidget *widget,
+    const QRect &place, QStyle::SubControl part)
+{
+    const bool isUp = part == QStyle::SC_SpinBoxUp;
+    const auto needed = isUp ? QAbstractSpinBox::StepUpEnabled : QAbstractSpinBox::StepDownEnabled;
+    const bool isEnabled
+        = option.state.testFlag(QStyle::State_Enabled) && option.stepEnabled.testFlag(needed);
+    const bool isPressed
+        = isEnabled && option.activeSubControls == part && option.state.testFlag(QStyle::State_Sunken);
+    const Tone tone = !isEnabled ? Tone::MidGrey : isPressed ? Tone::Cyan : Tone::Slate;
+    QRectF symbol(0, 0, atScale(widget, 12), atScale(widget, 12));
+    symbol.moveCenter(QRectF(place).center());
+    paintSymbol(
+        painter, isUp ? Symbol::ChevronUp : Symbol::ChevronDown, symbol, colorOf(tone, appearanceOf(option)));
+}
+
 void paintScrollBar(QPainter &painter, const QStyleOptionSlider &option, const QRect &thumb)
 {
     if (option.minimum == option.maximum)
@@ -177,11 +211,16 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWi
         return shortestThumb;
     case PM_IndicatorWidth:
     case PM_IndicatorHeight:
+    case PM_ExclusiveIndicatorWidth:
+    case PM_ExclusiveIndicatorHeight:
         return qRound(atScale(widget, 16));
     case PM_CheckBoxLabelSpacing:
+    case PM_RadioButtonLabelSpacing:
         return qRound(atScale(widget, 8));
     case PM_FocusFrameHMargin:
         return qRound(atScale(widget, 6));
+    case PM_ToolTipLabelFrameWidth:
+        return 5;
     case PM_MenuPanelWidth:
         return 1;
     case PM_MenuVMargin:
@@ -216,6 +255,7 @@ QSize Style::sizeFromContents(
         result.setHeight(std::max(result.height(), qRound(atScale(widget, listItemHeight))));
         break;
     case CT_CheckBox:
+    case CT_RadioButton:
         result.rwidth() += qRound(atScale(widget, ringRoom));
         break;
     default:
@@ -228,16 +268,28 @@ QRect Style::subElementRect(SubElement element, const QStyleOption *option, cons
 {
     const QRect rect = QProxyStyle::subElementRect(element, option, widget);
     const int room = qRound(atScale(widget, ringRoom));
-    return element == SE_CheckBoxFocusRect ? rect.adjusted(-room, 0, room, 0) : rect;
+    return element == SE_CheckBoxFocusRect || element == SE_RadioButtonFocusRect
+        ? rect.adjusted(-room, 0, room, 0)
+        : rect;
 }
 
 QRect Style::subControlRect(
     ComplexControl control, const QStyleOptionComplex *option, SubControl part, const QWidget *widget) const
 {
-    if (control == CC_ComboBox && part == SC_ComboBoxEditField && option) {
+    const bool isEditField = (control == CC_ComboBox && part == SC_ComboBoxEditField)
+        || (control == CC_SpinBox && part == SC_SpinBoxEditField);
+    if (isEditField && option) {
         const int chevron = qRound(atScale(widget, chevronRoom));
         const int inset = qRound(atScale(widget, fieldInset));
         return visualRect(option->direction, option->rect, option->rect.adjusted(inset, 2, -chevron, -2));
+    }
+    if (control == CC_SpinBox && option && (part == SC_SpinBoxUp || part == SC_SpinBoxDown)) {
+        const int steps = qRound(atScale(widget, chevronRoom));
+        const int middle = option->rect.height() / 2;
+        const QRect all = option->rect.adjusted(option->rect.width() - steps, 2, -2, -2);
+        const QRect half
+            = part == SC_SpinBoxUp ? all.adjusted(0, 0, 0, 2 - middle) : all.adjusted(0, middle - 2, 0, 0);
+        return visualRect(option->direction, option->rect, half);
     }
     const auto *const bar = qstyleoption_cast<const QStyleOptionSlider *>(option);
     if (control != CC_ScrollBar || !bar)
@@ -293,6 +345,9 @@ void Style::drawPrimitive(
         return;
     case PE_IndicatorCheckBox:
         paintCheckBox(*painter, *option);
+        return;
+    case PE_IndicatorRadioButton:
+        paintRadioButton(*painter, *option);
         return;
     case PE_PanelMenu:
         painter->fillRect(option->rect, option->palette.color(QPalette::Base));
@@ -350,6 +405,16 @@ void Style::drawComplexControl(
         const Tone tone = option->state.testFlag(State_Enabled) ? Tone::Slate : Tone::Grey;
         paintSymbol(*painter, Symbol::ChevronDown, visualRect(option->direction, option->rect, place),
             colorOf(tone, appearanceOf(*option)));
+        return;
+    }
+    if (const auto *const box = qstyleoption_cast<const QStyleOptionSpinBox *>(option);
+        box && control == CC_SpinBox) {
+        if (box->frame)
+            paintField(*painter, *option, widget, hasFocus(*option));
+        if (box->buttonSymbols != QAbstractSpinBox::NoButtons) {
+            for (const SubControl part : {SC_SpinBoxUp, SC_SpinBoxDown})
+                paintStep(*painter, *box, widget, subControlRect(control, option, part, widget), part);
+        }
         return;
     }
     QProxyStyle::drawComplexControl(control, option, painter, widget);

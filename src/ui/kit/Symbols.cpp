@@ -177,6 +177,8 @@ QLatin1StringView nameOf(Symbol symbol)
         return "magnifyingglass"_L1;
     case Symbol::ChevronDown:
         return "chevron.down"_L1;
+    case Symbol::ChevronUp:
+        return "chevron.up"_L1;
     case Symbol::ChevronLeft:
         return "chevron.left"_L1;
     case Symbol::ChevronRight:

@@ -37,16 +37,18 @@ enum class Symbol {
     Person,
     Search,
     ChevronDown,
+    ChevronUp,
     ChevronLeft,
     ChevronRight,
     SignOut,
 };
 
-inline constexpr std::array<Symbol, 25> allSymbols{Symbol::Mark, Symbol::Refresh, Symbol::Offline,
+inline constexpr std::array<Symbol, 26> allSymbols{Symbol::Mark, Symbol::Refresh, Symbol::Offline,
     Symbol::Unreachable, Symbol::Warning, Symbol::Calendar, Symbol::CalendarPlus, Symbol::Download,
     Symbol::Close, Symbol::CloseCircle, Symbol::Plus, Symbol::Gear, Symbol::OpenOutside, Symbol::TurnBack,
     Symbol::Check, Symbol::CheckCircle, Symbol::Bell, Symbol::BellSlash, Symbol::Eye, Symbol::Person,
-    Symbol::Search, Symbol::ChevronDown, Symbol::ChevronLeft, Symbol::ChevronRight, Symbol::SignOut};
+    Symbol::Search, Symbol::ChevronDown, Symbol::ChevronUp, Symbol::ChevronLeft, Symbol::ChevronRight,
+    Symbol::SignOut};
 
 /// What a symbol's file is called, without its folder and extension.
 QLatin1StringView nameOf(Symbol symbol);

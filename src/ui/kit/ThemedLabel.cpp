@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace orbitledge::ui {
 
@@ -68,14 +69,14 @@ int ceiled(qreal measure)
 
 } // namespace
 
-ThemedLabel::ThemedLabel(const QString &text, QWidget *parent)
-    : ThemedLabel(text, Look(), parent)
+ThemedLabel::ThemedLabel(QString text, QWidget *parent)
+    : ThemedLabel(std::move(text), Look(), parent)
 {
 }
 
-ThemedLabel::ThemedLabel(const QString &text, Look look, QWidget *parent)
+ThemedLabel::ThemedLabel(QString text, Look look, QWidget *parent)
     : QWidget(parent)
-    , text_(text)
+    , text_(std::move(text))
 {
     installInterface();
     setLook(look);

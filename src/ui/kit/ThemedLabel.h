@@ -36,8 +36,8 @@ public:
         Qt::Alignment alignment = Qt::AlignLeading | Qt::AlignVCenter;
     };
 
-    explicit ThemedLabel(const QString &text = QString(), QWidget *parent = nullptr);
-    ThemedLabel(const QString &text, Look look, QWidget *parent = nullptr);
+    explicit ThemedLabel(QString text = QString(), QWidget *parent = nullptr);
+    ThemedLabel(QString text, Look look, QWidget *parent = nullptr);
 
     QString text() const { return text_; }
     void setText(const QString &text);

@@ -1,5 +1,6 @@
 #include "ui/kit/Typography.h"
 
+#include <QToolTip>
 #include <QWidget>
 
 #include <algorithm>
@@ -26,6 +27,7 @@ void applyTextScale(QWidget &window, qreal scale)
     QFont font;
     setSizeInPixels(font, baseTextSize * std::clamp(scale, 1.0, 2.0), window);
     window.setFont(font);
+    QToolTip::setFont(window.font());
 }
 
 qreal textScaleOf(const QWidget &widget)

@@ -10,7 +10,8 @@ namespace orbitledge::ui {
 inline constexpr qreal baseTextSize = 13;
 
 /// Sets the text scale of a window, from 1 to 2; what is beyond is brought into that range. It is kept as the
-/// size of the window's font, so that its components are told by the toolkit when it changes.
+/// size of the window's font, so that its components are told by the toolkit when it changes. Tooltips, which
+/// belong to no window, follow the one that was changed last.
 void applyTextScale(QWidget &window, qreal scale);
 
 /// The text scale of the window that a widget is in.

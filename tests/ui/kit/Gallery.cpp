@@ -26,10 +26,14 @@
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QScrollBar>
+#include <QSpinBox>
 #include <QTextStream>
+#include <QToolTip>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <memory>
@@ -155,6 +159,17 @@ const std::vector<Maker> &controls()
             return box;
         },
         [](QWidget *parent) { return new QCheckBox(u"Start at login"_s, parent); },
+        [](QWidget *parent) {
+            auto *const button = new QRadioButton(u"Dark"_s, parent);
+            button->setChecked(true);
+            return button;
+        },
+        [](QWidget *parent) { return new QRadioButton(u"Light"_s, parent); },
+        [](QWidget *parent) {
+            auto *const box = new QSpinBox(parent);
+            box->setSuffix(u" days"_s);
+            return box;
+        },
         [](QWidget *parent) { return new QPushButton(u"Keep subscription"_s, parent); },
         [](QWidget *parent) { return new ProgressIndicator(parent); },
         [](QWidget *parent) {
@@ -356,6 +371,14 @@ QImage menuSample(const Manner &manner)
     return pictureOf(menu, manner.ratio);
 }
 
+QWidget &tip()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto found = std::ranges::find_if(
+        windows, [](const QWidget *window) { return window->inherits("QTipLabel") && window->isVisible(); });
+    return found == windows.end() ? *windows.front() : **found;
+}
+
 QImage dialogSample(const Manner &manner)
 {
     QWidget window;
@@ -377,9 +400,11 @@ QImage dialogSample(const Manner &manner)
     QComboBox *const months = comboBox(&window);
     months->show();
     months->showPopup();
+    QToolTip::showText(
+        QPoint(0, 0), u"Some subscriptions could not be converted to your profile currency."_s);
     QApplication::processEvents();
-    const std::vector<QImage> images{pictureOf(box, manner.ratio), pictureOf(calendar, manner.ratio),
-        pictureOf(*months->view()->window(), manner.ratio)};
+    const std::vector<QImage> images{pictureOf(tip(), manner.ratio), pictureOf(box, manner.ratio),
+        pictureOf(calendar, manner.ratio), pictureOf(*months->view()->window(), manner.ratio)};
     return stacked(images, Qt::Vertical, colorOf(Tone::MidGrey, manner.appearance));
 }
 

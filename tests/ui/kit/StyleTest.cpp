@@ -13,8 +13,9 @@
 #include <QComboBox>
 #include <QMenu>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QScrollBar>
-#include <QSignalSpy>
+#include <QSpinBox>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -151,6 +152,39 @@ private Q_SLOTS:
         QTest::keyClick(&window, Qt::Key_Tab);
         QVERIFY(button->hasFocus());
         QCOMPARE_GT(pixelsOf(pictureOf(*button), cyan), 2 * button->width());
+    }
+
+    void shouldCountUpAndDownByItsArrows_data()
+    {
+        QTest::addColumn<Qt::LayoutDirection>("direction");
+        QTest::newRow("from the left") << Qt::LeftToRight;
+        QTest::newRow("from the right") << Qt::RightToLeft;
+    }
+    void shouldCountUpAndDownByItsArrows()
+    {
+        QFETCH(Qt::LayoutDirection, direction);
+        Window window;
+        window.setLayoutDirection(direction);
+        auto *const box = new QSpinBox;
+        box->setValue(10);
+        window.showWith(box);
+        QCOMPARE(box->height(), 34);
+        const int arrows = direction == Qt::LeftToRight ? box->width() - 12 : 12;
+        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(arrows, 8));
+        QCOMPARE(box->value(), 11);
+        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(arrows, 26));
+        QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(arrows, 26));
+        QCOMPARE(box->value(), 9);
+    }
+
+    void shouldTellWhatIsChosen()
+    {
+        Window window;
+        auto *const button = new QRadioButton(u"Dark"_s);
+        window.showWith(button);
+        QCOMPARE(pixelsOf(pictureOf(*button), cyan), 0);
+        button->setChecked(true);
+        QCOMPARE_GT(pixelsOf(pictureOf(*button), cyan), 80);
     }
 
     void shouldTellWhatIsChecked()
