@@ -371,12 +371,18 @@ QImage menuSample(const Manner &manner)
     return pictureOf(menu, manner.ratio);
 }
 
-QWidget &tip()
+QImage tipSample(const Manner &manner)
 {
+    QWidget window;
+    applyAppearance(window, manner.appearance);
+    applyTextScale(window, manner.textScale);
+    window.show();
+    QToolTip::showText(
+        QPoint(0, 0), u"Some subscriptions could not be converted to your profile currency."_s, &window);
     const QWidgetList windows = QApplication::topLevelWidgets();
-    const auto found = std::ranges::find_if(
-        windows, [](const QWidget *window) { return window->inherits("QTipLabel") && window->isVisible(); });
-    return found == windows.end() ? *windows.front() : **found;
+    const auto tip = std::ranges::find_if(
+        windows, [](const QWidget *widget) { return widget->inherits("QTipLabel") && widget->isVisible(); });
+    return tip == windows.end() ? QImage() : pictureOf(**tip, manner.ratio);
 }
 
 QImage dialogSample(const Manner &manner)
@@ -403,8 +409,8 @@ QImage dialogSample(const Manner &manner)
     QToolTip::showText(
         QPoint(0, 0), u"Some subscriptions could not be converted to your profile currency."_s);
     QApplication::processEvents();
-    const std::vector<QImage> images{pictureOf(tip(), manner.ratio), pictureOf(box, manner.ratio),
-        pictureOf(calendar, manner.ratio), pictureOf(*months->view()->window(), manner.ratio)};
+    const std::vector<QImage> images{pictureOf(box, manner.ratio), pictureOf(calendar, manner.ratio),
+        pictureOf(*months->view()->window(), manner.ratio)};
     return stacked(images, Qt::Vertical, colorOf(Tone::MidGrey, manner.appearance));
 }
 
@@ -424,6 +430,7 @@ bool saveAll(const QDir &folder)
             save(specimen(manner), u"specimen-"_s + suffix);
             save(menuSample(manner), u"menu-"_s + suffix);
             save(dialogSample(manner), u"dialogs-"_s + suffix);
+            save(tipSample(manner), u"tooltip-"_s + suffix);
         }
         save(specimen({appearance, 1, 2}), u"specimen-large-text-"_s + name);
     }
