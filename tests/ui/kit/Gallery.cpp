@@ -74,6 +74,7 @@ struct Manner {
     Appearance appearance;
     qreal ratio;
     qreal textScale = 1;
+    Qt::LayoutDirection direction = Qt::LeftToRight;
 };
 
 QImage pictureOf(QWidget &window, qreal ratio)
@@ -332,6 +333,7 @@ QImage specimen(const Manner &manner)
     QWidget window;
     applyAppearance(window, manner.appearance);
     applyTextScale(window, manner.textScale);
+    window.setLayoutDirection(manner.direction);
     window.setFixedWidth(qRound(360 * manner.textScale));
     auto *const page = new QVBoxLayout(&window);
     page->setContentsMargins(16, 16, 16, 8);
@@ -433,6 +435,7 @@ bool saveAll(const QDir &folder)
             save(tipSample(manner), u"tooltip-"_s + suffix);
         }
         save(specimen({appearance, 1, 2}), u"specimen-large-text-"_s + name);
+        save(specimen({appearance, 2, 1, Qt::RightToLeft}), u"specimen-from-the-right-"_s + name);
     }
     return isSaved;
 }
