@@ -1,5 +1,6 @@
 #include "ui/kit/Style.h"
 
+#include "ui/kit/ControlPainting.h"
 #include "ui/kit/Drawing.h"
 #include "ui/kit/Palette.h"
 #include "ui/kit/Symbols.h"
@@ -36,127 +37,34 @@ constexpr qreal ringRoom = 4;
 /// As long as a change of screens takes.
 constexpr int animationDuration = 180;
 
-Appearance appearanceOf(const QStyleOption &option)
+QRect scrollBarRect(const QStyleOptionSlider &bar, QStyle::SubControl part)
 {
-    return ui::appearanceOf(option.palette);
-}
-
-qreal atScale(const QWidget *widget, qreal measure)
-{
-    return widget ? scaled(*widget, measure) : measure;
-}
-
-bool hasFocus(const QStyleOption &option)
-{
-    return option.state.testFlag(QStyle::State_HasFocus);
-}
-
-/// Who presses with the pointer knows where they are.
-bool wasReachedByKeyboard(const QStyleOption &option)
-{
-    return hasFocus(option) && option.state.testFlag(QStyle::State_KeyboardFocusChange);
-}
-
-/// The ground and the line of what one writes in or chooses from.
-void paintField(QPainter &painter, const QStyleOption &option, const QWidget *widget, bool showsFocus)
-{
-    const Appearance appearance = appearanceOf(option);
-    const QRectF frame = option.rect;
-    const qreal radius = atScale(widget, controlRadius);
-    fillRounded(painter, frame, radius, option.palette.color(QPalette::Base));
-    if (showsFocus) {
-        paintFrame(painter, frame, radius, colorOf(Tone::Cyan, appearance), focusRingWidth);
-        return;
+    const bool isFlat = bar.orientation == Qt::Horizontal;
+    const int length = isFlat ? bar.rect.width() : bar.rect.height();
+    const qint64 range = qint64{bar.maximum} - bar.minimum;
+    const qint64 share
+        = range + bar.pageStep > 0 ? qint64{length} * bar.pageStep / (range + bar.pageStep) : length;
+    const int thumb = std::clamp(static_cast<int>(share), std::min(shortestThumb, length), length);
+    const int start = QStyle::sliderPositionFromValue(
+        bar.minimum, bar.maximum, bar.sliderPosition, length - thumb, bar.upsideDown);
+    const auto stretch = [&](int from, int to) {
+        const QRect rect = isFlat
+            ? QRect(bar.rect.left() + from, bar.rect.top(), to - from, bar.rect.height())
+            : QRect(bar.rect.left(), bar.rect.top() + from, bar.rect.width(), to - from);
+        return QStyle::visualRect(bar.direction, bar.rect, rect);
+    };
+    switch (part) {
+    case QStyle::SC_ScrollBarGroove:
+        return bar.rect;
+    case QStyle::SC_ScrollBarSlider:
+        return stretch(start, start + thumb);
+    case QStyle::SC_ScrollBarSubPage:
+        return stretch(0, start);
+    case QStyle::SC_ScrollBarAddPage:
+        return stretch(start + thumb, length);
+    default:
+        return {};
     }
-    if (option.state.testFlag(QStyle::State_MouseOver) && option.state.testFlag(QStyle::State_Enabled))
-        paintFrame(painter, frame, radius, colorOf(Tone::Stroke, appearance), 1);
-    paintFrame(painter, frame, radius, colorOf(Tone::Stroke, appearance), 1);
-}
-
-void paintPushButton(QPainter &painter, const QStyleOption &option, const QWidget *widget)
-{
-    const Appearance appearance = appearanceOf(option);
-    const QRectF frame = option.rect;
-    const qreal radius = atScale(widget, controlRadius);
-    fillRounded(painter, frame, radius, option.palette.color(QPalette::Button));
-    const bool isDown
-        = option.state.testFlag(QStyle::State_Sunken) || option.state.testFlag(QStyle::State_On);
-    if (isDown)
-        fillRounded(painter, frame, radius, colorOf(Tone::Fill, appearance));
-    else if (option.state.testFlag(QStyle::State_MouseOver) && option.state.testFlag(QStyle::State_Enabled))
-        fillRounded(painter, frame, radius, colorOf(Tone::Veil, appearance));
-    const auto *const button = qstyleoption_cast<const QStyleOptionButton *>(&option);
-    const bool isDefault = button && button->features.testFlag(QStyleOptionButton::DefaultButton);
-    if (wasReachedByKeyboard(option))
-        paintFrame(painter, frame, radius, colorOf(Tone::Cyan, appearance), focusRingWidth);
-    else
-        paintFrame(painter, frame, radius, colorOf(isDefault ? Tone::Cyan : Tone::Stroke, appearance), 1);
-}
-
-void paintCheckBox(QPainter &painter, const QStyleOption &option)
-{
-    const Appearance appearance = appearanceOf(option);
-    const QRectF frame = option.rect;
-    constexpr qreal radius = 4;
-    const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
-    const bool isPartly = option.state.testFlag(QStyle::State_NoChange);
-    if (!isPartly && !option.state.testFlag(QStyle::State_On)) {
-        fillRounded(painter, frame, radius, option.palette.color(QPalette::Base));
-        paintFrame(painter, frame, radius, colorOf(isEnabled ? Tone::Grey : Tone::Stroke, appearance), 1);
-        return;
-    }
-    fillRounded(painter, frame, radius, colorOf(isEnabled ? Tone::Cyan : Tone::Grey, appearance));
-    const QColor ink = colorOf(Tone::OnCyan, appearance);
-    if (isPartly)
-        painter.fillRect(QRectF(frame.left() + 4, frame.center().y() - 1, frame.width() - 8, 2), ink);
-    else
-        paintSymbol(painter, Symbol::Check, frame.adjusted(1, 1, -1, -1), ink);
-}
-
-void paintRadioButton(QPainter &painter, const QStyleOption &option)
-{
-    const Appearance appearance = appearanceOf(option);
-    const QRectF frame = option.rect;
-    const qreal radius = frame.width() / 2;
-    const bool isEnabled = option.state.testFlag(QStyle::State_Enabled);
-    if (!option.state.testFlag(QStyle::State_On)) {
-        fillRounded(painter, frame, radius, option.palette.color(QPalette::Base));
-        paintFrame(painter, frame, radius, colorOf(isEnabled ? Tone::Grey : Tone::Stroke, appearance), 1);
-        return;
-    }
-    const qreal inset = frame.width() * 5 / 16;
-    fillRounded(painter, frame, radius, colorOf(isEnabled ? Tone::Cyan : Tone::Grey, appearance));
-    fillRounded(painter, frame.adjusted(inset, inset, -inset, -inset), radius - inset,
-        colorOf(Tone::OnCyan, appearance));
-}
-
-/// One of a spin box's two arrows.
-void paintStep(QPainter &painter, const QStyleOptionSpinBox &option, const QWidget *widget,
-    const QRect &place, QStyle::SubControl part)
-{
-    const bool isUp = part == QStyle::SC_SpinBoxUp;
-    const auto needed = isUp ? QAbstractSpinBox::StepUpEnabled : QAbstractSpinBox::StepDownEnabled;
-    const bool isEnabled
-        = option.state.testFlag(QStyle::State_Enabled) && option.stepEnabled.testFlag(needed);
-    const bool isPressed
-        = isEnabled && option.activeSubControls == part && option.state.testFlag(QStyle::State_Sunken);
-    const Tone tone = !isEnabled ? Tone::MidGrey : isPressed ? Tone::Cyan : Tone::Slate;
-    QRectF symbol(0, 0, atScale(widget, 12), atScale(widget, 12));
-    symbol.moveCenter(QRectF(place).center());
-    paintSymbol(
-        painter, isUp ? Symbol::ChevronUp : Symbol::ChevronDown, symbol, colorOf(tone, appearanceOf(option)));
-}
-
-void paintScrollBar(QPainter &painter, const QStyleOptionSlider &option, const QRect &thumb)
-{
-    if (option.minimum == option.maximum)
-        return;
-    const bool isHeld = option.state.testFlag(QStyle::State_Sunken);
-    const bool isNear = option.state.testFlag(QStyle::State_MouseOver);
-    QColor color = colorOf(Tone::MidGrey, appearanceOf(option));
-    color.setAlphaF(isHeld || isNear ? 1.0F : 0.6F);
-    const QRectF inner = QRectF(thumb).adjusted(2, 2, -2, -2);
-    fillRounded(painter, inner, std::min(inner.width(), inner.height()) / 2, color);
 }
 
 bool asksForField(const QWidget *widget)
@@ -294,32 +202,7 @@ QRect Style::subControlRect(
     const auto *const bar = qstyleoption_cast<const QStyleOptionSlider *>(option);
     if (control != CC_ScrollBar || !bar)
         return QProxyStyle::subControlRect(control, option, part, widget);
-    const bool isFlat = bar->orientation == Qt::Horizontal;
-    const int length = isFlat ? bar->rect.width() : bar->rect.height();
-    const qint64 range = qint64{bar->maximum} - bar->minimum;
-    const qint64 share
-        = range + bar->pageStep > 0 ? qint64{length} * bar->pageStep / (range + bar->pageStep) : length;
-    const int thumb = std::clamp(static_cast<int>(share), std::min(shortestThumb, length), length);
-    const int start = sliderPositionFromValue(
-        bar->minimum, bar->maximum, bar->sliderPosition, length - thumb, bar->upsideDown);
-    const auto stretch = [&](int from, int to) {
-        const QRect rect = isFlat
-            ? QRect(bar->rect.left() + from, bar->rect.top(), to - from, bar->rect.height())
-            : QRect(bar->rect.left(), bar->rect.top() + from, bar->rect.width(), to - from);
-        return visualRect(bar->direction, bar->rect, rect);
-    };
-    switch (part) {
-    case SC_ScrollBarGroove:
-        return bar->rect;
-    case SC_ScrollBarSlider:
-        return stretch(start, start + thumb);
-    case SC_ScrollBarSubPage:
-        return stretch(0, start);
-    case SC_ScrollBarAddPage:
-        return stretch(start + thumb, length);
-    default:
-        return {};
-    }
+    return scrollBarRect(*bar, part);
 }
 
 void Style::drawPrimitive(
