@@ -20,13 +20,13 @@ ButtonBase::ButtonBase(QWidget *parent)
 
 bool ButtonBase::showsFocusRing() const
 {
-    return hasFocus() && wasReachedByKeyboard_;
+    return hasFocus() && m_wasReachedByKeyboard;
 }
 
 void ButtonBase::paintFocusRing(QPainter &painter, qreal radius) const
 {
     if (showsFocusRing())
-        paintFrame(painter, rect(), radius, colorOf(Tone::Cyan, appearanceOf(palette())), focusRingWidth);
+        paintFrame(painter, rect(), radius, colorOf(Tone::Cyan, colorSchemeOf(palette())), focusRingWidth);
 }
 
 void ButtonBase::changeEvent(QEvent *event)
@@ -43,10 +43,10 @@ void ButtonBase::focusInEvent(QFocusEvent *event)
     case Qt::TabFocusReason:
     case Qt::BacktabFocusReason:
     case Qt::ShortcutFocusReason:
-        wasReachedByKeyboard_ = true;
+        m_wasReachedByKeyboard = true;
         break;
     case Qt::MouseFocusReason:
-        wasReachedByKeyboard_ = false;
+        m_wasReachedByKeyboard = false;
         break;
     case Qt::ActiveWindowFocusReason:
     case Qt::PopupFocusReason:
@@ -54,7 +54,7 @@ void ButtonBase::focusInEvent(QFocusEvent *event)
         // It comes back, as it was.
         break;
     default:
-        wasReachedByKeyboard_ = window()->testAttribute(Qt::WA_KeyboardFocusChange);
+        m_wasReachedByKeyboard = window()->testAttribute(Qt::WA_KeyboardFocusChange);
         break;
     }
     QAbstractButton::focusInEvent(event);

@@ -27,7 +27,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    bool wasReachedByKeyboard_ = false;
+    bool m_wasReachedByKeyboard = false;
 };
 
 } // namespace orbitledge::ui

@@ -18,7 +18,7 @@ constexpr qreal disabledOpacity = 0.4;
 CompactIconButton::CompactIconButton(
     Symbol symbol, const QString &accessibleName, const QString &toolTip, QWidget *parent)
     : ButtonBase(parent)
-    , symbol_(symbol)
+    , m_symbol(symbol)
 {
     setAccessibleName(accessibleName);
     setToolTip(toolTip);
@@ -26,13 +26,13 @@ CompactIconButton::CompactIconButton(
 
 void CompactIconButton::setSymbol(Symbol symbol)
 {
-    symbol_ = symbol;
+    m_symbol = symbol;
     update();
 }
 
 void CompactIconButton::setTone(Tone tone)
 {
-    tone_ = tone;
+    m_tone = tone;
     update();
 }
 
@@ -43,17 +43,17 @@ QSize CompactIconButton::sizeHint() const
 
 void CompactIconButton::paintEvent(QPaintEvent * /*event*/)
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     const qreal radius = scaled(*this, smallControlRadius);
     QPainter painter(this);
     if (isHovered() || isDown())
-        fillRounded(painter, rect(), radius, colorOf(Tone::Fill, appearance));
+        fillRounded(painter, rect(), radius, colorOf(Tone::Fill, colorScheme));
     if (isDown())
-        fillRounded(painter, rect(), radius, colorOf(Tone::Fill, appearance));
+        fillRounded(painter, rect(), radius, colorOf(Tone::Fill, colorScheme));
     const qreal inset = (width() - scaled(*this, symbolSide)) / 2.0;
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
-    paintSymbol(
-        painter, symbol_, QRectF(rect()).adjusted(inset, inset, -inset, -inset), colorOf(tone_, appearance));
+    paintSymbol(painter, m_symbol, QRectF(rect()).adjusted(inset, inset, -inset, -inset),
+        colorOf(m_tone, colorScheme));
     painter.setOpacity(1);
     paintFocusRing(painter, radius);
 }

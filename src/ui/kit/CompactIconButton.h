@@ -23,8 +23,8 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    Symbol symbol_;
-    Tone tone_ = Tone::Ink;
+    Symbol m_symbol;
+    Tone m_tone = Tone::Ink;
 };
 
 } // namespace orbitledge::ui

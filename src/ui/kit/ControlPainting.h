@@ -15,7 +15,7 @@ namespace orbitledge::ui {
 // How the style draws the toolkit's own controls, from what it is told of them. A widget is told where there
 // is one; it knows the text scale.
 
-Appearance appearanceOf(const QStyleOption &option);
+ColorScheme colorSchemeOf(const QStyleOption &option);
 qreal atScale(const QWidget *widget, qreal measure);
 
 bool hasFocus(const QStyleOption &option);

@@ -37,9 +37,9 @@ DateField::DateField(QDate date, QWidget *parent)
 void DateField::dressCalendar()
 {
     QCalendarWidget &calendar = *calendarWidget();
-    const Appearance appearance = appearanceOf(palette());
-    const QColor ink = colorOf(Tone::Ink, appearance);
-    const QColor slate = colorOf(Tone::Slate, appearance);
+    const ColorScheme colorScheme = colorSchemeOf(palette());
+    const QColor ink = colorOf(Tone::Ink, colorScheme);
+    const QColor slate = colorOf(Tone::Slate, colorScheme);
     QTextCharFormat heading;
     heading.setForeground(slate);
     heading.setBackground(palette().color(QPalette::Base));

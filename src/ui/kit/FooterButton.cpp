@@ -33,7 +33,7 @@ FooterButton::FooterButton(const QString &text, QWidget *parent)
 
 FooterButton::FooterButton(Symbol symbol, const QString &text, QWidget *parent)
     : ButtonBase(parent)
-    , symbol_(symbol)
+    , m_symbol(symbol)
 {
     setText(text);
 }
@@ -45,14 +45,14 @@ QFont FooterButton::labelFont() const
 
 int FooterButton::symbolSide() const
 {
-    if (!symbol_)
+    if (!m_symbol)
         return 0;
     return scaled(*this, text().isEmpty() ? symbolAlone : symbolBesideText);
 }
 
 int FooterButton::gap() const
 {
-    return symbol_ && !text().isEmpty() ? scaled(*this, symbolGap) : 0;
+    return m_symbol && !text().isEmpty() ? scaled(*this, symbolGap) : 0;
 }
 
 QSize FooterButton::sizeHint() const
@@ -63,18 +63,18 @@ QSize FooterButton::sizeHint() const
 
 void FooterButton::paintEvent(QPaintEvent * /*event*/)
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     const qreal radius = scaled(*this, smallControlRadius);
     const int inset = scaled(*this, sideInset);
-    const QColor ink = colorOf(Tone::Ink, appearance);
+    const QColor ink = colorOf(Tone::Ink, colorScheme);
     QPainter painter(this);
     if (isHovered())
-        fillRounded(painter, rect(), radius, colorOf(Tone::Veil, appearance));
+        fillRounded(painter, rect(), radius, colorOf(Tone::Veil, colorScheme));
     painter.setOpacity(!isEnabled() ? disabledOpacity : isDown() ? pressedOpacity : 1);
     const QRect content = rect().adjusted(inset, 0, -inset, 0);
-    if (symbol_) {
+    if (m_symbol) {
         const QRect place(content.left(), content.top(), symbolSide(), content.height());
-        paintSymbol(painter, *symbol_, QStyle::visualRect(layoutDirection(), rect(), place), ink);
+        paintSymbol(painter, *m_symbol, QStyle::visualRect(layoutDirection(), rect(), place), ink);
     }
     painter.setFont(labelFont());
     painter.setPen(ink);

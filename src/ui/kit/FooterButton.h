@@ -25,7 +25,7 @@ private:
     int symbolSide() const;
     int gap() const;
 
-    std::optional<Symbol> symbol_;
+    std::optional<Symbol> m_symbol;
 };
 
 } // namespace orbitledge::ui

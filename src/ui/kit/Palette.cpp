@@ -91,16 +91,16 @@ std::optional<QColor> parsedHex(QStringView text)
 
 /// The colours that the toolkit's controls are made of, all opaque.
 struct Ground {
-    explicit Ground(Appearance appearance)
-        : paper(colorOf(Tone::Paper, appearance))
-        , surface(over(colorOf(Tone::Surface, appearance), paper))
-        , ink(colorOf(Tone::Ink, appearance))
-        , slate(colorOf(Tone::Slate, appearance))
-        , grey(colorOf(Tone::Grey, appearance))
-        , cyan(colorOf(Tone::Cyan, appearance))
-        , onCyan(colorOf(Tone::OnCyan, appearance))
-        , stroke(over(colorOf(Tone::Stroke, appearance), paper))
-        , filled(over(colorOf(Tone::Fill, appearance), paper))
+    explicit Ground(ColorScheme colorScheme)
+        : paper(colorOf(Tone::Paper, colorScheme))
+        , surface(over(colorOf(Tone::Surface, colorScheme), paper))
+        , ink(colorOf(Tone::Ink, colorScheme))
+        , slate(colorOf(Tone::Slate, colorScheme))
+        , grey(colorOf(Tone::Grey, colorScheme))
+        , cyan(colorOf(Tone::Cyan, colorScheme))
+        , onCyan(colorOf(Tone::OnCyan, colorScheme))
+        , stroke(over(colorOf(Tone::Stroke, colorScheme), paper))
+        , filled(over(colorOf(Tone::Fill, colorScheme), paper))
     {
     }
 
@@ -117,10 +117,10 @@ struct Ground {
 
 } // namespace
 
-QColor colorOf(Tone tone, Appearance appearance)
+QColor colorOf(Tone tone, ColorScheme colorScheme)
 {
     const Pair pair = pairOf(tone);
-    const bool isLight = appearance == Appearance::Light;
+    const bool isLight = colorScheme == ColorScheme::Light;
     QColor color = QColor::fromRgb(isLight ? pair.light : pair.dark);
     color.setAlphaF(static_cast<float>(isLight ? pair.lightOpacity : pair.darkOpacity));
     return color;
@@ -136,12 +136,12 @@ QColor over(const QColor &tint, const QColor &ground)
     return QColor::fromRgb(result.rgb());
 }
 
-QColor colorOfText(QStringView hex, Appearance appearance)
+QColor colorOfText(QStringView hex, ColorScheme colorScheme)
 {
     const std::optional<QColor> parsed = parsedHex(hex);
     if (!parsed)
-        return colorOf(Tone::Cyan, appearance);
-    if (appearance == Appearance::Dark)
+        return colorOf(Tone::Cyan, colorScheme);
+    if (colorScheme == ColorScheme::Dark)
         return *parsed;
     const auto isThisTint
         = [hex](const BrandColor &color) { return hex.compare(color.dark, Qt::CaseInsensitive) == 0; };
@@ -149,24 +149,24 @@ QColor colorOfText(QStringView hex, Appearance appearance)
     return tint == brandPalette.end() ? *parsed : parsedHex(QString(tint->light)).value_or(*parsed);
 }
 
-Appearance appearanceOf(const QPalette &palette)
+ColorScheme colorSchemeOf(const QPalette &palette)
 {
-    return palette.color(QPalette::Window).lightnessF() < 0.5F ? Appearance::Dark : Appearance::Light;
+    return palette.color(QPalette::Window).lightnessF() < 0.5F ? ColorScheme::Dark : ColorScheme::Light;
 }
 
-QPalette paletteFor(Appearance appearance)
+QPalette paletteFor(ColorScheme colorScheme)
 {
-    const Ground ground(appearance);
+    const Ground ground(colorScheme);
     QPalette palette;
     palette.setColor(QPalette::Window, ground.paper);
     palette.setColor(QPalette::WindowText, ground.ink);
     palette.setColor(QPalette::Base, ground.surface);
-    palette.setColor(QPalette::AlternateBase, over(colorOf(Tone::Veil, appearance), ground.surface));
+    palette.setColor(QPalette::AlternateBase, over(colorOf(Tone::Veil, colorScheme), ground.surface));
     palette.setColor(QPalette::Text, ground.ink);
     palette.setColor(QPalette::PlaceholderText, ground.slate);
     palette.setColor(QPalette::Button, ground.surface);
     palette.setColor(QPalette::ButtonText, ground.ink);
-    palette.setColor(QPalette::BrightText, colorOf(Tone::BlackAndWhite, appearance));
+    palette.setColor(QPalette::BrightText, colorOf(Tone::BlackAndWhite, colorScheme));
     palette.setColor(QPalette::Highlight, ground.cyan);
     palette.setColor(QPalette::HighlightedText, ground.onCyan);
     palette.setColor(QPalette::Link, ground.cyan);
@@ -188,9 +188,9 @@ QPalette paletteFor(Appearance appearance)
     return palette;
 }
 
-void applyAppearance(QWidget &window, Appearance appearance)
+void applyColorScheme(QWidget &window, ColorScheme colorScheme)
 {
-    const QPalette palette = paletteFor(appearance);
+    const QPalette palette = paletteFor(colorScheme);
     window.setPalette(palette);
     QToolTip::setPalette(palette);
 }

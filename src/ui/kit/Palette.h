@@ -8,7 +8,7 @@ class QWidget;
 
 namespace orbitledge::ui {
 
-enum class Appearance { Light, Dark };
+enum class ColorScheme { Light, Dark };
 
 /// The colours there are. What text stands on is chosen so that it has a contrast of 4.5 to 1 at least:
 /// Ink, Slate, BlackAndWhite, InkAndWhite, Cyan and Alert on Paper and Surface, OnCyan on Cyan. The other
@@ -38,7 +38,7 @@ enum class Tone {
 };
 
 /// Tints keep their opacity; `over` lays them on something.
-QColor colorOf(Tone tone, Appearance appearance);
+QColor colorOf(Tone tone, ColorScheme colorScheme);
 
 /// The colour that results where `tint` lies on `ground`, which is opaque.
 QColor over(const QColor &tint, const QColor &ground);
@@ -49,16 +49,16 @@ inline constexpr QRgb badgeRed = 0xFFDC2626;
 /// The colour of a text such as "#B7FF4A": six hexadecimal digits, with anything around them that is neither
 /// letter nor digit. One of the brand's tints has a darker partner in light surroundings; any other colour is
 /// the same everywhere; what is no colour is cyan.
-QColor colorOfText(QStringView hex, Appearance appearance);
+QColor colorOfText(QStringView hex, ColorScheme colorScheme);
 
-/// Which appearance a palette belongs to, by how light its windows are.
-Appearance appearanceOf(const QPalette &palette);
+/// Which color scheme a palette belongs to, by how light its windows are.
+ColorScheme colorSchemeOf(const QPalette &palette);
 
 /// Every role, so that the toolkit's own controls belong to the family.
-QPalette paletteFor(Appearance appearance);
+QPalette paletteFor(ColorScheme colorScheme);
 
-/// Gives a window and what is in it an appearance: the palette is inherited, and each component repaints when
-/// it changes. Tooltips, which belong to no window, follow the one that was changed last.
-void applyAppearance(QWidget &window, Appearance appearance);
+/// Gives a window and what is in it a color scheme: the palette is inherited, and each component repaints
+/// when it changes. Tooltips, which belong to no window, follow the one that was changed last.
+void applyColorScheme(QWidget &window, ColorScheme colorScheme);
 
 } // namespace orbitledge::ui

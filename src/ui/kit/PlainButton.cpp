@@ -33,21 +33,21 @@ PlainButton::PlainButton(const QString &text, QWidget *parent)
 
 PlainButton::PlainButton(const QString &text, Look look, QWidget *parent)
     : ButtonBase(parent)
-    , look_(look)
+    , m_look(look)
 {
     setText(text);
 }
 
 QFont PlainButton::labelFont() const
 {
-    QFont font = fontOf(*this, look_.designSize, look_.weight);
+    QFont font = fontOf(*this, m_look.designSize, m_look.weight);
     font.setUnderline(isHovered());
     return font;
 }
 
 QSize PlainButton::sizeHint() const
 {
-    const QFontMetricsF metrics(fontOf(*this, look_.designSize, look_.weight));
+    const QFontMetricsF metrics(fontOf(*this, m_look.designSize, m_look.weight));
     return {static_cast<int>(std::ceil(metrics.horizontalAdvance(text()))) + 2 * scaled(*this, sideInset),
         static_cast<int>(std::ceil(metrics.height())) + 2 * scaled(*this, verticalInset)};
 }
@@ -57,7 +57,7 @@ void PlainButton::paintEvent(QPaintEvent * /*event*/)
     QPainter painter(this);
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     painter.setFont(labelFont());
-    painter.setPen(colorOf(isDown() ? pressedTone(look_.tone) : look_.tone, appearanceOf(palette())));
+    painter.setPen(colorOf(isDown() ? pressedTone(m_look.tone) : m_look.tone, colorSchemeOf(palette())));
     painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
     painter.setOpacity(1);
     paintFocusRing(painter, scaled(*this, radius));

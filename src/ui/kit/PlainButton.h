@@ -27,7 +27,7 @@ protected:
 private:
     QFont labelFont() const;
 
-    Look look_;
+    Look m_look;
 };
 
 } // namespace orbitledge::ui

@@ -23,39 +23,39 @@ constexpr qreal indicatorGap = 8;
 constexpr qreal ringGap = 3;
 
 // Dimmed further in the light, the label would lose its contrast.
-qreal pressedOpacity(Appearance appearance)
+qreal pressedOpacity(ColorScheme colorScheme)
 {
-    return appearance == Appearance::Light ? 0.9 : 0.8;
+    return colorScheme == ColorScheme::Light ? 0.9 : 0.8;
 }
 
 } // namespace
 
 PrimaryButton::PrimaryButton(const QString &text, QWidget *parent)
     : ButtonBase(parent)
-    , idleText_(text)
-    , indicator_(new ProgressIndicator(this))
+    , m_idleText(text)
+    , m_indicator(new ProgressIndicator(this))
 {
     setText(text);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    indicator_->setTone(Tone::OnCyan);
-    indicator_->hide();
+    m_indicator->setTone(Tone::OnCyan);
+    m_indicator->hide();
 }
 
 void PrimaryButton::setBusy(const QString &busyText)
 {
-    isBusy_ = true;
+    m_isBusy = true;
     setDown(false);
     setText(busyText);
     placeIndicator();
-    indicator_->show();
+    m_indicator->show();
     updateGeometry();
 }
 
 void PrimaryButton::setIdle()
 {
-    isBusy_ = false;
-    setText(idleText_);
-    indicator_->hide();
+    m_isBusy = false;
+    setText(m_idleText);
+    m_indicator->hide();
     updateGeometry();
 }
 
@@ -68,8 +68,8 @@ QFont PrimaryButton::labelFont() const
 QSize PrimaryButton::sizeHint() const
 {
     const QFontMetricsF metrics(labelFont());
-    qreal width = metrics.horizontalAdvance(idleText_);
-    if (isBusy_)
+    qreal width = metrics.horizontalAdvance(m_idleText);
+    if (m_isBusy)
         width = std::max(
             width, metrics.horizontalAdvance(text()) + scaled(*this, indicatorSide + indicatorGap));
     return {static_cast<int>(std::ceil(width)) + 2 * scaled(*this, sideInset), scaled(*this, controlHeight)};
@@ -78,7 +78,7 @@ QSize PrimaryButton::sizeHint() const
 QRectF PrimaryButton::labelRect() const
 {
     const QFontMetricsF metrics(labelFont());
-    const qreal indicator = isBusy_ ? scaled(*this, indicatorSide + indicatorGap) : 0;
+    const qreal indicator = m_isBusy ? scaled(*this, indicatorSide + indicatorGap) : 0;
     const qreal width = std::min(metrics.horizontalAdvance(text()) + 1, this->width() - indicator);
     const QRectF both((this->width() - width - indicator) / 2, 0, width + indicator, height());
     return layoutDirection() == Qt::RightToLeft ? both.adjusted(0, 0, -indicator, 0)
@@ -91,22 +91,22 @@ void PrimaryButton::placeIndicator()
     const int gap = scaled(*this, indicatorGap);
     const QRect label = labelRect().toRect();
     const int left = layoutDirection() == Qt::RightToLeft ? label.right() + gap : label.left() - gap - side;
-    indicator_->setGeometry(left, (height() - side) / 2, side, side);
+    m_indicator->setGeometry(left, (height() - side) / 2, side, side);
 }
 
 void PrimaryButton::paintEvent(QPaintEvent * /*event*/)
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     const qreal radius = scaled(*this, controlRadius);
     const QRectF frame = rect();
     QPainter painter(this);
-    QColor ground = colorOf(isEnabled() ? Tone::Cyan : Tone::Fill, appearance);
+    QColor ground = colorOf(isEnabled() ? Tone::Cyan : Tone::Fill, colorScheme);
     if (isDown())
-        ground.setAlphaF(static_cast<float>(pressedOpacity(appearance)));
+        ground.setAlphaF(static_cast<float>(pressedOpacity(colorScheme)));
     fillRounded(painter, frame, radius, ground);
-    if (isHovered() && !isDown() && !isBusy_)
-        fillRounded(painter, frame, radius, colorOf(Tone::Stroke, appearance));
-    const QColor ink = colorOf(isEnabled() ? Tone::OnCyan : Tone::Grey, appearance);
+    if (isHovered() && !isDown() && !m_isBusy)
+        fillRounded(painter, frame, radius, colorOf(Tone::Stroke, colorScheme));
+    const QColor ink = colorOf(isEnabled() ? Tone::OnCyan : Tone::Grey, colorScheme);
     painter.setFont(labelFont());
     painter.setPen(ink);
     painter.drawText(labelRect(), Qt::AlignCenter | Qt::TextSingleLine, text());
@@ -125,13 +125,13 @@ void PrimaryButton::resizeEvent(QResizeEvent *event)
 void PrimaryButton::changeEvent(QEvent *event)
 {
     ButtonBase::changeEvent(event);
-    indicator_->setTone(isEnabled() ? Tone::OnCyan : Tone::Grey);
+    m_indicator->setTone(isEnabled() ? Tone::OnCyan : Tone::Grey);
     placeIndicator();
 }
 
 void PrimaryButton::mousePressEvent(QMouseEvent *event)
 {
-    if (isBusy_)
+    if (m_isBusy)
         event->accept();
     else
         ButtonBase::mousePressEvent(event);
@@ -141,7 +141,7 @@ void PrimaryButton::keyPressEvent(QKeyEvent *event)
 {
     const bool leads
         = event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab || event->key() == Qt::Key_Escape;
-    if (isBusy_ && !leads)
+    if (m_isBusy && !leads)
         event->accept();
     else
         ButtonBase::keyPressEvent(event);

@@ -17,7 +17,7 @@ public:
     /// keys.
     void setBusy(const QString &busyText);
     void setIdle();
-    bool isBusy() const { return isBusy_; }
+    bool isBusy() const { return m_isBusy; }
 
     QSize sizeHint() const override;
 
@@ -33,9 +33,9 @@ private:
     QRectF labelRect() const;
     void placeIndicator();
 
-    QString idleText_;
-    bool isBusy_ = false;
-    ProgressIndicator *indicator_;
+    QString m_idleText;
+    bool m_isBusy = false;
+    ProgressIndicator *m_indicator;
 };
 
 } // namespace orbitledge::ui

@@ -33,7 +33,7 @@ ProgressIndicator::ProgressIndicator(QWidget *parent)
 
 void ProgressIndicator::setTone(Tone tone)
 {
-    tone_ = tone;
+    m_tone = tone;
     update();
 }
 
@@ -47,12 +47,12 @@ void ProgressIndicator::turnOrRest()
 {
     const bool turns
         = isVisible() && style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
-    if (turns && !timer_.isActive()) {
-        sinceStart_.start();
-        timer_.start(frameInterval, this);
+    if (turns && !m_timer.isActive()) {
+        m_sinceStart.start();
+        m_timer.start(frameInterval, this);
     } else if (!turns) {
-        timer_.stop();
-        sinceStart_.invalidate();
+        m_timer.stop();
+        m_sinceStart.invalidate();
     }
     update();
 }
@@ -63,10 +63,10 @@ void ProgressIndicator::paintEvent(QPaintEvent * /*event*/)
     const qreal weight = side / 8;
     QRectF circle(0, 0, side - weight - 1, side - weight - 1);
     circle.moveCenter(QRectF(rect()).center());
-    const QColor color = colorOf(tone_, appearanceOf(palette()));
+    const QColor color = colorOf(m_tone, colorSchemeOf(palette()));
     QColor track = color;
     track.setAlphaF(color.alphaF() * 0.25F);
-    const qint64 elapsed = sinceStart_.isValid() ? sinceStart_.elapsed() % turnDuration : 0;
+    const qint64 elapsed = m_sinceStart.isValid() ? m_sinceStart.elapsed() % turnDuration : 0;
     const int angle = top - static_cast<int>(elapsed * fullTurn / turnDuration);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -78,7 +78,7 @@ void ProgressIndicator::paintEvent(QPaintEvent * /*event*/)
 
 void ProgressIndicator::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() == timer_.timerId())
+    if (event->timerId() == m_timer.timerId())
         update();
     else
         QWidget::timerEvent(event);

@@ -17,7 +17,7 @@ public:
     explicit ProgressIndicator(QWidget *parent = nullptr);
 
     void setTone(Tone tone);
-    bool isTurning() const { return timer_.isActive(); }
+    bool isTurning() const { return m_timer.isActive(); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -32,9 +32,9 @@ protected:
 private:
     void turnOrRest();
 
-    Tone tone_ = Tone::Slate;
-    QBasicTimer timer_;
-    QElapsedTimer sinceStart_;
+    Tone m_tone = Tone::Slate;
+    QBasicTimer m_timer;
+    QElapsedTimer m_sinceStart;
 };
 
 } // namespace orbitledge::ui

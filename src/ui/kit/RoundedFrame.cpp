@@ -14,24 +14,24 @@ RoundedFrame::RoundedFrame(QWidget *parent)
 
 RoundedFrame::RoundedFrame(Look look, QWidget *parent)
     : QWidget(parent)
-    , look_(look)
+    , m_look(look)
 {
 }
 
 void RoundedFrame::setLook(Look look)
 {
-    look_ = look;
+    m_look = look;
     update();
 }
 
 void RoundedFrame::paintEvent(QPaintEvent * /*event*/)
 {
-    const Appearance appearance = appearanceOf(palette());
-    const qreal radius = scaled(*this, look_.radius);
+    const ColorScheme colorScheme = colorSchemeOf(palette());
+    const qreal radius = scaled(*this, m_look.radius);
     QPainter painter(this);
-    fillRounded(painter, rect(), radius, colorOf(look_.ground, appearance));
-    if (look_.line)
-        paintFrame(painter, rect(), radius, colorOf(*look_.line, appearance), 1);
+    fillRounded(painter, rect(), radius, colorOf(m_look.ground, colorScheme));
+    if (m_look.line)
+        paintFrame(painter, rect(), radius, colorOf(*m_look.line, colorScheme), 1);
 }
 
 void RoundedFrame::changeEvent(QEvent *event)

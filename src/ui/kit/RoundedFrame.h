@@ -30,7 +30,7 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    Look look_;
+    Look m_look;
 };
 
 } // namespace orbitledge::ui

@@ -76,13 +76,13 @@ bool asksForField(const QWidget *widget)
 
 Style::Style(Motion motion)
     : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion")))
-    , motion_(motion)
+    , m_motion(motion)
 {
 }
 
 void Style::setMotion(Motion motion)
 {
-    if (motion == std::exchange(motion_, motion))
+    if (motion == std::exchange(m_motion, motion))
         return;
     const QWidgetList widgets = QApplication::allWidgets();
     for (QWidget *widget : widgets) {
@@ -98,7 +98,7 @@ int Style::styleHint(
 {
     switch (hint) {
     case SH_Widget_Animation_Duration:
-        return motion_ == Motion::Reduced ? 0 : animationDuration;
+        return m_motion == Motion::Reduced ? 0 : animationDuration;
     // Lists drop down under their field rather than over it.
     case SH_ComboBox_Popup:
     case SH_EtchDisabledText:
@@ -221,7 +221,7 @@ void Style::drawPrimitive(
     case PE_FrameFocusRect:
         if (wasReachedByKeyboard(*option))
             paintFrame(*painter, QRectF(option->rect), atScale(widget, smallControlRadius),
-                colorOf(Tone::Cyan, appearanceOf(*option)), focusRingWidth);
+                colorOf(Tone::Cyan, colorSchemeOf(*option)), focusRingWidth);
         return;
     case PE_PanelButtonCommand:
         paintPushButton(*painter, *option, widget);
@@ -239,7 +239,7 @@ void Style::drawPrimitive(
         painter->fillRect(option->rect, option->palette.color(QPalette::ToolTipBase));
         [[fallthrough]];
     case PE_FrameMenu:
-        paintFrame(*painter, QRectF(option->rect), 0, colorOf(Tone::Stroke, appearanceOf(*option)), 1);
+        paintFrame(*painter, QRectF(option->rect), 0, colorOf(Tone::Stroke, colorSchemeOf(*option)), 1);
         return;
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);
@@ -256,14 +256,14 @@ void Style::drawControl(
     }
     if (item->menuItemType == QStyleOptionMenuItem::Separator && item->text.isEmpty()) {
         painter->fillRect(QRect(item->rect.left(), item->rect.center().y(), item->rect.width(), 1),
-            colorOf(Tone::Stroke, appearanceOf(*option)));
+            colorOf(Tone::Stroke, colorSchemeOf(*option)));
         return;
     }
     // A ground as quiet as that of a row, on which a symbol keeps its colour.
     if (item->state.testFlag(State_Selected) && item->state.testFlag(State_Enabled)) {
         const qreal inset = atScale(widget, 4);
         fillRounded(*painter, QRectF(item->rect).adjusted(inset, 0, -inset, 0), atScale(widget, 6),
-            colorOf(Tone::Fill, appearanceOf(*option)));
+            colorOf(Tone::Fill, colorSchemeOf(*option)));
     }
     QStyleOptionMenuItem quiet(*item);
     quiet.state.setFlag(State_Selected, false);
@@ -287,7 +287,7 @@ void Style::drawComplexControl(
             option->rect.center().y() - side / 2, side, side);
         const Tone tone = option->state.testFlag(State_Enabled) ? Tone::Slate : Tone::Grey;
         paintSymbol(*painter, Symbol::ChevronDown, visualRect(option->direction, option->rect, place),
-            colorOf(tone, appearanceOf(*option)));
+            colorOf(tone, colorSchemeOf(*option)));
         return;
     }
     if (const auto *const box = qstyleoption_cast<const QStyleOptionSpinBox *>(option);

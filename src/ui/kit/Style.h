@@ -38,7 +38,7 @@ public:
     using QProxyStyle::unpolish;
 
 private:
-    Motion motion_;
+    Motion m_motion;
 };
 
 } // namespace orbitledge::ui

@@ -100,14 +100,14 @@ QPixmap inPixels(Symbol symbol, int pixels, const QColor &color)
 class SymbolIconEngine : public QIconEngine {
 public:
     SymbolIconEngine(Symbol symbol, const QColor &color)
-        : symbol_(symbol)
-        , color_(color)
+        : m_symbol(symbol)
+        , m_color(color)
     {
     }
 
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State /*state*/) override
     {
-        paintSymbol(*painter, symbol_, rect, colorIn(mode));
+        paintSymbol(*painter, m_symbol, rect, colorIn(mode));
     }
 
     QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State /*state*/) override
@@ -116,23 +116,23 @@ public:
         QPixmap pixmap(asked);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
-        paintSymbol(painter, symbol_, QRectF(QPointF(0, 0), asked), colorIn(mode));
+        paintSymbol(painter, m_symbol, QRectF(QPointF(0, 0), asked), colorIn(mode));
         return pixmap;
     }
 
-    QIconEngine *clone() const override { return new SymbolIconEngine(symbol_, color_); }
+    QIconEngine *clone() const override { return new SymbolIconEngine(m_symbol, m_color); }
 
 private:
     QColor colorIn(QIcon::Mode mode) const
     {
-        QColor color = color_;
+        QColor color = m_color;
         if (mode == QIcon::Disabled)
             color.setAlphaF(color.alphaF() * 0.4F);
         return color;
     }
 
-    Symbol symbol_;
-    QColor color_;
+    Symbol m_symbol;
+    QColor m_color;
 };
 
 } // namespace

@@ -106,37 +106,37 @@ QList<QTextLayout::FormatRange> formatsOf(const std::vector<Piece> &pieces, cons
 } // namespace
 
 TabularText::TabularText(const QString &text, const QFont &font, Qt::LayoutDirection direction)
-    : layout_(text, font)
+    : m_layout(text, font)
 {
     std::vector<Piece> pieces = piecesOf(text);
     spreadDigits(pieces, QFontMetricsF(font));
-    layout_.setFormats(formatsOf(pieces, font));
+    m_layout.setFormats(formatsOf(pieces, font));
     QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
     option.setTextDirection(direction);
     option.setWrapMode(QTextOption::NoWrap);
-    layout_.setTextOption(option);
-    layout_.setCacheEnabled(true);
-    layout_.beginLayout();
-    QTextLine line = layout_.createLine();
+    m_layout.setTextOption(option);
+    m_layout.setCacheEnabled(true);
+    m_layout.beginLayout();
+    QTextLine line = m_layout.createLine();
     if (line.isValid()) {
         line.setLineWidth(std::numeric_limits<short>::max());
-        width_ = line.naturalTextWidth();
+        m_width = line.naturalTextWidth();
         // Lines that read from the right are laid against the right edge: it is where the text ends.
-        line.setLineWidth(width_);
+        line.setLineWidth(m_width);
     }
-    layout_.endLayout();
+    m_layout.endLayout();
 }
 
 QSizeF TabularText::size() const
 {
     const qreal height
-        = layout_.lineCount() > 0 ? layout_.lineAt(0).height() : QFontMetricsF(layout_.font()).height();
-    return {width_, height};
+        = m_layout.lineCount() > 0 ? m_layout.lineAt(0).height() : QFontMetricsF(m_layout.font()).height();
+    return {m_width, height};
 }
 
 void TabularText::draw(QPainter &painter, QPointF corner) const
 {
-    layout_.draw(&painter, corner);
+    m_layout.draw(&painter, corner);
 }
 
 } // namespace orbitledge::ui

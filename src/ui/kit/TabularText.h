@@ -25,8 +25,8 @@ public:
 
 private:
     // It lays out at once, and drawing does not change it.
-    QTextLayout layout_;
-    qreal width_ = 0;
+    QTextLayout m_layout;
+    qreal m_width = 0;
 };
 
 } // namespace orbitledge::ui

@@ -27,24 +27,24 @@ class LabelInterface : public QAccessibleWidget {
 public:
     explicit LabelInterface(ThemedLabel *label)
         : QAccessibleWidget(label, QAccessible::StaticText)
-        , label_(label)
+        , m_label(label)
     {
     }
 
     QAccessible::Role role() const override
     {
-        return label_->isHeading() ? QAccessible::Heading : QAccessible::StaticText;
+        return m_label->isHeading() ? QAccessible::Heading : QAccessible::StaticText;
     }
 
     QString text(QAccessible::Text kind) const override
     {
-        if (kind == QAccessible::Name && label_->accessibleName().isEmpty())
-            return label_->text();
+        if (kind == QAccessible::Name && m_label->accessibleName().isEmpty())
+            return m_label->text();
         return QAccessibleWidget::text(kind);
     }
 
 private:
-    ThemedLabel *label_;
+    ThemedLabel *m_label;
 };
 
 QAccessibleInterface *labelInterface(const QString & /*className*/, QObject *object)
@@ -76,7 +76,7 @@ ThemedLabel::ThemedLabel(QString text, QWidget *parent)
 
 ThemedLabel::ThemedLabel(QString text, Look look, QWidget *parent)
     : QWidget(parent)
-    , text_(std::move(text))
+    , m_text(std::move(text))
 {
     installInterface();
     setLook(look);
@@ -84,9 +84,9 @@ ThemedLabel::ThemedLabel(QString text, Look look, QWidget *parent)
 
 void ThemedLabel::setText(const QString &text)
 {
-    if (text == text_)
+    if (text == m_text)
         return;
-    text_ = text;
+    m_text = text;
     updateGeometry();
     update();
     QAccessibleEvent event(this, QAccessible::NameChanged);
@@ -95,7 +95,7 @@ void ThemedLabel::setText(const QString &text)
 
 void ThemedLabel::setLook(const Look &look)
 {
-    look_ = look;
+    m_look = look;
     QSizePolicy policy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     if (look.overflow != Overflow::Keep)
         policy.setHorizontalPolicy(QSizePolicy::Preferred);
@@ -110,51 +110,51 @@ void ThemedLabel::setLook(const Look &look)
 
 QFont ThemedLabel::textFont() const
 {
-    return fontOf(*this, look_.designSize, look_.weight, look_.tracking);
+    return fontOf(*this, m_look.designSize, m_look.weight, m_look.tracking);
 }
 
 bool ThemedLabel::isTabular() const
 {
-    return look_.digits == Digits::Tabular && look_.overflow == Overflow::Keep;
+    return m_look.digits == Digits::Tabular && m_look.overflow == Overflow::Keep;
 }
 
 // The last letter has its tracking too, behind which nothing comes.
 qreal ThemedLabel::trailingTracking() const
 {
-    return text_.isEmpty() ? 0 : textFont().letterSpacing();
+    return m_text.isEmpty() ? 0 : textFont().letterSpacing();
 }
 
 qreal ThemedLabel::naturalWidth() const
 {
     const QFont font = textFont();
-    const qreal width = isTabular() ? TabularText(text_, font).size().width()
-                                    : QFontMetricsF(font).size(Qt::TextSingleLine, text_).width();
+    const qreal width = isTabular() ? TabularText(m_text, font).size().width()
+                                    : QFontMetricsF(font).size(Qt::TextSingleLine, m_text).width();
     return width - trailingTracking();
 }
 
 QSize ThemedLabel::wrappedSize(qreal width) const
 {
     const QRectF bounds
-        = QFontMetricsF(textFont()).boundingRect(QRectF(0, 0, width, unlimited), Qt::TextWordWrap, text_);
+        = QFontMetricsF(textFont()).boundingRect(QRectF(0, 0, width, unlimited), Qt::TextWordWrap, m_text);
     return {ceiled(bounds.width()), ceiled(bounds.height())};
 }
 
 bool ThemedLabel::isElided() const
 {
-    return look_.overflow == Overflow::Elide && ceiled(naturalWidth()) > width();
+    return m_look.overflow == Overflow::Elide && ceiled(naturalWidth()) > width();
 }
 
 QSize ThemedLabel::sizeHint() const
 {
-    if (look_.overflow != Overflow::Wrap)
+    if (m_look.overflow != Overflow::Wrap)
         return {ceiled(naturalWidth()), ceiled(QFontMetricsF(textFont()).height())};
-    return wrappedSize(std::min<qreal>(maximumWidth(), scaled(*this, look_.designSize) * comfortableWidth));
+    return wrappedSize(std::min<qreal>(maximumWidth(), scaled(*this, m_look.designSize) * comfortableWidth));
 }
 
 QSize ThemedLabel::minimumSizeHint() const
 {
     const QFontMetricsF metrics(textFont());
-    switch (look_.overflow) {
+    switch (m_look.overflow) {
     case Overflow::Keep:
         return sizeHint();
     case Overflow::Elide:
@@ -169,32 +169,33 @@ QSize ThemedLabel::minimumSizeHint() const
 
 int ThemedLabel::heightForWidth(int width) const
 {
-    return look_.overflow == Overflow::Wrap ? wrappedSize(std::min(width, maximumWidth())).height() : -1;
+    return m_look.overflow == Overflow::Wrap ? wrappedSize(std::min(width, maximumWidth())).height() : -1;
 }
 
 void ThemedLabel::paintTabular(QPainter &painter) const
 {
-    const TabularText line(text_, textFont());
+    const TabularText line(m_text, textFont());
     const QSize size(ceiled(line.size().width() - trailingTracking()), ceiled(line.size().height()));
-    const QRect place = QStyle::alignedRect(layoutDirection(), look_.alignment, size, rect());
+    const QRect place = QStyle::alignedRect(layoutDirection(), m_look.alignment, size, rect());
     line.draw(painter, place.topLeft());
 }
 
 void ThemedLabel::paintEvent(QPaintEvent * /*event*/)
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     const QFont font = textFont();
     QPainter painter(this);
     painter.setFont(font);
-    painter.setPen(colorOf(isEnabled() ? look_.tone : Tone::Grey, appearance));
+    painter.setPen(colorOf(isEnabled() ? m_look.tone : Tone::Grey, colorScheme));
     if (isTabular()) {
         paintTabular(painter);
         return;
     }
-    const bool wraps = look_.overflow == Overflow::Wrap;
-    const Qt::Alignment alignment = QStyle::visualAlignment(layoutDirection(), look_.alignment);
+    const bool wraps = m_look.overflow == Overflow::Wrap;
+    const Qt::Alignment alignment = QStyle::visualAlignment(layoutDirection(), m_look.alignment);
     const int flags = static_cast<int>(alignment) | (wraps ? Qt::TextWordWrap : Qt::TextSingleLine);
-    const QString shown = isElided() ? QFontMetricsF(font).elidedText(text_, Qt::ElideRight, width()) : text_;
+    const QString shown
+        = isElided() ? QFontMetricsF(font).elidedText(m_text, Qt::ElideRight, width()) : m_text;
     QRectF place = rect();
     if (!alignment.testFlag(Qt::AlignLeft))
         place.adjust(0, 0, trailingTracking() / (alignment.testFlag(Qt::AlignHCenter) ? 2 : 1), 0);

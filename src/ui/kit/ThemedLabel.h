@@ -39,14 +39,14 @@ public:
     explicit ThemedLabel(QString text = QString(), QWidget *parent = nullptr);
     ThemedLabel(QString text, Look look, QWidget *parent = nullptr);
 
-    QString text() const { return text_; }
+    QString text() const { return m_text; }
     void setText(const QString &text);
-    const Look &look() const { return look_; }
+    const Look &look() const { return m_look; }
     void setLook(const Look &look);
 
     /// Told to assistive technology as a heading.
-    void setHeading(bool isHeading) { isHeading_ = isHeading; }
-    bool isHeading() const { return isHeading_; }
+    void setHeading(bool isHeading) { m_isHeading = isHeading; }
+    bool isHeading() const { return m_isHeading; }
 
     /// Whether some of the text does not fit.
     bool isElided() const;
@@ -67,9 +67,9 @@ private:
     QSize wrappedSize(qreal width) const;
     void paintTabular(QPainter &painter) const;
 
-    QString text_;
-    Look look_;
-    bool isHeading_ = false;
+    QString m_text;
+    Look m_look;
+    bool m_isHeading = false;
 };
 
 } // namespace orbitledge::ui

@@ -15,7 +15,7 @@ Divider::Divider(QWidget *parent)
 void Divider::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), colorOf(Tone::Stroke, appearanceOf(palette())));
+    painter.fillRect(rect(), colorOf(Tone::Stroke, colorSchemeOf(palette())));
 }
 
 } // namespace orbitledge::ui

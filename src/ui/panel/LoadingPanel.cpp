@@ -35,7 +35,7 @@ LoadingPanel::LoadingPanel(QWidget *parent)
 void LoadingPanel::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
-    const QColor color = colorOf(Tone::Fill, appearanceOf(palette()));
+    const QColor color = colorOf(Tone::Fill, colorSchemeOf(palette()));
     const auto bar = [&](qreal left, qreal top, qreal wide, qreal high, qreal radius) {
         const QRect place(scaled(*this, left), scaled(*this, top), scaled(*this, wide), scaled(*this, high));
         fillRounded(

@@ -60,20 +60,20 @@ void LogoTile::paintImage(QPainter &painter, const QImage &image) const
     place.moveCenter(room.center());
     painter.drawImage(place, image);
     painter.restore();
-    paintFrame(painter, rect(), radius, colorOf(Tone::Stroke, appearanceOf(palette())), 1);
+    paintFrame(painter, rect(), radius, colorOf(Tone::Stroke, colorSchemeOf(palette())), 1);
 }
 
 void LogoTile::paintInitials(QPainter &painter) const
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     const QColor tint = colorOfText(
-        QString(appearance == Appearance::Dark ? m_content.tint.dark : m_content.tint.light), appearance);
+        QString(colorScheme == ColorScheme::Dark ? m_content.tint.dark : m_content.tint.light), colorScheme);
     const qreal radius = scaled(*this, m_measures.radius);
     QColor ground = tint;
     ground.setAlphaF(static_cast<float>(m_measures.groundOpacity));
     fillRounded(painter, rect(), radius, ground);
     paintFrame(
-        painter, rect(), radius, m_measures.hasTintedLine ? tint : colorOf(Tone::Stroke, appearance), 1);
+        painter, rect(), radius, m_measures.hasTintedLine ? tint : colorOf(Tone::Stroke, colorScheme), 1);
     painter.setPen(tint);
     painter.setFont(fontOf(*this, m_measures.initialsSize, QFont::Bold));
     painter.drawText(rect(), Qt::AlignCenter, m_content.initials);

@@ -48,7 +48,7 @@ PanelBanner::PanelBanner(QWidget *parent)
     , m_retry(new PlainButton(
           u"Retry"_s, {.designSize = textSize, .weight = QFont::DemiBold, .tone = Tone::Cyan}))
 {
-    auto *const frame = new RoundedFrame({.ground = Tone::Veil, .line = Tone::Stroke}, this);
+    auto *const frame = new RoundedFrame(this);
     m_row = new QHBoxLayout(frame);
     m_row->addWidget(m_symbol);
     m_row->addWidget(m_message, 1);

@@ -73,7 +73,7 @@ void PanelFooter::resizeEvent(QResizeEvent *event)
 void PanelFooter::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
-    painter.fillRect(0, 0, width(), 1, colorOf(Tone::Stroke, appearanceOf(palette())));
+    painter.fillRect(0, 0, width(), 1, colorOf(Tone::Stroke, colorSchemeOf(palette())));
 }
 
 } // namespace orbitledge::ui

@@ -21,7 +21,7 @@ PanelUpdateRow::PanelUpdateRow(QWidget *parent)
     , m_open(new PlainButton(u"Get it"_s, {.designSize = 12, .weight = QFont::DemiBold, .tone = Tone::Cyan}))
     , m_dismiss(new CompactIconButton(Symbol::Close, QString(), QString()))
 {
-    auto *const frame = new RoundedFrame({.ground = Tone::Veil, .line = Tone::Stroke}, this);
+    auto *const frame = new RoundedFrame(this);
     m_row = new QHBoxLayout(frame);
     m_row->addWidget(new SymbolView(Symbol::Download, 16, Tone::Cyan));
     m_row->addWidget(m_text, 1);

@@ -366,12 +366,12 @@ void SubscriptionRow::changeEvent(QEvent *event)
 
 void SubscriptionRow::paintEvent(QPaintEvent * /*event*/)
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     QPainter painter(this);
     painter.setOpacity(m_presence);
-    painter.fillRect(rect(), colorOf(Tone::Veil, appearance));
+    painter.fillRect(rect(), colorOf(Tone::Veil, colorScheme));
     if (isDown())
-        painter.fillRect(rect(), colorOf(Tone::Veil, appearance));
+        painter.fillRect(rect(), colorOf(Tone::Veil, colorScheme));
     painter.setOpacity(1);
 
     if (m_content.urgency != Urgency::None) {
@@ -380,17 +380,17 @@ void SubscriptionRow::paintEvent(QPaintEvent * /*event*/)
         // Round on the side of the text only: the other end is beyond the edge.
         const int radius = scaled(*this, 2);
         fillRounded(painter, QStyle::visualRect(layoutDirection(), rect(), bar.adjusted(-radius, 0, 0, 0)),
-            radius, colorOf(m_content.urgency == Urgency::Urgent ? Tone::Red : Tone::Amber, appearance));
+            radius, colorOf(m_content.urgency == Urgency::Urgent ? Tone::Red : Tone::Amber, colorScheme));
     }
     paintTexts(painter);
     if (showsFocusRing())
         paintFrame(painter, QRectF(rect()).adjusted(2, 1, -2, -1), scaled(*this, controlRadius),
-            colorOf(Tone::Cyan, appearance), focusRingWidth);
+            colorOf(Tone::Cyan, colorScheme), focusRingWidth);
 }
 
 void SubscriptionRow::paintTexts(QPainter &painter) const
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     const Qt::Alignment leading = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeading);
     const auto visual = [this](const QRectF &area) {
         return layoutDirection() == Qt::LeftToRight
@@ -401,7 +401,7 @@ void SubscriptionRow::paintTexts(QPainter &painter) const
     const QFont costFont = fontOf(*this, row::costSize, QFont::DemiBold);
     const TabularText cost(m_content.cost, costFont);
     const qreal right = width() - scaled(*this, row::trailingInset);
-    painter.setPen(colorOf(m_content.isActive ? Tone::InkAndWhite : Tone::Slate, appearance));
+    painter.setPen(colorOf(m_content.isActive ? Tone::InkAndWhite : Tone::Slate, colorScheme));
     painter.setOpacity(1 - m_presence);
     const QRectF costArea(right - cost.size().width(), (height() - cost.size().height()) / 2,
         cost.size().width(), cost.size().height());
@@ -421,7 +421,7 @@ void SubscriptionRow::paintTexts(QPainter &painter) const
     const auto draw = [&](const QFont &font, const QFontMetricsF &metrics, qreal lineTop, const QString &text,
                           Tone tone) {
         painter.setFont(font);
-        painter.setPen(colorOf(tone, appearance));
+        painter.setPen(colorOf(tone, colorScheme));
         painter.drawText(visual(QRectF(left, lineTop, room, metrics.height())),
             static_cast<int>(leading) | Qt::TextSingleLine | Qt::TextDontClip,
             metrics.elidedText(text, Qt::ElideRight, room));

@@ -31,7 +31,7 @@ QSize SymbolView::sizeHint() const
 void SymbolView::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
-    paintSymbol(painter, m_symbol, rect(), colorOf(m_tone, appearanceOf(palette())));
+    paintSymbol(painter, m_symbol, rect(), colorOf(m_tone, colorSchemeOf(palette())));
 }
 
 void SymbolView::changeEvent(QEvent *event)

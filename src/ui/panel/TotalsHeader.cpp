@@ -164,7 +164,7 @@ void TotalsHeader::paintEvent(QPaintEvent * /*event*/)
     if (m_partial->isHidden())
         return;
     QPainter painter(this);
-    paintSymbol(painter, Symbol::Warning, m_warning, colorOf(Tone::Amber, appearanceOf(palette())));
+    paintSymbol(painter, Symbol::Warning, m_warning, colorOf(Tone::Amber, colorSchemeOf(palette())));
 }
 
 } // namespace orbitledge::ui

@@ -50,15 +50,15 @@ void WeekDayColumn::setContent(const WeekDayContent &content)
 
 void WeekDayColumn::paintEvent(QPaintEvent * /*event*/)
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     QPainter painter(this);
     if (m_content.isToday)
-        fillRounded(painter, rect(), scaled(*this, radius), colorOf(Tone::Stroke, appearance));
+        fillRounded(painter, rect(), scaled(*this, radius), colorOf(Tone::Stroke, colorScheme));
     const qreal wide = width();
-    painter.setPen(colorOf(Tone::Slate, appearance));
+    painter.setPen(colorOf(Tone::Slate, colorScheme));
     drawFitting(painter, QRectF(0, scaled(*this, weekdayTop), wide, scaled(*this, weekdayHeight)),
         fontOf(*this, 9), m_content.weekday);
-    painter.setPen(colorOf(m_content.isToday ? Tone::BlackAndWhite : Tone::Ink, appearance));
+    painter.setPen(colorOf(m_content.isToday ? Tone::BlackAndWhite : Tone::Ink, colorScheme));
     drawFitting(painter, QRectF(0, scaled(*this, weekdayTop + weekdayHeight), wide, scaled(*this, dayHeight)),
         fontOf(*this, 12, m_content.isToday ? QFont::Bold : QFont::Medium), m_content.day);
     paintDots(painter);
@@ -66,7 +66,7 @@ void WeekDayColumn::paintEvent(QPaintEvent * /*event*/)
 
 void WeekDayColumn::paintDots(QPainter &painter) const
 {
-    const Appearance appearance = appearanceOf(palette());
+    const ColorScheme colorScheme = colorSchemeOf(palette());
     const qreal side = scaled(*this, dotSide);
     const qreal gap = scaled(*this, dotGap);
     const auto count = static_cast<qreal>(m_content.dots.size());
@@ -76,7 +76,7 @@ void WeekDayColumn::paintDots(QPainter &painter) const
         std::ranges::reverse(dots);
     for (const QString &dot : std::as_const(dots)) {
         const QRectF place(left, scaled(*this, dotsTop), side, side);
-        fillRounded(painter, place, side / 2, colorOfText(dot, appearance));
+        fillRounded(painter, place, side / 2, colorOfText(dot, colorScheme));
         left += side + gap;
     }
 }

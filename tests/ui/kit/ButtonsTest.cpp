@@ -29,9 +29,9 @@ struct Buttons {
     CompactIconButton compact{Symbol::Close, u"Dismiss"_s, u"Not now"_s};
     std::array<ButtonBase *, 4> all{&primary, &footer, &plain, &compact};
 
-    explicit Buttons(Appearance appearance = Appearance::Light)
+    explicit Buttons(ColorScheme colorScheme = ColorScheme::Light)
     {
-        applyAppearance(window, appearance);
+        applyColorScheme(window, colorScheme);
         applyTextScale(window, 1);
         auto *const layout = new QVBoxLayout(&window);
         for (ButtonBase *button : all)
@@ -50,7 +50,7 @@ struct Buttons {
 
     int ringPixels(QWidget &button) const
     {
-        return pixelsOf(pictureOf(button), colorOf(Tone::Cyan, appearanceOf(window.palette())));
+        return pixelsOf(pictureOf(button), colorOf(Tone::Cyan, colorSchemeOf(window.palette())));
     }
 };
 
@@ -64,26 +64,26 @@ class ButtonsTest : public QObject {
 private Q_SLOTS:
     void shouldBeReadableInEveryState_data()
     {
-        QTest::addColumn<Appearance>("appearance");
+        QTest::addColumn<ColorScheme>("colorScheme");
         QTest::addColumn<State>("state");
         QTest::addColumn<int>("index");
         const std::array kinds{"primary", "footer", "plain"};
         for (int index = 0; index < 3; ++index) {
             const QByteArray kind = kinds.at(static_cast<std::size_t>(index));
-            for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
-                const QByteArray name = kind + (appearance == Appearance::Light ? ", light" : ", dark");
-                QTest::newRow(name.constData()) << appearance << State::Plain << index;
-                QTest::newRow((name + ", hovered").constData()) << appearance << State::Hovered << index;
-                QTest::newRow((name + ", pressed").constData()) << appearance << State::Pressed << index;
+            for (const ColorScheme colorScheme : {ColorScheme::Light, ColorScheme::Dark}) {
+                const QByteArray name = kind + (colorScheme == ColorScheme::Light ? ", light" : ", dark");
+                QTest::newRow(name.constData()) << colorScheme << State::Plain << index;
+                QTest::newRow((name + ", hovered").constData()) << colorScheme << State::Hovered << index;
+                QTest::newRow((name + ", pressed").constData()) << colorScheme << State::Pressed << index;
             }
         }
     }
     void shouldBeReadableInEveryState()
     {
-        QFETCH(Appearance, appearance);
+        QFETCH(ColorScheme, colorScheme);
         QFETCH(State, state);
         QFETCH(int, index);
-        Buttons buttons(appearance);
+        Buttons buttons(colorScheme);
         // Large, so that the letters are wider than what smooths their edges.
         applyTextScale(buttons.window, 2);
         ButtonBase &button = *buttons.all.at(static_cast<std::size_t>(index));

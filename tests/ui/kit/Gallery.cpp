@@ -71,7 +71,7 @@ void bringInto(State state, QWidget &control)
 }
 
 struct Manner {
-    Appearance appearance;
+    ColorScheme colorScheme;
     qreal ratio;
     qreal textScale = 1;
     Qt::LayoutDirection direction = Qt::LeftToRight;
@@ -91,7 +91,7 @@ using Maker = std::function<QWidget *(QWidget *parent)>;
 QImage sampleOf(const Maker &make, State state, const Manner &manner)
 {
     QWidget window;
-    applyAppearance(window, manner.appearance);
+    applyColorScheme(window, manner.colorScheme);
     applyTextScale(window, manner.textScale);
     auto *const layout = new QHBoxLayout(&window);
     layout->setContentsMargins(8, 8, 8, 8);
@@ -208,7 +208,7 @@ QImage stacked(const std::vector<QImage> &images, Qt::Orientation orientation, c
 
 QImage controlSheet(const Manner &manner)
 {
-    const QColor ground = colorOf(Tone::Paper, manner.appearance);
+    const QColor ground = colorOf(Tone::Paper, manner.colorScheme);
     std::vector<QImage> columns;
     for (const State state : states) {
         std::vector<QImage> samples;
@@ -226,14 +226,14 @@ QImage symbolSheet(const Manner &manner)
     QImage sheet(
         QSize(cell * int(allSymbols.size()), cell * int(sizes.size())) * manner.ratio, QImage::Format_RGB32);
     sheet.setDevicePixelRatio(manner.ratio);
-    sheet.fill(colorOf(Tone::Paper, manner.appearance));
+    sheet.fill(colorOf(Tone::Paper, manner.colorScheme));
     QPainter painter(&sheet);
     for (std::size_t row = 0; row < sizes.size(); ++row) {
         const int size = sizes.at(row);
         const int inset = (cell - size) / 2;
         for (std::size_t column = 0; column < allSymbols.size(); ++column) {
             const QRectF area(int(column) * cell + inset, int(row) * cell + inset, size, size);
-            paintSymbol(painter, allSymbols.at(column), area, colorOf(Tone::Ink, manner.appearance));
+            paintSymbol(painter, allSymbols.at(column), area, colorOf(Tone::Ink, manner.colorScheme));
         }
     }
     return sheet;
@@ -243,8 +243,8 @@ class SymbolView : public QWidget {
 public:
     SymbolView(Symbol symbol, qreal side, Tone tone, QWidget *parent)
         : QWidget(parent)
-        , symbol_(symbol)
-        , tone_(tone)
+        , m_symbol(symbol)
+        , m_tone(tone)
     {
         setFixedSize(scaled(*this, side), scaled(*this, side));
     }
@@ -253,12 +253,12 @@ protected:
     void paintEvent(QPaintEvent * /*event*/) override
     {
         QPainter painter(this);
-        paintSymbol(painter, symbol_, rect(), colorOf(tone_, appearanceOf(palette())));
+        paintSymbol(painter, m_symbol, rect(), colorOf(m_tone, colorSchemeOf(palette())));
     }
 
 private:
-    Symbol symbol_;
-    Tone tone_;
+    Symbol m_symbol;
+    Tone m_tone;
 };
 
 ThemedLabel *label(const QString &text, qreal size, QFont::Weight weight, Tone tone, qreal tracking = 0)
@@ -331,7 +331,7 @@ void addForm(QVBoxLayout &page, QWidget *parent)
 QImage specimen(const Manner &manner)
 {
     QWidget window;
-    applyAppearance(window, manner.appearance);
+    applyColorScheme(window, manner.colorScheme);
     applyTextScale(window, manner.textScale);
     window.setLayoutDirection(manner.direction);
     window.setFixedWidth(qRound(360 * manner.textScale));
@@ -358,12 +358,12 @@ QImage specimen(const Manner &manner)
 QImage menuSample(const Manner &manner)
 {
     QWidget window;
-    applyAppearance(window, manner.appearance);
+    applyColorScheme(window, manner.colorScheme);
     applyTextScale(window, manner.textScale);
     window.show();
     QMenu menu(&window);
     QAction *const first = menu.addAction(
-        symbolIcon(Symbol::OpenOutside, colorOf(Tone::Ink, manner.appearance)), u"Open in Web"_s);
+        symbolIcon(Symbol::OpenOutside, colorOf(Tone::Ink, manner.colorScheme)), u"Open in Web"_s);
     menu.addAction(u"Cancel…"_s);
     menu.addSeparator();
     menu.addAction(u"Uncancel"_s)->setEnabled(false);
@@ -376,7 +376,7 @@ QImage menuSample(const Manner &manner)
 QImage tipSample(const Manner &manner)
 {
     QWidget window;
-    applyAppearance(window, manner.appearance);
+    applyColorScheme(window, manner.colorScheme);
     applyTextScale(window, manner.textScale);
     window.show();
     QToolTip::showText(
@@ -390,7 +390,7 @@ QImage tipSample(const Manner &manner)
 QImage dialogSample(const Manner &manner)
 {
     QWidget window;
-    applyAppearance(window, manner.appearance);
+    applyColorScheme(window, manner.colorScheme);
     applyTextScale(window, manner.textScale);
     window.show();
     QMessageBox box(&window);
@@ -413,7 +413,7 @@ QImage dialogSample(const Manner &manner)
     QApplication::processEvents();
     const std::vector<QImage> images{pictureOf(box, manner.ratio), pictureOf(calendar, manner.ratio),
         pictureOf(*months->view()->window(), manner.ratio)};
-    return stacked(images, Qt::Vertical, colorOf(Tone::MidGrey, manner.appearance));
+    return stacked(images, Qt::Vertical, colorOf(Tone::MidGrey, manner.colorScheme));
 }
 
 bool saveAll(const QDir &folder)
@@ -422,10 +422,10 @@ bool saveAll(const QDir &folder)
     const auto save = [&](const QImage &image, const QString &name) {
         isSaved = image.save(folder.filePath(name + u".png"_s)) && isSaved;
     };
-    for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
-        const QString name = appearance == Appearance::Light ? u"light"_s : u"dark"_s;
+    for (const ColorScheme colorScheme : {ColorScheme::Light, ColorScheme::Dark}) {
+        const QString name = colorScheme == ColorScheme::Light ? u"light"_s : u"dark"_s;
         for (const qreal ratio : {1.0, 1.5, 2.0}) {
-            const Manner manner{appearance, ratio};
+            const Manner manner{colorScheme, ratio};
             const QString suffix = u"%1@%2"_s.arg(name).arg(ratio);
             save(controlSheet(manner), u"controls-"_s + suffix);
             save(symbolSheet(manner), u"symbols-"_s + suffix);
@@ -434,8 +434,8 @@ bool saveAll(const QDir &folder)
             save(dialogSample(manner), u"dialogs-"_s + suffix);
             save(tipSample(manner), u"tooltip-"_s + suffix);
         }
-        save(specimen({appearance, 1, 2}), u"specimen-large-text-"_s + name);
-        save(specimen({appearance, 2, 1, Qt::RightToLeft}), u"specimen-from-the-right-"_s + name);
+        save(specimen({colorScheme, 1, 2}), u"specimen-large-text-"_s + name);
+        save(specimen({colorScheme, 2, 1, Qt::RightToLeft}), u"specimen-from-the-right-"_s + name);
     }
     return isSaved;
 }

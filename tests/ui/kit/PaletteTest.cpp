@@ -41,9 +41,9 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QString, light);
         QFETCH(QString, dark);
-        QCOMPARE(colorOfText(text, Appearance::Light).name(), light);
-        QCOMPARE(colorOfText(text, Appearance::Dark).name(), dark);
-        QCOMPARE(colorOfText(text, Appearance::Light).alpha(), 255);
+        QCOMPARE(colorOfText(text, ColorScheme::Light).name(), light);
+        QCOMPARE(colorOfText(text, ColorScheme::Dark).name(), dark);
+        QCOMPARE(colorOfText(text, ColorScheme::Light).alpha(), 255);
     }
 
     void shouldTintWithTheForeground_data()
@@ -60,10 +60,10 @@ private Q_SLOTS:
         QFETCH(Tone, tone);
         QFETCH(double, light);
         QFETCH(double, dark);
-        QCOMPARE_LT(std::abs(colorOf(tone, Appearance::Light).alphaF() - light), 0.001);
-        QCOMPARE_LT(std::abs(colorOf(tone, Appearance::Dark).alphaF() - dark), 0.001);
-        QCOMPARE_LT(colorOf(tone, Appearance::Light).lightness(), 16);
-        QCOMPARE(colorOf(tone, Appearance::Dark).lightness(), 255);
+        QCOMPARE_LT(std::abs(colorOf(tone, ColorScheme::Light).alphaF() - light), 0.001);
+        QCOMPARE_LT(std::abs(colorOf(tone, ColorScheme::Dark).alphaF() - dark), 0.001);
+        QCOMPARE_LT(colorOf(tone, ColorScheme::Light).lightness(), 16);
+        QCOMPARE(colorOf(tone, ColorScheme::Dark).lightness(), 255);
     }
 
     void shouldLayATintOnAGround()
@@ -78,12 +78,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QColor>("text");
         QTest::addColumn<QColor>("ground");
-        for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
-            const QByteArray name = appearance == Appearance::Light ? "light: " : "dark: ";
-            const QColor paper = colorOf(Tone::Paper, appearance);
-            const auto onPaper = [&](Tone tint) { return over(colorOf(tint, appearance), paper); };
+        for (const ColorScheme colorScheme : {ColorScheme::Light, ColorScheme::Dark}) {
+            const QByteArray name = colorScheme == ColorScheme::Light ? "light: " : "dark: ";
+            const QColor paper = colorOf(Tone::Paper, colorScheme);
+            const auto onPaper = [&](Tone tint) { return over(colorOf(tint, colorScheme), paper); };
             const auto add = [&](const char *pair, Tone text, const QColor &ground) {
-                QTest::newRow(name + pair) << colorOf(text, appearance) << ground;
+                QTest::newRow(name + pair) << colorOf(text, colorScheme) << ground;
             };
             for (const Tone text :
                 {Tone::Ink, Tone::Slate, Tone::BlackAndWhite, Tone::InkAndWhite, Tone::Cyan, Tone::Alert}) {
@@ -93,7 +93,7 @@ private Q_SLOTS:
             }
             add("ink on a hovered row", Tone::Ink, onPaper(Tone::Fill));
             add("slate on a hovered row", Tone::Slate, onPaper(Tone::Fill));
-            const QPalette palette = paletteFor(appearance);
+            const QPalette palette = paletteFor(colorScheme);
             const auto addRoles
                 = [&](const char *pair, QPalette::ColorRole text, QPalette::ColorRole ground) {
                       QTest::newRow(name + pair) << palette.color(text) << palette.color(ground);
@@ -119,14 +119,14 @@ private Q_SLOTS:
 
     void shouldRecogniseItsPalettes()
     {
-        QCOMPARE(appearanceOf(paletteFor(Appearance::Light)), Appearance::Light);
-        QCOMPARE(appearanceOf(paletteFor(Appearance::Dark)), Appearance::Dark);
+        QCOMPARE(colorSchemeOf(paletteFor(ColorScheme::Light)), ColorScheme::Light);
+        QCOMPARE(colorSchemeOf(paletteFor(ColorScheme::Dark)), ColorScheme::Dark);
     }
 
     void shouldTellWhatIsDisabled()
     {
-        for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
-            const QPalette palette = paletteFor(appearance);
+        for (const ColorScheme colorScheme : {ColorScheme::Light, ColorScheme::Dark}) {
+            const QPalette palette = paletteFor(colorScheme);
             for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
                 QVERIFY(palette.color(QPalette::Disabled, role) != palette.color(QPalette::Active, role));
         }
@@ -139,16 +139,16 @@ private Q_SLOTS:
         auto *const label = new ThemedLabel(u"■■■"_s, &window);
         layout->addWidget(label);
         layout->addWidget(new FooterButton(u"Add"_s, &window));
-        applyAppearance(window, Appearance::Light);
+        applyColorScheme(window, ColorScheme::Light);
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCOMPARE_GT(pixelsOf(pictureOf(*label), colorOf(Tone::Ink, Appearance::Light)), 10);
+        QCOMPARE_GT(pixelsOf(pictureOf(*label), colorOf(Tone::Ink, ColorScheme::Light)), 10);
 
-        applyAppearance(window, Appearance::Dark);
+        applyColorScheme(window, ColorScheme::Dark);
         const QImage dark = pictureOf(window);
-        QCOMPARE(mostFrequentColor(dark), colorOf(Tone::Paper, Appearance::Dark));
-        QCOMPARE(pixelsOf(dark, colorOf(Tone::Ink, Appearance::Light)), 0);
-        QCOMPARE_GT(pixelsOf(pictureOf(*label), colorOf(Tone::Ink, Appearance::Dark)), 10);
+        QCOMPARE(mostFrequentColor(dark), colorOf(Tone::Paper, ColorScheme::Dark));
+        QCOMPARE(pixelsOf(dark, colorOf(Tone::Ink, ColorScheme::Light)), 0);
+        QCOMPARE_GT(pixelsOf(pictureOf(*label), colorOf(Tone::Ink, ColorScheme::Dark)), 10);
     }
 };
 

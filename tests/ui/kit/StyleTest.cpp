@@ -25,28 +25,28 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QColor cyan = colorOf(Tone::Cyan, Appearance::Light);
+const QColor cyan = colorOf(Tone::Cyan, ColorScheme::Light);
 
 class Window : public QWidget {
 public:
-    explicit Window(Appearance appearance = Appearance::Light)
-        : layout_(this)
+    explicit Window(ColorScheme colorScheme = ColorScheme::Light)
+        : m_layout(this)
     {
-        applyAppearance(*this, appearance);
+        applyColorScheme(*this, colorScheme);
         applyTextScale(*this, 1);
         move(200, 200);
     }
 
     void showWith(QWidget *widget)
     {
-        layout_.addWidget(widget);
+        m_layout.addWidget(widget);
         show();
         QApplication::setActiveWindow(this);
         setFocus();
     }
 
 private:
-    QVBoxLayout layout_;
+    QVBoxLayout m_layout;
 };
 
 } // namespace
@@ -127,13 +127,13 @@ private Q_SLOTS:
             field->calendarWidget()->setFixedSize(320, 240);
             return pictureOf(*field->calendarWidget());
         };
-        for (const Appearance appearance : {Appearance::Light, Appearance::Dark}) {
-            applyAppearance(window, appearance);
+        for (const ColorScheme colorScheme : {ColorScheme::Light, ColorScheme::Dark}) {
+            applyColorScheme(window, colorScheme);
             const QImage image = drawnCalendar();
             QCOMPARE(pixelsOf(image, Qt::red), 0);
-            QCOMPARE(mostFrequentColor(image), paletteFor(appearance).color(QPalette::Base));
+            QCOMPARE(mostFrequentColor(image), paletteFor(colorScheme).color(QPalette::Base));
             // The selected day, and nothing else, is on cyan.
-            const int marked = pixelsOf(image, colorOf(Tone::Cyan, appearance));
+            const int marked = pixelsOf(image, colorOf(Tone::Cyan, colorScheme));
             QCOMPARE_GT(marked, 200);
             QCOMPARE_LT(marked, 320 * 240 / 20);
         }
@@ -199,13 +199,13 @@ private Q_SLOTS:
 
     void shouldGiveMenusThePaletteAndTheTextSizeOfTheirWindow()
     {
-        Window window(Appearance::Dark);
+        Window window(ColorScheme::Dark);
         applyTextScale(window, 1.5);
         window.show();
         QMenu menu(&window);
         menu.addAction(u"Open in Web"_s);
         menu.ensurePolished();
-        QCOMPARE(appearanceOf(menu.palette()), Appearance::Dark);
+        QCOMPARE(colorSchemeOf(menu.palette()), ColorScheme::Dark);
         QCOMPARE(menu.font().pointSizeF(), window.font().pointSizeF());
     }
 
@@ -234,7 +234,7 @@ private Q_SLOTS:
         frame->setFixedSize(80, 40);
         window.showWith(frame);
         const QImage image = pictureOf(*frame);
-        const QColor paper = colorOf(Tone::Paper, Appearance::Light);
+        const QColor paper = colorOf(Tone::Paper, ColorScheme::Light);
         QCOMPARE(image.pixelColor(0, 0), paper);
         QCOMPARE(image.pixelColor(40, 20), QColor(Qt::white));
         QCOMPARE_GT(contrastOf(image.pixelColor(40, 0), Qt::white), 1.1);

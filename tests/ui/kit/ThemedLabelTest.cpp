@@ -22,7 +22,7 @@ QString nameOf(ThemedLabel &label)
 
 QImage drawn(ThemedLabel &label)
 {
-    applyAppearance(label, Appearance::Light);
+    applyColorScheme(label, ColorScheme::Light);
     return pictureOf(label);
 }
 
@@ -44,7 +44,7 @@ private Q_SLOTS:
         label.resize(label.sizeHint() + QSize(20, 0));
         const QImage image = drawn(label);
         const int hinted = label.sizeHint().width();
-        const QColor paper = colorOf(Tone::Paper, Appearance::Light);
+        const QColor paper = colorOf(Tone::Paper, ColorScheme::Light);
         QCOMPARE_GT(highestContrast(image.copy(hinted - 4, 0, 4, image.height()), paper), 1.5);
         QCOMPARE(highestContrast(image.copy(hinted + 1, 0, 19, image.height()), paper), 1.0);
     }
@@ -68,7 +68,7 @@ private Q_SLOTS:
         look.overflow = ThemedLabel::Overflow::Elide;
         ThemedLabel label(longText, look);
         label.resize(label.sizeHint().width() / 2, label.sizeHint().height());
-        const QColor paper = colorOf(Tone::Paper, Appearance::Light);
+        const QColor paper = colorOf(Tone::Paper, ColorScheme::Light);
         QCOMPARE(highestContrast(edge(drawn(label), true), paper), 1.0);
     }
 
@@ -156,7 +156,7 @@ private Q_SLOTS:
         label.setLayoutDirection(direction);
         label.resize(200, 20);
         const QImage image = drawn(label);
-        const QColor paper = colorOf(Tone::Paper, Appearance::Light);
+        const QColor paper = colorOf(Tone::Paper, ColorScheme::Light);
         const QImage left = image.copy(0, 0, 60, 20);
         const QImage right = image.copy(140, 0, 60, 20);
         QCOMPARE_GT(highestContrast(isRight ? right : left, paper), 4.5);

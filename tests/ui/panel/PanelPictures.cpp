@@ -20,7 +20,7 @@ namespace {
 
 struct Manner {
     QString name;
-    ui::Appearance appearance = ui::Appearance::Light;
+    ui::ColorScheme colorScheme = ui::ColorScheme::Light;
     qreal ratio = 1;
     qreal textScale = 1;
     QByteArray locale = "en_US";
@@ -35,7 +35,7 @@ QImage pictureOf(const PanelScene &scene, const Manner &manner, bool hovers)
     panel.setAutoFillBackground(true);
     if (manner.locale.startsWith("ar") || manner.locale.startsWith("he"))
         panel.setLayoutDirection(Qt::RightToLeft);
-    applyAppearance(panel, manner.appearance);
+    applyColorScheme(panel, manner.colorScheme);
     applyTextScale(panel, manner.textScale);
     panel.show();
     QCoreApplication::processEvents();
@@ -88,21 +88,21 @@ int main(int argc, char **argv)
     const QDir folder(arguments.value(1));
     const QStringList wanted = arguments.mid(2);
     const std::vector<Manner> plain{
-        {u"light"_s, ui::Appearance::Light},
-        {u"dark"_s, ui::Appearance::Dark},
+        {u"light"_s, ui::ColorScheme::Light},
+        {u"dark"_s, ui::ColorScheme::Dark},
     };
     const std::vector<Manner> large{
-        {u"light"_s, ui::Appearance::Light, 2},
-        {u"dark"_s, ui::Appearance::Dark, 2},
+        {u"light"_s, ui::ColorScheme::Light, 2},
+        {u"dark"_s, ui::ColorScheme::Dark, 2},
     };
     const std::vector<Manner> text{
-        {u"light"_s, ui::Appearance::Light, 1, 1.5},
-        {u"dark"_s, ui::Appearance::Dark, 1, 2},
+        {u"light"_s, ui::ColorScheme::Light, 1, 1.5},
+        {u"dark"_s, ui::ColorScheme::Dark, 1, 2},
     };
     const std::vector<Manner> regions{
-        {u"de"_s, ui::Appearance::Light, 1, 1, "de_DE"},
-        {u"ja"_s, ui::Appearance::Dark, 1, 1, "ja_JP"},
-        {u"ar"_s, ui::Appearance::Light, 1, 1, "ar_EG"},
+        {u"de"_s, ui::ColorScheme::Light, 1, 1, "de_DE"},
+        {u"ja"_s, ui::ColorScheme::Dark, 1, 1, "ja_JP"},
+        {u"ar"_s, ui::ColorScheme::Light, 1, 1, "ar_EG"},
     };
     for (const PanelScene &scene : panelScenes()) {
         if (!wanted.isEmpty() && !wanted.contains(scene.name))
