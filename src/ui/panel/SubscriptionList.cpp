@@ -6,6 +6,7 @@
 #include "ui/panel/RowMeasures.h"
 
 #include <QApplication>
+#include <QFocusEvent>
 #include <QScrollBar>
 #include <QStyle>
 
@@ -31,7 +32,6 @@ SubscriptionList::SubscriptionList(RowActions actions, LogoImages *images, QWidg
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFocusPolicy(Qt::NoFocus);
     viewport()->setFocusPolicy(Qt::NoFocus);
     viewport()->setAutoFillBackground(false);
     viewport()->setBackgroundRole(QPalette::NoRole);
@@ -162,6 +162,7 @@ void SubscriptionList::relocate()
         return true;
     });
     setCurrent(current >= 0 ? current : std::min(m_current, m_rowCount - 1));
+    setFocusPolicy(m_rowCount > 0 ? Qt::TabFocus : Qt::NoFocus);
 }
 
 bool SubscriptionList::isHeld(const SubscriptionRow &row)
@@ -222,7 +223,6 @@ void SubscriptionList::realizeRange(qsizetype first, qsizetype last)
             return;
         SubscriptionRow *const row = makeRow();
         row->setContent(m_makeRow(entryAt(position)));
-        row->setReachable(position == m_current);
         m_realized.push_back({.row = row, .position = position});
     };
     for (qsizetype position = first; position <= last; ++position)
@@ -233,11 +233,6 @@ void SubscriptionList::realizeRange(qsizetype first, qsizetype last)
     for (const Realized &realized : m_realized) {
         realized.row->setGeometry(0, topOf(realized.position) - scrolled, viewport()->width(), rowHeight());
         realized.row->show();
-    }
-    QWidget *previous = viewport();
-    for (QWidget *const control : rowAt(m_current)->controls()) {
-        setTabOrder(previous, control);
-        previous = control;
     }
 }
 
@@ -299,22 +294,32 @@ bool SubscriptionList::viewportEvent(QEvent *event)
 
 void SubscriptionList::setCurrent(qsizetype position)
 {
-    for (const Realized &realized : m_realized)
-        realized.row->setReachable(realized.position == position);
     m_current = std::max<qsizetype>(0, position);
     m_currentId = m_rowCount > 0 ? entryAt(m_current).subscription->id : QUuid();
 }
 
+void SubscriptionList::focusInEvent(QFocusEvent *event)
+{
+    QAbstractScrollArea::focusInEvent(event);
+    if (m_rowCount == 0 || m_isPassedOver)
+        return;
+    reveal(m_current);
+    realize();
+    rowAt(m_current)->setFocus(event->reason());
+}
+
+/// The toolkit would go through the rows in the order in which they were made.
 bool SubscriptionList::focusNextPrevChild(bool next)
 {
-    // The toolkit would look for the next one in the order in which widgets were made.
-    if (m_rowCount > 0 && isAncestorOf(QApplication::focusWidget())) {
-        QWidget *previous = viewport();
-        for (QWidget *const control : rowAt(m_current)->controls()) {
-            setTabOrder(previous, control);
-            previous = control;
-        }
-    }
+    SubscriptionRow *const row = m_rowCount > 0 ? rowAt(m_current) : nullptr;
+    if (row == nullptr || !row->hasFocusWithin())
+        return QAbstractScrollArea::focusNextPrevChild(next);
+    if (row->focusNextControl(next))
+        return true;
+    // On from here, as if this had been one thing.
+    m_isPassedOver = true;
+    setFocus(Qt::OtherFocusReason);
+    m_isPassedOver = false;
     return QAbstractScrollArea::focusNextPrevChild(next);
 }
 

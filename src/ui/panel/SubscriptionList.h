@@ -41,6 +41,7 @@ protected:
     void changeEvent(QEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
     bool viewportEvent(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
     bool focusNextPrevChild(bool next) override;
 
 private:
@@ -84,6 +85,7 @@ private:
     std::vector<SubscriptionRow *> m_spare;
     qsizetype m_current = 0;
     QUuid m_currentId;
+    bool m_isPassedOver = false;
 };
 
 } // namespace orbitledge::ui

@@ -53,15 +53,18 @@ SubscriptionRow::SubscriptionRow(RowActions actions, LogoImages *images, QWidget
     m_buttons->setGraphicsEffect(m_fade);
     m_buttons->hide();
     m_progress->hide();
-    for (CompactIconButton *const button : {m_open, m_mutation})
+    // The list brings the keyboard here.
+    setFocusPolicy(Qt::ClickFocus);
+    for (CompactIconButton *const button : {m_open, m_mutation}) {
+        button->setFocusPolicy(Qt::ClickFocus);
         button->installEventFilter(this);
+    }
     m_motion.setEasingCurve(QEasingCurve::OutQuad);
     connect(&m_motion, &QVariantAnimation::valueChanged, this,
         [this](const QVariant &value) { setPresence(value.toReal()); });
     connect(this, &SubscriptionRow::clicked, this, [this] { m_actions.openInWeb(m_content.id); });
     connect(m_open, &CompactIconButton::clicked, this, [this] { m_actions.openInWeb(m_content.id); });
     connect(m_mutation, &CompactIconButton::clicked, this, &SubscriptionRow::requestMutation);
-    setReachable(false);
 }
 
 SubscriptionRow::~SubscriptionRow()
@@ -104,14 +107,6 @@ void SubscriptionRow::showMutation()
     m_progress->setVisible(m_isWorking);
 }
 
-void SubscriptionRow::setReachable(bool isReachable)
-{
-    m_isReachable = isReachable;
-    setFocusPolicy(isReachable ? Qt::StrongFocus : Qt::ClickFocus);
-    for (CompactIconButton *const button : {m_open, m_mutation})
-        button->setFocusPolicy(isReachable ? Qt::StrongFocus : Qt::ClickFocus);
-}
-
 bool SubscriptionRow::hasFocusWithin() const
 {
     return hasFocus() || m_open->hasFocus() || m_mutation->hasFocus();
@@ -122,9 +117,16 @@ bool SubscriptionRow::showsActions() const
     return isHovered() || hasFocusWithin() || m_isWorking || isAsking();
 }
 
-QList<QWidget *> SubscriptionRow::controls() const
+bool SubscriptionRow::focusNextControl(bool next)
 {
-    return {const_cast<SubscriptionRow *>(this), m_open, m_mutation};
+    QList<QWidget *> controls{this, m_open, m_mutation};
+    controls.removeIf(
+        [this](const QWidget *control) { return control != this && !control->isVisibleTo(this); });
+    const qsizetype target = controls.indexOf(QApplication::focusWidget()) + (next ? 1 : -1);
+    if (target < 0 || target >= controls.size())
+        return false;
+    controls[target]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }
 
 QSize SubscriptionRow::sizeHint() const
@@ -217,16 +219,9 @@ bool SubscriptionRow::takeKey(QKeyEvent &event)
         Q_EMIT moveRequested(event.key());
         return true;
     case Qt::Key_Left:
-    case Qt::Key_Right: {
-        const bool isForward = (event.key() == Qt::Key_Right) == (layoutDirection() == Qt::LeftToRight);
-        QList<QWidget *> reachable = controls();
-        reachable.removeIf(
-            [this](const QWidget *control) { return !control->isVisibleTo(this) && control != this; });
-        const qsizetype at = reachable.indexOf(QApplication::focusWidget());
-        const qsizetype next = std::clamp<qsizetype>(at + (isForward ? 1 : -1), 0, reachable.size() - 1);
-        reachable[next]->setFocus(isForward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    case Qt::Key_Right:
+        focusNextControl((event.key() == Qt::Key_Right) == (layoutDirection() == Qt::LeftToRight));
         return true;
-    }
     case Qt::Key_Menu:
         openContextMenu(mapToGlobal(rect().center()));
         return true;

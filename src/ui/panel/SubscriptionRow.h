@@ -41,16 +41,14 @@ public:
     void setContent(const RowContent &content);
     const RowContent &content() const { return m_content; }
 
-    /// Whether Tab comes here; of all rows of a list it should come to one.
-    void setReachable(bool isReachable);
     /// A change at the service is under way.
     bool isWorking() const { return m_isWorking; }
     /// The person is asked something about this row.
     bool isAsking() const { return !m_question.isNull() || !m_menu.isNull(); }
     bool hasFocusWithin() const;
     bool showsActions() const;
-    /// What Tab comes to, in its order.
-    QList<QWidget *> controls() const;
+    /// Gives the keyboard to the control after, or before, the one that has it; false where there is none.
+    bool focusNextControl(bool next);
 
     /// What the mutation button does.
     void requestMutation();
@@ -97,7 +95,6 @@ private:
     QVariantAnimation m_motion;
     /// How far the buttons, and the tint behind the row, are there: 0 to 1.
     qreal m_presence = 0;
-    bool m_isReachable = false;
     bool m_isWorking = false;
     QPointer<QWidget> m_question;
     QPointer<QMenu> m_menu;

@@ -44,7 +44,6 @@ QImage pictureOf(const PanelScene &scene, const Manner &manner, bool hovers)
         QHoverEvent enter(QEvent::HoverEnter, QPointF(5, 5), QPointF(5, 5), QPointF(-1, -1));
         rows.value(1)->setAttribute(Qt::WA_UnderMouse);
         QCoreApplication::sendEvent(rows.value(1), &enter);
-        rows.value(0)->setReachable(true);
         rows.value(0)->setFocus(Qt::TabFocusReason);
     }
     QImage image(panel.size() * manner.ratio, QImage::Format_RGB32);
