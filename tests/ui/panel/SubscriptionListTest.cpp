@@ -49,6 +49,7 @@ private:
             column->addWidget(before);
             column->addWidget(list, 1);
             column->addWidget(after);
+            applyTextScale(window, 1);
             window.resize(360, 480);
             window.show();
             window.activateWindow();
