@@ -320,6 +320,35 @@ private Q_SLOTS:
         QCOMPARE(badge, 0); // all of them were due on the 18th
     }
 
+    void shouldNotBuildTheTimelineMoreOftenThanWhatItShowsChanges()
+    {
+        m_desk->makeSignedIn(3);
+        // A view reads it at each change. A new one is built before the one before goes.
+        const auto *shown = m_desk->store->timeline().sections.constData();
+        int built = 0;
+        connect(m_desk->store.get(), &AppStore::changed, this, [&] {
+            const auto *const now = m_desk->store->timeline().sections.constData();
+            built += std::exchange(shown, now) == now ? 0 : 1;
+        });
+        QSignalSpy changed(m_desk->store.get(), &AppStore::changed);
+        m_desk->api->isQuick = true;
+        m_desk->settings->setNotificationLeadDays(5);
+        m_desk->store->setQuickAddPresented(true);
+        QCoro::waitFor(m_desk->store->searchTemplates(u"abc"_s));
+        QCoro::waitFor(m_desk->store->synchroniseReminders());
+        m_desk->api->profile = tl::make_unexpected(offline());
+        QCoro::waitFor(m_desk->store->refresh());
+        QVERIFY(changed.size() >= 6);
+        QCOMPARE(built, 0);
+
+        m_desk->api->profile = sampleProfile();
+        m_desk->api->subscriptions = sampleSnapshot(4).subscriptions;
+        QCoro::waitFor(m_desk->store->refresh());
+        QCOMPARE(built, 1);
+        m_desk->dayAlarm->moveTo(at("2026-03-18T23:00:00Z"));
+        QCOMPARE(built, 2);
+    }
+
     void shouldCountInDollarsWithoutAProfile()
     {
         m_desk->make();

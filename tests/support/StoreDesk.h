@@ -49,6 +49,9 @@ struct StoreDesk {
     std::shared_ptr<FakeIntervalTimer> refreshTimer = std::make_shared<FakeIntervalTimer>();
     std::shared_ptr<FakeWallClockAlarm> dayAlarm = std::make_shared<FakeWallClockAlarm>(clock);
     std::shared_ptr<FakeConnectivity> connectivity = std::make_shared<FakeConnectivity>();
+    /// What the store is given, where the test does not put others there.
+    std::shared_ptr<APIClientProtocol> client = api;
+    std::shared_ptr<UserNotificationCenter> notifications = center;
     QByteArray zone = "Europe/Berlin";
     std::function<Calendar()> calendar = [this] { return calendarIn(zone); };
     AppStore::Identity identity{.currentVersion = QStringLiteral("1.0.0"),
@@ -99,9 +102,9 @@ struct StoreDesk {
         const QUrl web = identity.webURL;
         store = std::make_unique<AppStore>(
             AppStore::Collaborators{
-                .api = api,
+                .api = client,
                 .cache = cache,
-                .notifier = std::make_shared<RenewalNotifier>(center, defaults, web),
+                .notifier = std::make_shared<RenewalNotifier>(notifications, defaults, web),
                 .releaseChecker = releases,
                 .settings = settings,
                 .launchAtLogin = std::make_shared<LaunchAtLoginController>(loginItem),
