@@ -5,6 +5,7 @@
 #include "platform/curl/CurlHttpSession.h"
 #include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopWorkspace.h"
+#include "platform/linux/InstalledPrograms.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/RouteConnectivity.h"
 #include "platform/linux/SettingsFile.h"
@@ -37,9 +38,10 @@ QString applicationId()
     return QString::fromLatin1(build::applicationId);
 }
 
+/// What others are to start.
 std::filesystem::path programPath()
 {
-    return QCoreApplication::applicationFilePath().toStdString();
+    return InstalledPrograms::besides(QCoreApplication::applicationFilePath().toStdString()).command;
 }
 
 DesktopNotificationCenter::Parts notificationParts(Presence presence)

@@ -1,0 +1,30 @@
+#include "platform/linux/InstalledPrograms.h"
+
+#include <system_error>
+
+namespace orbitledge {
+
+namespace {
+
+constexpr auto commandName = "orbitledge";
+constexpr auto desktopName = "orbitledge-desktop";
+
+std::filesystem::path firstThere(const std::filesystem::path &beside, const std::filesystem::path &installed)
+{
+    std::error_code error;
+    return std::filesystem::exists(beside, error) ? beside : installed.lexically_normal();
+}
+
+} // namespace
+
+InstalledPrograms InstalledPrograms::besides(const std::filesystem::path &self)
+{
+    const std::filesystem::path folder = self.parent_path();
+    if (self.filename() == desktopName)
+        return {
+            .command = firstThere(folder / commandName, folder / "../../bin" / commandName), .desktop = self};
+    return {.command = self,
+        .desktop = firstThere(folder / desktopName, folder / "../libexec/orbitledge" / desktopName)};
+}
+
+} // namespace orbitledge

@@ -1,0 +1,24 @@
+#include "ui/AppDelegate.h"
+
+#include <QUrl>
+
+namespace orbitledge::ui {
+
+using namespace Qt::StringLiterals;
+
+AppDelegate::AppDelegate(
+    std::shared_ptr<UserNotificationCenter> notifications, std::shared_ptr<Workspace> workspace)
+    : m_notifications(std::move(notifications))
+    , m_workspace(std::move(workspace))
+{
+    connect(m_notifications.get(), &UserNotificationCenter::chosen, this, &AppDelegate::open);
+}
+
+void AppDelegate::open(const QMap<QString, QString> &userInfo, const QString &activationToken) const
+{
+    const QUrl page(userInfo.value(u"url"_s), QUrl::StrictMode);
+    if (page.isValid() && !page.isEmpty())
+        m_workspace->open(page, activationToken);
+}
+
+} // namespace orbitledge::ui
