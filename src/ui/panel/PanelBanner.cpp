@@ -54,7 +54,7 @@ PanelBanner::PanelBanner(QWidget *parent)
     m_row->addWidget(m_message, 1);
     m_row->addWidget(m_retry);
     m_around->addWidget(frame);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum); // a long message makes it higher
     connect(m_retry, &PlainButton::clicked, this, &PanelBanner::retryRequested);
     measure();
 }

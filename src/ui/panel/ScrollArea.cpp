@@ -1,5 +1,7 @@
 #include "ui/panel/ScrollArea.h"
 
+#include <QEvent>
+#include <QLayout>
 #include <QScrollArea>
 
 namespace orbitledge::ui {
@@ -18,10 +20,34 @@ public:
         setWidgetResizable(true);
         setWidget(content);
         content->setAutoFillBackground(false);
+        content->installEventFilter(this);
         viewport()->setAutoFillBackground(false);
     }
 
     QSize minimumSizeHint() const override { return {0, 0}; }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        keepHigh();
+        QScrollArea::resizeEvent(event);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::LayoutRequest)
+            keepHigh();
+        return QScrollArea::eventFilter(watched, event);
+    }
+
+private:
+    // The toolkit's own does not ask for a height that depends on the width.
+    void keepHigh()
+    {
+        const QLayout *const layout = widget()->layout();
+        if (layout != nullptr && layout->hasHeightForWidth())
+            widget()->setMinimumHeight(layout->minimumHeightForWidth(viewport()->width()));
+    }
 };
 
 } // namespace

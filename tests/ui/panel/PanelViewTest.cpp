@@ -1,0 +1,346 @@
+#include "ui/panel/PanelView.h"
+
+#include "support/PanelScenes.h"
+#include "support/WidgetTestMain.h"
+#include "ui/kit/ButtonBase.h"
+#include "ui/kit/Palette.h"
+#include "ui/kit/ThemedLabel.h"
+#include "ui/kit/Typography.h"
+#include "ui/panel/PanelBanner.h"
+#include "ui/panel/SubscriptionList.h"
+#include "ui/panel/WeekDayColumn.h"
+
+#include <QAccessible>
+#include <QScrollArea>
+#include <QSignalSpy>
+
+#include <optional>
+
+using namespace orbitledge;
+using namespace orbitledge::testing;
+using namespace orbitledge::ui;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const APIError offline = APIError::Transport{u"The Internet connection appears to be offline."_s};
+
+/// Whether what lies above a widget may scroll it into view.
+bool scrolls(const QWidget *widget)
+{
+    for (const QWidget *parent = widget->parentWidget(); parent != nullptr; parent = parent->parentWidget()) {
+        if (qobject_cast<const QAbstractScrollArea *>(parent) != nullptr)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+class PanelViewTest : public QObject {
+    Q_OBJECT
+
+private:
+    std::optional<StoreDesk> m_desk;
+    std::unique_ptr<PanelView> m_panel;
+
+    void open(const QByteArray &locale = "en_US")
+    {
+        m_panel = std::make_unique<PanelView>(*m_desk->store, localeNamed(locale), nullptr);
+        m_panel->resize(PanelView::panelSize);
+        applyColorScheme(*m_panel, ColorScheme::Light);
+        applyTextScale(*m_panel, 1);
+        m_panel->show();
+        m_panel->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_panel.get()));
+    }
+
+    [[nodiscard]] QStringList texts() const
+    {
+        QStringList texts;
+        for (const ThemedLabel *label : m_panel->findChildren<ThemedLabel *>()) {
+            if (label->isVisible())
+                texts.append(label->text());
+        }
+        return texts;
+    }
+    [[nodiscard]] ButtonBase *button(const QString &name) const
+    {
+        for (ButtonBase *button : m_panel->findChildren<ButtonBase *>()) {
+            const QString own
+                = button->accessibleName().isEmpty() ? button->text() : button->accessibleName();
+            if (button->isVisible() && own == name)
+                return button;
+        }
+        return nullptr;
+    }
+
+private Q_SLOTS:
+    void init() { m_desk.emplace(); }
+    void cleanup()
+    {
+        m_panel.reset();
+        m_desk.reset();
+    }
+
+    void shouldCheckTheSessionFirst()
+    {
+        m_desk->make();
+        m_desk->store->start();
+        m_desk->settle();
+        open();
+        QCOMPARE(m_panel->screen(), PanelScreen::CheckingSession);
+        QCOMPARE(texts(), QStringList{u"Checking session…"_s});
+        QCOMPARE(m_panel->findChild<ThemedLabel *>()->accessibleName(),
+            u"Checking your saved Orbitledge session"_s);
+    }
+
+    void shouldOfferAWayOutWhereTheSessionCannotBeChecked()
+    {
+        m_desk->make();
+        failNext(*m_desk, offline);
+        open();
+        QCOMPARE(m_panel->screen(), PanelScreen::SessionRecovery);
+        QVERIFY(texts().contains(u"Can’t reach Orbitledge"_s));
+        QVERIFY(texts().contains(u"The Internet connection appears to be offline."_s));
+        m_desk->api->calls.clear();
+        button(u"Retry"_s)->click();
+        m_desk->settle();
+        QCOMPARE(m_desk->api->calls, (QStringList{u"fetchProfile"_s, u"fetchSubscriptions"_s}));
+        QVERIFY(texts().contains(u"Orbitledge couldn’t check your saved session."_s));
+        m_desk->api->answerAll();
+        m_desk->settle();
+
+        button(u"Sign in instead"_s)->click();
+        m_desk->api->answerAll();
+        m_desk->settle();
+        QVERIFY(m_desk->api->calls.contains(u"signOut"_s));
+        QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
+    }
+
+    void shouldShowWhatIsAboutToCharge()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        const QStringList shown = texts();
+        for (const QString &text : {u"March 2026"_s, u"$1,463.26"_s, u"/ month"_s, u"9 active"_s, u"$78.96"_s,
+                 u"left to charge"_s, u"Partial total"_s, u"THIS WEEK"_s})
+            QVERIFY2(shown.contains(text), qPrintable(text));
+        const auto days = m_panel->findChildren<WeekDayColumn *>();
+        QCOMPARE(days.size(), 7);
+        QCOMPARE(days[3]->accessibleName(), u"Wednesday, March 18, 2026, 1 renewal"_s);
+        QCOMPARE(days[5]->accessibleName(), u"Friday, March 20, 2026, 2 renewal"_s);
+    }
+
+    void shouldTellAndRetryWhereTheFetchFailed()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        QVERIFY(!m_panel->findChild<PanelBanner *>()->isVisible());
+        failNext(*m_desk, offline);
+        QVERIFY(m_panel->findChild<PanelBanner *>()->isVisible());
+        QVERIFY(texts().contains(u"Offline — showing data from 9:41\u202fAM"_s));
+        QVERIFY(texts().contains(u"$1,463.26"_s));
+        m_desk->api->calls.clear();
+        m_desk->api->profile = sampleAmerican();
+        button(u"Retry"_s)->click();
+        m_desk->settle();
+        // Still offline, as far as is known.
+        QVERIFY(button(u"Retry"_s) != nullptr);
+        m_desk->api->answerAll();
+        m_desk->settle();
+        QVERIFY(!m_panel->findChild<PanelBanner *>()->isVisible());
+        m_desk->store->refresh();
+        m_desk->settle();
+        QVERIFY(texts().contains(u"Updating cached subscriptions…"_s));
+        QVERIFY(button(u"Retry"_s) == nullptr);
+    }
+
+    void shouldInviteToAddTheFirst()
+    {
+        showList(*m_desk, {});
+        open();
+        QVERIFY(texts().contains(u"No subscriptions yet"_s));
+        QVERIFY(texts().contains(u"Add your first renewal to see what’s charging next."_s));
+        button(u"Add a subscription"_s)->click();
+        QVERIFY(m_desk->store->state().isQuickAddPresented);
+        QCOMPARE(m_panel->screen(), PanelScreen::QuickAdd);
+    }
+
+    void shouldGiveTheKeyboardBackToTheAddButton()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        button(u"Add"_s)->click();
+        QCOMPARE(m_panel->screen(), PanelScreen::QuickAdd);
+        QVERIFY(m_panel->takeEscape());
+        QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        QVERIFY(button(u"Add"_s)->hasFocus());
+        // There is nothing more to close.
+        QVERIFY(!m_panel->takeEscape());
+    }
+
+    void shouldOpenPagesOfTheWebApplication()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        button(u"Full calendar"_s)->click();
+        SubscriptionRow *const row = m_panel->findChild<SubscriptionList *>()->rows().first();
+        row->click();
+        m_desk->settle();
+        const QString id = sampleList().first().id.toString(QUuid::WithoutBraces).toUpper();
+        QCOMPARE(m_desk->workspace->opened,
+            (QList<QUrl>{QUrl(u"https://example.com/calendar"_s),
+                QUrl(u"https://example.com/subscriptions/"_s + id + u"/edit"_s)}));
+    }
+
+    void shouldOpenTheSettings()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        QSignalSpy requested(m_panel.get(), &PanelView::settingsRequested);
+        button(u"Settings"_s)->click();
+        QCOMPARE(requested.size(), 1);
+        QTest::keyClick(m_panel.get(), Qt::Key_Comma, Qt::ControlModifier);
+        QCOMPARE(requested.size(), 2);
+    }
+
+    void shouldOfferANewerVersion()
+    {
+        m_desk->releases->manifest = sampleRelease(u"1.4.2"_s);
+        showList(*m_desk, sampleList());
+        open();
+        QVERIFY(texts().contains(u"Version 1.4.2 is available"_s));
+        button(u"Open the download page for version 1.4.2"_s)->click();
+        m_desk->settle();
+        QCOMPARE(m_desk->workspace->opened, QList<QUrl>{QUrl(u"https://example.com/download"_s)});
+        button(u"Dismiss the version 1.4.2 update notice"_s)->click();
+        QVERIFY(!texts().contains(u"Version 1.4.2 is available"_s));
+        QCOMPARE(m_desk->settings->dismissedUpdateVersion(), u"1.4.2"_s);
+    }
+
+    void shouldCostNothingWhileItIsHidden()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        m_panel->hide();
+        const QStringList before
+            = m_panel->findChild<SubscriptionList *>()->rows().first()->content().name.split(u'-');
+        QList<Subscription> renamed = sampleList();
+        renamed[0].name = u"Renamed"_s;
+        m_desk->api->subscriptions = renamed;
+        m_desk->api->isQuick = true;
+        QCoro::waitFor(m_desk->store->refresh());
+        QCOMPARE(m_panel->findChild<SubscriptionList *>()->rows().first()->content().name, before.first());
+        m_panel->show();
+        QCOMPARE(m_panel->findChild<SubscriptionList *>()->rows().first()->content().name, u"Renamed"_s);
+    }
+
+    void shouldFollowTheStoreThroughAllScreens()
+    {
+        m_desk->api->hasSession = false;
+        m_desk->make();
+        open();
+        QCOMPARE(m_panel->screen(), PanelScreen::CheckingSession);
+        QCoro::waitFor(m_desk->store->start());
+        QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
+        m_desk->api->isQuick = true;
+        m_desk->api->profile = sampleAmerican();
+        m_desk->api->subscriptions = sampleList();
+        (void)QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s));
+        QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        QCoro::waitFor(m_desk->store->signOut());
+        QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
+        m_desk->settle();
+    }
+
+    void shouldGiveEverythingThatTakesFocusAName_data() { sceneRows(false); }
+    void shouldGiveEverythingThatTakesFocusAName()
+    {
+        QFETCH(int, scene);
+        panelScenes()[std::size_t(scene)].prepare(*m_desk);
+        open();
+        for (QWidget *widget : m_panel->findChildren<QWidget *>()) {
+            if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus
+                || qobject_cast<SubscriptionList *>(widget) != nullptr)
+                continue;
+            const QAccessibleInterface *const seen = QAccessible::queryAccessibleInterface(widget);
+            QVERIFY2(seen != nullptr && !seen->text(QAccessible::Name).isEmpty(),
+                widget->metaObject()->className());
+            QVERIFY(seen->role() != QAccessible::NoRole && seen->role() != QAccessible::Client);
+        }
+    }
+
+    void shouldCutNothingOffAndLayNothingOverAnother_data() { sceneRows(true); }
+    void shouldCutNothingOffAndLayNothingOverAnother()
+    {
+        QFETCH(int, scene);
+        QFETCH(qreal, textScale);
+        QFETCH(QByteArray, locale);
+        panelScenes()[std::size_t(scene)].prepare(*m_desk);
+        open(locale);
+        applyTextScale(*m_panel, textScale);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_panel->size(), PanelView::panelSize);
+        QList<QWidget *> things;
+        for (QWidget *widget : m_panel->findChildren<QWidget *>()) {
+            if (widget->isVisible()
+                && (qobject_cast<ThemedLabel *>(widget) != nullptr
+                    || qobject_cast<ButtonBase *>(widget) != nullptr
+                    || qobject_cast<WeekDayColumn *>(widget) != nullptr))
+                things.append(widget);
+        }
+        QVERIFY(!things.isEmpty());
+        for (const QWidget *widget : std::as_const(things)) {
+            const QByteArray who = widget->metaObject()->className() + QByteArray(" ")
+                + (qobject_cast<const ThemedLabel *>(widget) != nullptr
+                        ? static_cast<const ThemedLabel *>(widget)->text().toUtf8()
+                        : widget->accessibleName().toUtf8());
+            const QRect place(widget->mapTo(m_panel.get(), QPoint()), widget->size());
+            QVERIFY2(place.left() >= 0 && place.right() < 360, who.constData());
+            if (!scrolls(widget))
+                QVERIFY2(place.top() >= 0 && place.bottom() < 480, who.constData());
+            // It has the room that it needs, unless it knows how to do with less.
+            const auto *const label = qobject_cast<const ThemedLabel *>(widget);
+            if (label != nullptr && label->look().overflow == ThemedLabel::Overflow::Wrap)
+                QVERIFY2(widget->height() >= label->heightForWidth(widget->width()), who.constData());
+            else if (label != nullptr && label->look().overflow == ThemedLabel::Overflow::Keep)
+                QVERIFY2(widget->width() >= widget->sizeHint().width()
+                        && widget->height() >= widget->sizeHint().height(),
+                    who.constData());
+            else if (label == nullptr && qobject_cast<const SubscriptionRow *>(widget) == nullptr)
+                QVERIFY2(widget->width() >= widget->minimumSizeHint().width()
+                        && widget->height() >= widget->minimumSizeHint().height(),
+                    who.constData());
+            for (const QWidget *other : std::as_const(things)) {
+                if (other <= widget || other->parentWidget() != widget->parentWidget())
+                    continue;
+                QVERIFY2(!other->geometry().intersects(widget->geometry()),
+                    (who + " over " + other->metaObject()->className()).constData());
+            }
+        }
+    }
+
+private:
+    static void sceneRows(bool inAllManners)
+    {
+        QTest::addColumn<int>("scene");
+        QTest::addColumn<qreal>("textScale");
+        QTest::addColumn<QByteArray>("locale");
+        const auto scenes = panelScenes();
+        for (int i = 0; i < int(scenes.size()); ++i) {
+            const QByteArray name = scenes[std::size_t(i)].name.toLatin1();
+            QTest::newRow(name.constData()) << i << 1.0 << QByteArray("en_US");
+            if (!inAllManners)
+                continue;
+            for (const qreal scale : {1.25, 1.5, 2.0})
+                QTest::addRow("%s at %g", name.constData(), scale) << i << scale << QByteArray("en_US");
+            for (const char *locale : {"de_DE", "ar_EG", "ja_JP"})
+                QTest::addRow("%s in %s", name.constData(), locale) << i << 1.0 << QByteArray(locale);
+        }
+    }
+};
+
+ORBITLEDGE_WIDGET_TEST_MAIN(PanelViewTest)
+#include "PanelViewTest.moc"
