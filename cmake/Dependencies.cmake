@@ -9,11 +9,12 @@ find_package(ZLIB REQUIRED)
 find_package(ICU 72 REQUIRED COMPONENTS uc i18n)
 find_package(Boost 1.74 REQUIRED)
 find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb xcb-xfixes)
 
 if(ORBITLEDGE_DEMO_SERVICE)
     # The product links none of these.
     find_package(Qt6 6.4 REQUIRED COMPONENTS HttpServer Network Sql)
-    find_package(PkgConfig REQUIRED)
     pkg_check_modules(sodium REQUIRED IMPORTED_TARGET libsodium)
 endif()
 if(ORBITLEDGE_TESTS)

@@ -203,7 +203,7 @@ private Q_SLOTS:
         button(u"Settings"_s)->click();
         QCOMPARE(requested.size(), 1);
         QTest::keyClick(m_panel.get(), Qt::Key_Comma, Qt::ControlModifier);
-        QCOMPARE(requested.size(), 2);
+        QTRY_COMPARE(requested.size(), 2); // a shortcut presses the button for a moment
     }
 
     void shouldOfferANewerVersion()

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "locale/Locale.h"
+#include "locale/MoneyFormatter.h"
+#include "platform/DesktopPreferences.h"
+#include "platform/UserNotificationCenter.h"
+#include "state/AppStore.h"
+#include "ui/AppDelegate.h"
+#include "ui/WindowAppearanceApplier.h"
+#include "ui/panel/PanelView.h"
+#include "ui/tray/PanelWindow.h"
+#include "ui/tray/TrayHost.h"
+#include "ui/tray/TrayIcon.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+namespace orbitledge::ui {
+
+/// The program with its face: the icon in the tray, the panel that it opens, and what answers for
+/// notifications.
+class OrbitledgeApp : public QObject {
+    Q_OBJECT
+
+public:
+    struct Parts {
+        std::shared_ptr<AppStore> store;
+        std::shared_ptr<AppSettings> settings;
+        std::shared_ptr<UserNotificationCenter> notifications;
+        std::shared_ptr<Workspace> workspace;
+        std::shared_ptr<DesktopPreferences> preferences;
+        Locale locale;
+        /// May be absent; then logos are initials.
+        std::shared_ptr<LogoImages> logos;
+        /// The application's.
+        Style *style = nullptr;
+    };
+
+    enum class Start {
+        /// Somebody wants to see it.
+        Open,
+        /// Only the icon appears, as at login.
+        Background,
+    };
+
+    explicit OrbitledgeApp(Parts parts);
+    ~OrbitledgeApp() override;
+
+    /// Begins the store's work, whether or not the panel is ever opened, and shows what is to be shown. Call
+    /// it once, with an event loop to come.
+    void launch(Start start);
+
+    void openPanel();
+
+    PanelWindow &panelWindow() { return *m_window; }
+
+Q_SIGNALS:
+    void settingsRequested();
+    void quitRequested();
+
+private:
+    void followStore();
+    void updateIcon();
+    void openWhenTrayIsKnown();
+    void openAt(const PanelAnchor &anchor);
+
+    Parts m_parts;
+    AppDelegate m_delegate;
+    WindowAppearanceApplier m_appearance;
+    MoneyFormatter m_money;
+    TrayHost m_host;
+    TrayIcon m_icon;
+    PanelView *m_panel;
+    std::unique_ptr<PanelWindow> m_window;
+    /// So that several changes in a row draw the icon once.
+    QTimer m_iconUpdate;
+    bool m_isToOpen = false;
+    bool m_isLaunched = false;
+};
+
+} // namespace orbitledge::ui

@@ -1,0 +1,100 @@
+#include "ui/tray/NotifierHostWatch.h"
+
+#include "platform/SerialQueue.h"
+
+#include <QCoroDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusVariant>
+#include <QPointer>
+
+namespace orbitledge::ui {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto serviceName = "org.kde.StatusNotifierWatcher"_L1;
+constexpr auto objectPath = "/StatusNotifierWatcher"_L1;
+
+constexpr int patience = 5'000; // milliseconds
+
+QDBusMessage question()
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(
+        serviceName, objectPath, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    message << QString(serviceName) << u"IsStatusNotifierHostRegistered"_s;
+    // Whoever wants a tray brings one; nobody is started for us.
+    message.setAutoStartService(false);
+    return message;
+}
+
+} // namespace
+
+NotifierHostWatch::NotifierHostWatch(QObject *parent)
+    : QObject(parent)
+{
+}
+
+QCoro::Task<> NotifierHostWatch::start()
+{
+    const QPointer<NotifierHostWatch> self(this);
+    SerialQueue background;
+    // A process connects once, and that waits.
+    const auto connect = [] { return QDBusConnection::sessionBus().isConnected(); };
+    auto connecting = background.run(connect);
+    const bool hasBus = co_await connecting;
+    if (!self || !hasBus)
+        co_return;
+    self->follow();
+    auto asking = self->askOnce();
+    co_await asking;
+}
+
+void NotifierHostWatch::follow()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    // From anybody, since where a sender is named the toolkit asks the bus for it, and waits. What is said is
+    // not believed anyway, but asked for.
+    const QString anybody;
+    for (const auto &name : {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s})
+        bus.connect(anybody, objectPath, serviceName, name, this, SLOT(ask()));
+    connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+        [this](const QString &, const QString &, const QString &newOwner) {
+            // The next one begins without a host.
+            setHasHost(false);
+            if (!newOwner.isEmpty())
+                ask();
+            else
+                ++m_question;
+        });
+    m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    m_watcher.setConnection(bus);
+    m_watcher.addWatchedService(serviceName);
+}
+
+void NotifierHostWatch::ask()
+{
+    askOnce();
+}
+
+QCoro::Task<> NotifierHostWatch::askOnce()
+{
+    const QPointer<NotifierHostWatch> self(this);
+    const int number = ++m_question;
+    const QDBusPendingCall asking = QDBusConnection::sessionBus().asyncCall(question(), patience);
+    const QDBusMessage answer = co_await asking;
+    if (!self || self->m_question != number)
+        co_return;
+    const auto value = answer.arguments().value(0).value<QDBusVariant>();
+    self->setHasHost(answer.type() == QDBusMessage::ReplyMessage && value.variant().toBool());
+}
+
+void NotifierHostWatch::setHasHost(bool hasHost)
+{
+    if (std::exchange(m_hasHost, hasHost) != hasHost)
+        Q_EMIT changed();
+}
+
+} // namespace orbitledge::ui
