@@ -1,6 +1,7 @@
 #include "BuildInfo.h"
 #include "cli/CommandLine.h"
 #include "composition/SystemParts.h"
+#include "platform/linux/InstalledPrograms.h"
 #include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/SettingsFile.h"
@@ -17,8 +18,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <clocale>
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 using namespace orbitledge;
@@ -66,6 +70,20 @@ tl::expected<ExitCode, QString> withStore(int argc, char **argv, const StoreComm
     return end;
 }
 
+QString becomeDesktop(const std::vector<QByteArray> &arguments)
+{
+    std::error_code error;
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path program = InstalledPrograms::besides(self).desktop;
+    std::vector<char *> words{const_cast<char *>(program.c_str())};
+    for (const QByteArray &argument : arguments)
+        words.push_back(const_cast<char *>(argument.constData()));
+    words.push_back(nullptr);
+    ::execv(program.c_str(), words.data());
+    const std::string reason = std::system_category().message(errno);
+    return QString::fromStdString(program.string() + ": " + reason);
+}
+
 Environment systemEnvironment(int argc, char **argv)
 {
     // Only the encoding: numbers and dates are formatted by their own rules, not by the C library's.
@@ -89,6 +107,7 @@ Environment systemEnvironment(int argc, char **argv)
         = [](const QString &prompt) { return readPassword(STDIN_FILENO, prompt.toLocal8Bit()); },
         .withStore = [argc, argv](const StoreCommand &command) { return withStore(argc, argv, command); },
         .deliverReminders = [argc, argv] { return deliverReminders(argc, argv); },
+        .becomeDesktop = becomeDesktop,
         .writeOutput
         = [](const QByteArray &bytes) { return PosixFileStore::writeDescriptor(STDOUT_FILENO, bytes); },
         .writeError = [](const QByteArray &bytes) { PosixFileStore::writeDescriptor(STDERR_FILENO, bytes); },

@@ -13,6 +13,7 @@ complete -c orbitledge -n __fish_use_subcommand -a reminders -d 'Print which rem
 complete -c orbitledge -n __fish_use_subcommand -a deliver-reminders -d 'Show the reminders that are due'
 complete -c orbitledge -n __fish_use_subcommand -a sign-out -d 'Sign out, and remove what was fetched'
 complete -c orbitledge -n __fish_use_subcommand -l version -d 'Print the version'
+complete -c orbitledge -n __fish_use_subcommand -l background -d 'Start with the icon only'
 complete -c orbitledge -s h -l help -d 'Print help'
 complete -c orbitledge -n '__fish_seen_subcommand_from timeline status reminders' -l snapshot -r -F -d 'Read this file instead of the saved data'
 complete -c orbitledge -n '__fish_seen_subcommand_from timeline status reminders' -l currency -x -a 'AUD BRL CAD CHF CNY CZK DKK EUR GBP HUF INR JPY MXN NOK NZD PLN SEK TRY USD ZAR' -d 'Give the totals in this currency'

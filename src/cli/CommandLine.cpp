@@ -3,6 +3,7 @@
 #include "BuildInfo.h"
 #include "cli/DeliverRemindersCommand.h"
 #include "cli/HelpTexts.h"
+#include "cli/PanelCommand.h"
 #include "cli/RemindersCommand.h"
 #include "cli/SessionCommands.h"
 #include "cli/StatusCommand.h"
@@ -14,12 +15,12 @@ using namespace Qt::StringLiterals;
 
 ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &environment)
 {
-    if (words.empty()) {
-        reportError(environment, u"a command is missing, \"orbitledge --help\" lists them"_s);
-        return ExitCode::Usage;
-    }
+    if (words.empty())
+        return runPanel(words, environment);
     const QByteArray &command = words.front();
     const auto rest = words.subspan(1);
+    if (command == "--background")
+        return runPanel(words, environment);
     if (command == "timeline")
         return runTimeline(rest, environment);
     if (command == "status")

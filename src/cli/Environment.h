@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace orbitledge {
 
@@ -49,6 +50,9 @@ struct Environment {
     std::function<tl::expected<ExitCode, QString>(const StoreCommand &)> withStore;
     /// Shows the reminders that are due, with an event loop of its own.
     std::function<NotificationDelivery()> deliverReminders;
+    /// Replaces this process by the program with windows. Comes back only where that failed, with a reason
+    /// for people.
+    std::function<QString(const std::vector<QByteArray> &arguments)> becomeDesktop;
     /// False where not everything could be written.
     std::function<bool(const QByteArray &)> writeOutput;
     std::function<void(const QByteArray &)> writeError;

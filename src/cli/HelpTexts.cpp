@@ -4,8 +4,10 @@ namespace orbitledge {
 
 QString generalHelp()
 {
-    return QStringLiteral(R"(Usage: orbitledge COMMAND [OPTION]...
-Shows what your subscriptions are about to charge.
+    return QStringLiteral(R"(Usage: orbitledge [--background]
+       orbitledge COMMAND [OPTION]...
+Shows what your subscriptions are about to charge: without a command in the
+panel, with an icon in the tray.
 
 Commands:
   sign-in      sign in to your account, and fetch its subscriptions
@@ -18,8 +20,9 @@ Commands:
                show the reminders that are due; a timer does that for you
 
 Options:
-  -h, --help   print this help, or that of a command
-  --version    print the version
+  --background  start with the icon only, as at login
+  -h, --help    print this help, or that of a command
+  --version     print the version
 
 "orbitledge COMMAND --help" tells more about a command; so does man orbitledge.
 )");

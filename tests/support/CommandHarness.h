@@ -18,6 +18,9 @@
 
 #include <QHash>
 
+#include <optional>
+#include <vector>
+
 namespace orbitledge::testing {
 
 /// The command line without a machine: files, streams, variables and the service are the test's.
@@ -40,6 +43,9 @@ struct CommandHarness {
 
     /// How showing what is due ends.
     NotificationDelivery delivery = NotificationDelivery::Done;
+
+    /// With what the program with windows was started; absent where it was not.
+    std::optional<std::vector<QByteArray>> desktopArguments;
 
     // Of the last run
     QByteArray output;
@@ -65,6 +71,11 @@ struct CommandHarness {
             return QCoro::waitFor(command(makeStore()));
         },
         .deliverReminders = [this] { return delivery; },
+        .becomeDesktop =
+            [this](const std::vector<QByteArray> &arguments) {
+                desktopArguments = arguments;
+                return QStringLiteral("/usr/libexec/orbitledge-desktop: No such file or directory");
+            },
         .writeOutput =
             [this](const QByteArray &bytes) {
                 output += bytes;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/DesktopPreferences.h"
+
+namespace orbitledge::testing {
+
+/// A desktop whose preferences the test sets.
+class FakeDesktopPreferences final : public DesktopPreferences {
+public:
+    Colors preferredColors = Colors::NoPreference;
+    bool isMotionReduced = false;
+    double scale = 1;
+
+    [[nodiscard]] Colors colors() const override { return preferredColors; }
+    [[nodiscard]] bool reducesMotion() const override { return isMotionReduced; }
+    [[nodiscard]] double textScale() const override { return scale; }
+
+    void announce() { Q_EMIT changed(); }
+};
+
+} // namespace orbitledge::testing

@@ -1,0 +1,131 @@
+#include "ui/OrbitledgeApp.h"
+
+#include "support/FakeDesktopPreferences.h"
+#include "support/PanelScenes.h"
+#include "support/WidgetTestMain.h"
+
+#include <QSignalSpy>
+
+using namespace orbitledge;
+using namespace orbitledge::testing;
+using namespace orbitledge::ui;
+using namespace Qt::StringLiterals;
+
+/// Without a bus and without a tray.
+class OrbitledgeAppTest : public QObject {
+    Q_OBJECT
+
+private:
+    std::optional<StoreDesk> m_desk;
+    std::shared_ptr<AppStore> m_store;
+    std::unique_ptr<OrbitledgeApp> m_app;
+
+    void make()
+    {
+        m_desk.emplace();
+        m_desk->api->isQuick = true;
+        m_desk->api->profile = sampleAmerican();
+        m_desk->api->subscriptions = sampleList();
+        m_desk->make();
+        m_store = std::move(m_desk->store);
+        m_app = std::make_unique<OrbitledgeApp>(OrbitledgeApp::Parts{
+            .store = m_store,
+            .settings = m_desk->settings,
+            .notifications = m_desk->center,
+            .workspace = m_desk->workspace,
+            .preferences = std::make_shared<FakeDesktopPreferences>(),
+            .locale = localeNamed("en_US"),
+            .logos = nullptr,
+            .style = nullptr,
+        });
+    }
+
+    [[nodiscard]] qsizetype fetches() const { return m_desk->api->calls.count(u"fetchProfile"_s); }
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        m_app.reset();
+        m_store.reset();
+        m_desk.reset();
+    }
+
+    void shouldWorkWithoutAnyoneOpeningThePanel()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Background);
+        QTRY_COMPARE(m_store->state().authState, AuthState::SignedIn);
+        QCOMPARE(fetches(), 1);
+        QVERIFY(!m_app->panelWindow().isVisible());
+        // Also after the time in which a tray would be waited for.
+        QVERIFY(!QTest::qWaitFor([this] { return m_app->panelWindow().isVisible(); }, 2000));
+    }
+
+    void shouldOpenAWindowWhereThereIsNoTray()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Open);
+        QTRY_VERIFY(m_app->panelWindow().isVisible());
+        QCOMPARE(m_app->panelWindow().manner(), PanelWindow::Manner::Window);
+    }
+
+    void shouldFetchAnewEachTimeThatThePanelIsShown()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Background);
+        QTRY_COMPARE(m_store->state().authState, AuthState::SignedIn);
+        m_app->openPanel();
+        QTRY_COMPARE(fetches(), 2);
+        m_app->panelWindow().hide();
+        m_app->openPanel();
+        QTRY_COMPARE(fetches(), 3);
+    }
+
+    void shouldCloseOnEscapeWhereNothingInsideTakesItFirst()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Background);
+        QTRY_COMPARE(m_store->state().authState, AuthState::SignedIn);
+        m_app->openPanel();
+        m_store->setQuickAddPresented(true);
+        QTest::keyClick(&m_app->panelWindow(), Qt::Key_Escape);
+        QVERIFY(!m_store->state().isQuickAddPresented);
+        QVERIFY(m_app->panelWindow().isVisible());
+        QTest::keyClick(&m_app->panelWindow(), Qt::Key_Escape);
+        QVERIFY(!m_app->panelWindow().isVisible());
+    }
+
+    void shouldQuitByTheKeyboard()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Background);
+        m_app->openPanel();
+        QSignalSpy quit(m_app.get(), &OrbitledgeApp::quitRequested);
+        QTest::keyClick(&m_app->panelWindow(), Qt::Key_Q, Qt::ControlModifier);
+        QCOMPARE(quit.size(), 1);
+    }
+
+    void shouldApplyTheChosenAppearanceAtOnce()
+    {
+        make();
+        m_app->openPanel();
+        m_desk->settings->setAppearance(Appearance::Dark);
+        QCOMPARE(colorSchemeOf(m_app->panelWindow().palette()), ColorScheme::Dark);
+        m_desk->settings->setAppearance(Appearance::Light);
+        QCOMPARE(colorSchemeOf(m_app->panelWindow().palette()), ColorScheme::Light);
+    }
+
+    void shouldMayBeDestroyedAtAnyTime()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Open);
+        m_app.reset();
+        make();
+        m_app->launch(OrbitledgeApp::Start::Open);
+        m_app->openPanel();
+        m_app.reset();
+    }
+};
+
+ORBITLEDGE_WIDGET_TEST_MAIN(OrbitledgeAppTest)
+#include "OrbitledgeAppTest.moc"
