@@ -340,6 +340,12 @@ QString DesktopLab::defaultKeyringCommand()
 
 void DesktopLab::startService(const QString &name, const QString &program, const QStringList &arguments)
 {
+    startProgram(name, program, arguments, [&] { return isOnBus(name); });
+}
+
+void DesktopLab::startProgram(const QString &name, const QString &program, const QStringList &arguments,
+    const std::function<bool()> &isUp)
+{
     std::unique_ptr<QProcess> &service = m_services[name];
     service = makeChild(name);
     service->setStandardOutputFile(QProcess::nullDevice());
@@ -347,7 +353,7 @@ void DesktopLab::startService(const QString &name, const QString &program, const
     await(qPrintable(name), [&] {
         if (service->state() == QProcess::NotRunning)
             qFatal("%s ended: %s", qPrintable(program), wordsOf(name).constData());
-        return isOnBus(name);
+        return isUp();
     });
 }
 

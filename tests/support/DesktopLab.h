@@ -105,6 +105,9 @@ public:
 
     /// Starts a program that then answers for `name` on the bus.
     void startService(const QString &name, const QString &program, const QStringList &arguments);
+    /// Starts a program that has no name on the bus, and waits until `isUp`.
+    void startProgram(const QString &name, const QString &program, const QStringList &arguments,
+        const std::function<bool()> &isUp);
     void pauseService(const QString &name);
     void resumeService(const QString &name);
     void killService(const QString &name);

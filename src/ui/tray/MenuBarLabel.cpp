@@ -44,8 +44,7 @@ QPixmap haloOf(const QRectF &area, const QColor &color)
 void paintMark(QPainter &painter, int side, ColorScheme colorScheme)
 {
     const QRectF area(0, 0, side, side);
-    const ColorScheme opposite
-        = colorScheme == ColorScheme::Light ? ColorScheme::Dark : ColorScheme::Light;
+    const ColorScheme opposite = colorScheme == ColorScheme::Light ? ColorScheme::Dark : ColorScheme::Light;
     painter.setOpacity(haloOpacity);
     painter.drawPixmap(0, 0, haloOf(area, colorOf(Tone::BlackAndWhite, opposite)));
     painter.setOpacity(1);
@@ -57,7 +56,8 @@ QFont badgeFont(int height)
     QFont font = QGuiApplication::font();
     font.setBold(true);
     font.setPixelSize(std::max(8, qRound(height * 0.82)));
-    // Colours at the edges of letters suit one order of the screen's pixels only; this goes to other programs.
+    // Colours at the edges of letters suit one order of the screen's pixels only; this goes to other
+    // programs.
     font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
     return font;
 }
@@ -100,7 +100,8 @@ public:
         const int side = std::min(rect.width(), rect.height());
         QPixmap pixmap = m_label.pixmap(qRound(side * ratio));
         pixmap.setDevicePixelRatio(ratio);
-        painter->drawPixmap(rect.x() + (rect.width() - side) / 2, rect.y() + (rect.height() - side) / 2, pixmap);
+        painter->drawPixmap(
+            rect.x() + (rect.width() - side) / 2, rect.y() + (rect.height() - side) / 2, pixmap);
     }
 
     QPixmap pixmap(const QSize &size, QIcon::Mode /*mode*/, QIcon::State /*state*/) override

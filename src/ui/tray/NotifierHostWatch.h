@@ -6,8 +6,8 @@
 
 namespace orbitledge::ui {
 
-/// Follows whether the session's bus has somebody who shows StatusNotifierItems: not whoever keeps the list of
-/// them, but a host that is registered there.
+/// Follows whether the session's bus has somebody who shows StatusNotifierItems: not whoever keeps the list
+/// of them, but a host that is registered there.
 class NotifierHostWatch : public QObject {
     Q_OBJECT
 

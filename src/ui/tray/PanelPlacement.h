@@ -24,8 +24,9 @@ struct ScreenArea {
 
 inline constexpr int panelGap = 4;
 
-/// The top left corner for a panel of that size: beside the bar that the icon is in, with a gap, on the icon's
-/// screen and within what is available there. A panel that is too large for that begins where the area begins.
+/// The top left corner for a panel of that size: beside the bar that the icon is in, with a gap, on the
+/// icon's screen and within what is available there. A panel that is too large for that begins where the area
+/// begins.
 QPoint placePanel(const PanelAnchor &anchor, const QList<ScreenArea> &screens, QSize panel);
 
 } // namespace orbitledge::ui

@@ -95,10 +95,9 @@ PanelWindow::Manner PanelWindow::mannerFor(bool isIconShown)
 void PanelWindow::takeManner()
 {
     const bool isPopup = m_manner == Manner::Popup;
-    const Qt::WindowFlags flags = isPopup
-        ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
-        : Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
-            | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
+    const Qt::WindowFlags flags = isPopup ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
+                                          : Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint
+            | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
     const bool isTranslucent = isPopup && isComposited();
     if (m_takenManner == m_manner && testAttribute(Qt::WA_TranslucentBackground) == isTranslucent)
         return;

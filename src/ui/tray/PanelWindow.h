@@ -39,8 +39,8 @@ public:
 
     /// Shows it, or brings it to the front.
     void showAt(const PanelAnchor &anchor);
-    /// For a click on the icon. The click has taken the focus away before it comes here: a panel that was closed
-    /// by that stays closed.
+    /// For a click on the icon. The click has taken the focus away before it comes here: a panel that was
+    /// closed by that stays closed.
     void toggle(const PanelAnchor &anchor);
 
 Q_SIGNALS:

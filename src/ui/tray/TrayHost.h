@@ -26,8 +26,8 @@ public:
         Embedder,
     };
 
-    /// `hasX11` is whether windows are shown by X11. XEmbed of the X server within a Wayland session is of no use
-    /// to windows that are not its own.
+    /// `hasX11` is whether windows are shown by X11. XEmbed of the X server within a Wayland session is of no
+    /// use to windows that are not its own.
     explicit TrayHost(bool hasX11, QObject *parent = nullptr);
 
     /// Whether this program's windows are shown by X11.

@@ -1,0 +1,306 @@
+// The icon in the bar of a real desktop, and the panel beside it, with a real mouse and keyboard.
+
+#include "support/Pixels.h"
+#include "support/ProbeDriver.h"
+#include "support/TestMain.h"
+#include "support/XfceDesk.h"
+
+#include <QElapsedTimer>
+#include <QRegularExpression>
+
+using namespace orbitledge::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Session {
+    DesktopLab lab{DesktopLab::Options{.hasDisplay = true}};
+    XfceDesk desk;
+
+    explicit Session(XfceDesk::Edge edge = XfceDesk::Edge::Top)
+        : desk(lab, edge)
+    {
+    }
+};
+
+class Tray : public ProbeDriver {
+public:
+    explicit Tray(const Session &session)
+        : Tray(session.lab.environment())
+    {
+    }
+    explicit Tray(const QProcessEnvironment &environment)
+        : ProbeDriver(environment, QStringLiteral(ORBITLEDGE_TRAY_PROBE))
+    {
+        awaitLine("known");
+    }
+
+    struct Panel {
+        bool isVisible = false;
+        QRect place;
+        bool hasFocus = false;
+    };
+    Panel panel()
+    {
+        const QList<QByteArray> words = tell("panel").split(' ');
+        if (words.size() != 5)
+            return {};
+        return {true, QRect(words[0].toInt(), words[1].toInt(), words[2].toInt(), words[3].toInt()),
+            words[4] == "focus"};
+    }
+    void awaitFocus()
+    {
+        DesktopLab::await("the panel to have the focus", [&] { return panel().hasFocus; });
+    }
+    void awaitHost(const QByteArray &kind)
+    {
+        DesktopLab::await("the host", [&] { return tell("host") == kind; });
+    }
+};
+
+/// Keeps a picture to be looked at, where somebody asks for it.
+void keep(const QImage &image, const QString &name)
+{
+    const QString folder = qEnvironmentVariable("ORBITLEDGE_TEST_PICTURES");
+    if (!folder.isEmpty())
+        image.save(folder + u'/' + name + u".png"_s);
+}
+
+} // namespace
+
+class TrayTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    // ---- the icon, in any order ----
+
+    void shouldShowItsBadgeInABarThatWasThereBefore()
+    {
+        Session session;
+        session.desk.startBar();
+        Tray tray(session);
+        tray.awaitHost("notifier");
+        tray.tell("badge 3");
+        const QRect badge = session.desk.awaitBadge();
+        keep(session.desk.screen(), u"badge"_s);
+        QVERIFY(badge.bottom() < 30); // in the bar
+        tray.tell("badge");
+        session.desk.awaitNoBadge();
+        tray.tell("badge 9+");
+        session.desk.awaitBadge();
+    }
+
+    void shouldTellWhereNothingShowsIcons()
+    {
+        Session session;
+        Tray tray(session);
+        QCOMPARE(tray.tell("host"), "none");
+        QVERIFY(!tray.hasSaid("host"));
+        // By the mouse, as an ordinary window in the middle of anywhere.
+        tray.tell("open");
+        tray.awaitLine("shown");
+        QVERIFY(tray.panel().isVisible);
+    }
+
+    void shouldTellSoWithoutABus()
+    {
+        Session session;
+        QProcessEnvironment nowhere = session.lab.environment();
+        nowhere.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/nowhere"_s);
+        Tray tray(nowhere);
+        QCOMPARE(tray.tell("host"), "none");
+    }
+
+    void shouldTellSoWithoutX11()
+    {
+        const DesktopLab lab;
+        QProcessEnvironment environment = lab.environment();
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        Tray tray(environment);
+        QCOMPARE(tray.tell("host"), "none");
+        tray.tell("open");
+        tray.awaitLine("shown");
+    }
+
+    void shouldBeInABarThatComesLater()
+    {
+        Session session;
+        Tray tray(session);
+        tray.tell("badge 3");
+        session.desk.startBar();
+        session.desk.awaitBadge();
+    }
+
+    void shouldBeInTheBarEachTimeItStartsAnew()
+    {
+        Session session;
+        session.desk.startBar();
+        Tray tray(session);
+        tray.tell("badge 3");
+        session.desk.awaitBadge();
+        for (int i = 0; i < 3; ++i) {
+            session.desk.killBar();
+            tray.awaitHost("none");
+            session.desk.awaitNoBadge();
+            session.desk.startBar();
+            session.desk.awaitBadge();
+        }
+        // What it says meanwhile is shown afterwards.
+        session.desk.killBar();
+        tray.tell("badge");
+        session.desk.startBar();
+        tray.awaitHost("notifier");
+        tray.tell("badge 5");
+        session.desk.awaitBadge();
+    }
+
+    // ---- the panel ----
+
+    void shouldOpenByTheIconAndCloseAtASecondClick_data()
+    {
+        QTest::addColumn<XfceDesk::Edge>("edge");
+        QTest::addColumn<QPoint>("distance");
+        QTest::newRow("bar at the top") << XfceDesk::Edge::Top << QPoint(0, 1);
+        QTest::newRow("bar at the bottom") << XfceDesk::Edge::Bottom << QPoint(0, -1);
+        QTest::newRow("bar at the left") << XfceDesk::Edge::Left << QPoint(1, 0);
+        QTest::newRow("bar at the right") << XfceDesk::Edge::Right << QPoint(-1, 0);
+    }
+    void shouldOpenByTheIconAndCloseAtASecondClick()
+    {
+        QFETCH(const XfceDesk::Edge, edge);
+        QFETCH(const QPoint, distance);
+        Session session(edge);
+        session.desk.startWindowManager(XfceDesk::Compositing::Off);
+        session.desk.startBar();
+        Tray tray(session);
+        tray.tell("badge 3");
+        const QPoint icon = session.desk.awaitBadge().center();
+        session.desk.click(icon);
+        tray.awaitLine("shown");
+        tray.awaitFocus();
+        const QRect place = tray.panel().place;
+        keep(session.desk.screen(), QString::fromLatin1(QTest::currentDataTag()));
+        QCOMPARE(place.size(), QSize(360, 480));
+        QVERIFY(QRect(0, 0, 1024, 768).contains(place));
+        // Beside the bar, and near the icon along it.
+        const QPoint beside(icon + distance * 100);
+        QVERIFY2(place.contains(beside), qPrintable(u"%1,%2"_s.arg(place.x()).arg(place.y())));
+        QVERIFY(!place.contains(icon));
+
+        session.desk.click(icon);
+        tray.awaitLine("hidden");
+        QVERIFY(!tray.panel().isVisible);
+        session.desk.click(icon);
+        tray.awaitLine("shown");
+    }
+
+    void shouldCloseAtASecondClickAfterThePointerWasInIt()
+    {
+        // Then the click itself is what takes the focus away, or may.
+        Session session;
+        session.desk.startWindowManager(XfceDesk::Compositing::Off);
+        session.desk.startBar();
+        Tray tray(session);
+        tray.tell("badge 3");
+        const QPoint icon = session.desk.awaitBadge().center();
+        session.desk.click(icon);
+        tray.awaitFocus();
+        session.desk.click(tray.panel().place.center());
+        session.desk.click(icon);
+        tray.awaitLine("hidden");
+        QVERIFY(!QTest::qWaitFor([&] { return tray.panel().isVisible; }, 500));
+        QVERIFY(!tray.hasSaid("shown shown"));
+    }
+
+    void shouldCloseAtEscape()
+    {
+        Session session;
+        session.desk.startWindowManager(XfceDesk::Compositing::Off);
+        session.desk.startBar();
+        Tray tray(session);
+        tray.tell("badge 3");
+        session.desk.click(session.desk.awaitBadge().center());
+        tray.awaitFocus();
+        session.desk.press(u"Escape"_s);
+        tray.awaitLine("hidden");
+    }
+
+    void shouldCloseWhenSomebodyTurnsToAnotherWindow()
+    {
+        Session session;
+        session.desk.startWindowManager(XfceDesk::Compositing::Off);
+        session.desk.startBar();
+        Tray other(session.lab.environment());
+        other.tell("open");
+        other.awaitFocus();
+        Tray tray(session);
+        tray.tell("badge 3");
+        session.desk.click(session.desk.awaitBadge().center());
+        tray.awaitFocus();
+        const QRect place = tray.panel().place;
+        // It was not looked at yet.
+        const QPoint elsewhere = other.panel().place.topLeft() + QPoint(60, 300);
+        QVERIFY(!place.contains(elsewhere));
+        session.desk.click(elsewhere);
+        other.awaitFocus();
+        QVERIFY(!QTest::qWaitFor([&] { return !tray.panel().isVisible; }, 500));
+        session.desk.click(place.center());
+        tray.awaitFocus();
+        session.desk.click(elsewhere);
+        tray.awaitLine("hidden");
+        QVERIFY(!tray.panel().isVisible);
+    }
+
+    void shouldHaveRoundCornersWhereWindowsMayBeTranslucent_data()
+    {
+        QTest::addColumn<XfceDesk::Compositing>("compositing");
+        QTest::newRow("they may") << XfceDesk::Compositing::On;
+        QTest::newRow("they may not") << XfceDesk::Compositing::Off;
+    }
+    void shouldHaveRoundCornersWhereWindowsMayBeTranslucent()
+    {
+        QFETCH(const XfceDesk::Compositing, compositing);
+        Session session;
+        session.desk.startWindowManager(compositing);
+        session.desk.startBar();
+        Tray tray(session);
+        tray.tell("badge 3");
+        session.desk.click(session.desk.awaitBadge().center());
+        tray.awaitFocus();
+        const QRect place = tray.panel().place;
+        const QRgb paper
+            = orbitledge::ui::colorOf(orbitledge::ui::Tone::Paper, orbitledge::ui::ColorScheme::Light).rgb();
+        QTRY_COMPARE(session.desk.screen().pixel(place.center()), paper);
+        const QImage screen = session.desk.screen();
+        keep(screen, u"corners "_s + QString::fromLatin1(QTest::currentDataTag()));
+        // The desktop behind it is black.
+        const bool isRound = qGray(screen.pixel(place.bottomLeft() + QPoint(1, -1))) < 100;
+        QCOMPARE(isRound, compositing == XfceDesk::Compositing::On);
+    }
+
+    // ---- the menu ----
+
+    void shouldOfferEverythingInItsMenu()
+    {
+        Session session;
+        session.desk.startWindowManager(XfceDesk::Compositing::Off);
+        session.desk.startBar();
+        Tray tray(session);
+        tray.tell("badge 3");
+        tray.tell("next " + QByteArray("Salt & Pepper · tomorrow · €10.99").toPercentEncoding());
+        const QPoint icon = session.desk.awaitBadge().center();
+        const auto choose = [&](int downs) {
+            session.desk.click(icon, 3);
+            QTest::qWait(1); // lets the bar's events come
+            for (int i = 0; i < downs; ++i)
+                session.desk.press(u"Down"_s);
+            keep(session.desk.screen(), u"menu"_s);
+            session.desk.press(u"Return"_s);
+        };
+        choose(1);
+        tray.awaitLine("shown");
+    }
+};
+
+ORBITLEDGE_TEST_MAIN(TrayTest)
+#include "TrayTest.moc"

@@ -1,0 +1,155 @@
+#pragma once
+
+#include "support/DesktopLab.h"
+#include "ui/kit/Palette.h"
+
+#include <QDBusMessage>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QRect>
+#include <QTest>
+
+namespace orbitledge::testing {
+
+/// The bar of a real desktop, which shows what is in the tray, and a person with a mouse and a keyboard
+/// before it.
+class XfceDesk {
+public:
+    static QString watcherName() { return QStringLiteral("org.kde.StatusNotifierWatcher"); }
+
+    enum class Edge { Top, Bottom, Left, Right };
+
+    explicit XfceDesk(DesktopLab &lab, Edge edge = Edge::Top)
+        : m_lab(lab)
+    {
+        if (!QFile::copy(QStringLiteral("/usr/share/dbus-1/services/org.xfce.Xfconf.service"),
+                lab.path(QStringLiteral("services/org.xfce.Xfconf.service"))))
+            qFatal("xfconf is not installed");
+        lab.bus().call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+            QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
+            QStringLiteral("ReloadConfig")));
+        const QString folder = lab.path(QStringLiteral("config/xfce4/xfconf/xfce-perchannel-xml"));
+        QFile file(folder + QStringLiteral("/xfce4-panel.xml"));
+        if (!QDir().mkpath(folder) || !file.open(QIODevice::WriteOnly) || file.write(configuration(edge)) < 0)
+            qFatal("cannot write the bar's configuration");
+    }
+
+    void startBar()
+    {
+        m_lab.startService(
+            watcherName(), QStringLiteral("xfce4-panel"), {QStringLiteral("--disable-wm-check")});
+    }
+    void killBar() { m_lab.killService(watcherName()); }
+
+    enum class Compositing { Off, On };
+    /// One that gives the focus to what is clicked.
+    void startWindowManager(Compositing compositing)
+    {
+        const bool isOn = compositing == Compositing::On;
+        m_lab.startProgram(QStringLiteral("xfwm4"), QStringLiteral("xfwm4"),
+            {QStringLiteral("--compositor=") + (isOn ? QStringLiteral("on") : QStringLiteral("off"))}, [&] {
+                const QByteArray check = m_lab.run(QStringLiteral("xprop"),
+                    {QStringLiteral("-root"), QStringLiteral("_NET_SUPPORTING_WM_CHECK")});
+                return check.contains("window id");
+            });
+    }
+
+    /// What the whole screen shows.
+    [[nodiscard]] QImage screen()
+    {
+        const QString file = m_lab.path(QStringLiteral("screen.png"));
+        m_lab.run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), file});
+        return QImage(file).convertToFormat(QImage::Format_RGB32);
+    }
+
+    /// Where something is as red as a badge; empty where nothing is.
+    [[nodiscard]] QRect badge()
+    {
+        const QImage image = screen();
+        QRect place;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixel(x, y) == ui::badgeRed)
+                    place |= QRect(x, y, 1, 1);
+            }
+        }
+        return place;
+    }
+    QRect awaitBadge()
+    {
+        QRect place;
+        DesktopLab::await("a badge on the bar", [&] { return !(place = badge()).isEmpty(); });
+        return place;
+    }
+    void awaitNoBadge()
+    {
+        DesktopLab::await("no badge on the bar", [&] { return badge().isEmpty(); });
+    }
+
+    void pointAt(QPoint place)
+    {
+        m_lab.run(QStringLiteral("xdotool"),
+            {QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())});
+    }
+    void click(QPoint place, int button = 1)
+    {
+        pointAt(place);
+        m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("click"), QString::number(button)});
+    }
+    void press(const QString &key) { m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("key"), key}); }
+
+private:
+    static QByteArray configuration(Edge edge)
+    {
+        // Where the bar clings to, and where its middle is, on a screen of 1024 x 768.
+        QByteArray position;
+        switch (edge) {
+        case Edge::Top:
+            position = "p=11;x=512;y=15";
+            break;
+        case Edge::Bottom:
+            position = "p=12;x=512;y=753";
+            break;
+        case Edge::Left:
+            position = "p=7;x=15;y=384";
+            break;
+        case Edge::Right:
+            position = "p=3;x=1009;y=384";
+            break;
+        }
+        const bool isUpright = edge == Edge::Left || edge == Edge::Right;
+        return R"(<?xml version="1.0" encoding="UTF-8"?>
+<channel name="xfce4-panel" version="1.0">
+  <property name="configver" type="int" value="2"/>
+  <property name="panels" type="array">
+    <value type="int" value="1"/>
+    <property name="panel-1" type="empty">
+      <property name="position" type="string" value=")"
+            + position + R"("/>
+      <property name="mode" type="uint" value=")"
+            + (isUpright ? "1" : "0") + R"("/>
+      <property name="length" type="uint" value="100"/>
+      <property name="position-locked" type="bool" value="true"/>
+      <property name="size" type="uint" value="30"/>
+      <property name="plugin-ids" type="array">
+        <value type="int" value="1"/>
+        <value type="int" value="2"/>
+      </property>
+    </property>
+  </property>
+  <property name="plugins" type="empty">
+    <property name="plugin-1" type="string" value="separator">
+      <property name="expand" type="bool" value="true"/>
+    </property>
+    <property name="plugin-2" type="string" value="systray"/>
+  </property>
+</channel>
+)";
+    }
+
+    DesktopLab &m_lab;
+};
+
+} // namespace orbitledge::testing
