@@ -74,8 +74,10 @@ private Q_SLOTS:
         make();
         m_app->launch(OrbitledgeApp::Start::Background);
         QTRY_COMPARE(m_store->state().authState, AuthState::SignedIn);
+        m_desk->settle(); // one that is under way would do for both
         m_app->openPanel();
         QTRY_COMPARE(fetches(), 2);
+        m_desk->settle();
         m_app->panelWindow().hide();
         m_app->openPanel();
         QTRY_COMPARE(fetches(), 3);
@@ -100,6 +102,7 @@ private Q_SLOTS:
         make();
         m_app->launch(OrbitledgeApp::Start::Background);
         m_app->openPanel();
+        QVERIFY(QTest::qWaitForWindowActive(&m_app->panelWindow()));
         QSignalSpy quit(m_app.get(), &OrbitledgeApp::quitRequested);
         QTest::keyClick(&m_app->panelWindow(), Qt::Key_Q, Qt::ControlModifier);
         QCOMPARE(quit.size(), 1);

@@ -40,7 +40,9 @@ private Q_SLOTS:
         QTest::addColumn<ColorScheme>("toolkit");
         QTest::addColumn<ColorScheme>("expected");
         const auto row = [](const char *name, Appearance chosen, Colors preferred, ColorScheme toolkit,
-                             ColorScheme expected) { QTest::newRow(name) << chosen << preferred << toolkit << expected; };
+                             ColorScheme expected) {
+            QTest::newRow(name) << chosen << preferred << toolkit << expected;
+        };
         using enum ColorScheme;
         row("chosen light", Appearance::Light, Colors::Dark, Dark, Light);
         row("chosen dark", Appearance::Dark, Colors::Light, Light, Dark);
