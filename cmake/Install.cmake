@@ -1,4 +1,6 @@
 install(TARGETS orbitledge RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+# Nobody calls it by its name: the program looks for it there.
+install(TARGETS orbitledge-desktop RUNTIME DESTINATION libexec/orbitledge)
 install(FILES data/man/orbitledge.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES data/completions/orbitledge.bash
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME orbitledge)

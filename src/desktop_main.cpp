@@ -3,6 +3,7 @@
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/preferences/PortalPreferences.h"
 #include "ui/OrbitledgeApp.h"
+#include "ui/kit/Typography.h"
 
 #include <QApplication>
 #include <QLoggingCategory>
@@ -22,8 +23,28 @@ int fail(const QString &reason)
     return 1;
 }
 
+Locale locale()
+{
+    return Locale::fromEnvironment([](const char *name) { return qgetenv(name); });
+}
+
+/// The panel as it is once the data are fetched, for those who cannot look at it.
+int drawPicture(const SystemParts &parts, const QString &file)
+{
+    AppStore store(parts.store, parts.identity);
+    QCoro::waitFor(store.start());
+    PanelWindow window(new PanelView(store, locale(), nullptr));
+    applyColorScheme(
+        window, colorSchemeFor(store.settings().appearance(), DesktopPreferences::Colors::Light, {}));
+    applyTextScale(window, 1);
+    window.showAt({});
+    QCoreApplication::processEvents();
+    return window.grab().save(file) ? 0 : fail(file + u": the picture could not be written"_s);
+}
+
 } // namespace
 
+/// The program with windows, which orbitledge turns into. Besides --background it takes --picture FILE.
 int main(int argc, char **argv)
 {
     occupyStandardDescriptors();
@@ -36,9 +57,13 @@ int main(int argc, char **argv)
     auto *const style = new Style;
     QApplication::setStyle(style); // which owns it
 
-    const auto parts = SystemParts::make(Presence::Resident);
+    const QStringList arguments = QCoreApplication::arguments();
+    const qsizetype picture = arguments.indexOf(u"--picture"_s);
+    const auto parts = SystemParts::make(picture < 0 ? Presence::Resident : Presence::Short);
     if (!parts)
         return fail(parts.error());
+    if (picture >= 0)
+        return drawPicture(*parts, arguments.value(picture + 1));
     parts->notifications->start();
     OrbitledgeApp app({
         .store = std::make_shared<AppStore>(parts->store, parts->identity),
@@ -46,12 +71,12 @@ int main(int argc, char **argv)
         .notifications = parts->notifications,
         .workspace = parts->store.workspace,
         .preferences = std::make_shared<PortalPreferences>(),
-        .locale = Locale::fromEnvironment([](const char *name) { return qgetenv(name); }),
+        .locale = locale(),
         .logos = nullptr,
         .style = style,
     });
     QObject::connect(&app, &OrbitledgeApp::quitRequested, &application, &QCoreApplication::quit);
-    const bool isInBackground = QCoreApplication::arguments().contains(u"--background"_s);
+    const bool isInBackground = arguments.contains(u"--background"_s);
     app.launch(isInBackground ? OrbitledgeApp::Start::Background : OrbitledgeApp::Start::Open);
     return QCoreApplication::exec();
 }
