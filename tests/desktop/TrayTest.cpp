@@ -289,16 +289,27 @@ private Q_SLOTS:
         tray.tell("badge 3");
         tray.tell("next " + QByteArray("Salt & Pepper · tomorrow · €10.99").toPercentEncoding());
         const QPoint icon = session.desk.awaitBadge().center();
-        const auto choose = [&](int downs) {
+        const auto choose = [&](const QByteArrayList &keys) {
             session.desk.click(icon, 3);
-            QTest::qWait(1); // lets the bar's events come
-            for (int i = 0; i < downs; ++i)
-                session.desk.press(u"Down"_s);
-            keep(session.desk.screen(), u"menu"_s);
+            const QPoint inMenu(1000, 100);
+            DesktopLab::await("the menu", [&] { return qGray(session.desk.screen().pixel(inMenu)) > 100; });
+            for (const QByteArray &key : keys)
+                session.desk.press(QString::fromLatin1(key));
+            keep(session.desk.screen(), u"menu "_s + QString::fromLatin1(keys.join(' ')));
             session.desk.press(u"Return"_s);
+            DesktopLab::await("no menu", [&] { return qGray(session.desk.screen().pixel(inMenu)) < 100; });
         };
-        choose(1);
+        choose({"Up"});
+        tray.awaitLine("quit-requested");
+        choose({"Up", "Up"});
+        tray.awaitLine("settings");
+        session.desk.click(icon, 3);
+        DesktopLab::await(
+            "the menu", [&] { return qGray(session.desk.screen().pixel(QPoint(1000, 100))) > 100; });
+        session.desk.press(u"Down"_s);
+        session.desk.press(u"Return"_s);
         tray.awaitLine("shown");
+        tray.awaitFocus();
     }
 };
 

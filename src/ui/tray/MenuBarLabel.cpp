@@ -18,7 +18,7 @@ namespace orbitledge::ui {
 namespace {
 
 /// Enough to be seen on a bar of the mark's colour, and too little to fill the mark's openings.
-constexpr qreal haloOpacity = 0.6;
+constexpr qreal haloOpacity = 0.8;
 
 QPixmap transparentSquare(int side)
 {
@@ -51,11 +51,12 @@ void paintMark(QPainter &painter, int side, ColorScheme colorScheme)
     paintSymbol(painter, Symbol::Mark, area, colorOf(Tone::BlackAndWhite, colorScheme));
 }
 
-QFont badgeFont(int height)
+/// Longer texts are smaller, so that enough of the mark is left.
+QFont badgeFont(int height, qsizetype length)
 {
     QFont font = QGuiApplication::font();
     font.setBold(true);
-    font.setPixelSize(std::max(8, qRound(height * 0.82)));
+    font.setPixelSize(std::max(7, qRound(height * (length > 1 ? 0.7 : 0.82))));
     // Colours at the edges of letters suit one order of the screen's pixels only; this goes to other
     // programs.
     font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
@@ -66,10 +67,10 @@ QFont badgeFont(int height)
 void paintBadge(QPainter &painter, int side, const QString &text)
 {
     const int height = qRound(side * 0.6);
-    const QFont font = badgeFont(height);
+    const QFont font = badgeFont(height, text.size());
     const QFontMetricsF metrics(font);
     const QRectF ink = metrics.tightBoundingRect(text);
-    const int wished = static_cast<int>(std::ceil(ink.width() + height * 0.5));
+    const int wished = static_cast<int>(std::ceil(ink.width() + height * 0.4));
     const int width = std::clamp(wished, height, side);
     const QRectF capsule(side - width, 0, width, height);
 

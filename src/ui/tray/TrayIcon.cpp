@@ -45,7 +45,6 @@ void TrayIcon::makeMenu()
     QAction *const open = m_menu.addAction(u"Open Orbitledge"_s);
     connect(open, &QAction::triggered, this, [this] { Q_EMIT openRequested(anchor()); });
     m_menu.setDefaultAction(open);
-    m_menu.addSeparator();
     m_nextRenewal = m_menu.addAction(QString());
     m_nextRenewal->setEnabled(false);
     m_nextRenewal->setVisible(false);
