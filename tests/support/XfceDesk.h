@@ -3,12 +3,12 @@
 #include "support/DesktopLab.h"
 #include "ui/kit/Palette.h"
 
-#include <QDBusMessage>
 #include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
 #include <QRect>
+#include <QSettings>
 #include <QTest>
 
 namespace orbitledge::testing {
@@ -24,16 +24,11 @@ public:
     explicit XfceDesk(DesktopLab &lab, Edge edge = Edge::Top)
         : m_lab(lab)
     {
-        if (!QFile::copy(QStringLiteral("/usr/share/dbus-1/services/org.xfce.Xfconf.service"),
-                lab.path(QStringLiteral("services/org.xfce.Xfconf.service"))))
-            qFatal("xfconf is not installed");
-        lab.bus().call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-            QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
-            QStringLiteral("ReloadConfig")));
         const QString folder = lab.path(QStringLiteral("config/xfce4/xfconf/xfce-perchannel-xml"));
         QFile file(folder + QStringLiteral("/xfce4-panel.xml"));
         if (!QDir().mkpath(folder) || !file.open(QIODevice::WriteOnly) || file.write(configuration(edge)) < 0)
             qFatal("cannot write the bar's configuration");
+        startSettings();
     }
 
     void startBar()
@@ -101,6 +96,17 @@ public:
     void press(const QString &key) { m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("key"), key}); }
 
 private:
+    /// As a child of the lab, so that it has ended when the lab's folder goes.
+    void startSettings()
+    {
+        const QSettings entry(
+            QStringLiteral("/usr/share/dbus-1/services/org.xfce.Xfconf.service"), QSettings::IniFormat);
+        const QString program = entry.value(QStringLiteral("D-BUS Service/Exec")).toString();
+        if (program.isEmpty())
+            qFatal("xfconf is not installed");
+        m_lab.startService(QStringLiteral("org.xfce.Xfconf"), program, {});
+    }
+
     static QByteArray configuration(Edge edge)
     {
         // Where the bar clings to, and where its middle is, on a screen of 1024 x 768.

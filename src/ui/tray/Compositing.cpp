@@ -1,5 +1,7 @@
 #include "ui/tray/Compositing.h"
 
+#include "ui/tray/TrayHost.h"
+
 #include <QByteArray>
 #include <QGuiApplication>
 
@@ -12,10 +14,12 @@ namespace orbitledge::ui {
 
 bool isComposited()
 {
-    auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 == nullptr)
+    if (!TrayHost::windowsAreOnX11())
         return true; // where there are no bare windows
-    xcb_connection_t *const xcb = x11->connection();
+    auto *const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t *const xcb = x11 == nullptr ? nullptr : x11->connection();
+    if (xcb == nullptr)
+        return false;
     // The toolkit has one connection, and shows windows of its first screen.
     const QByteArray name("_NET_WM_CM_S0");
     const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> atom(

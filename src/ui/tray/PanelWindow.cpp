@@ -120,7 +120,9 @@ void PanelWindow::showAt(const PanelAnchor &anchor)
         show();
         Q_EMIT shown();
     }
-    raise();
+    // Elsewhere whoever arranges windows decides what is in front.
+    if (TrayHost::windowsAreOnX11())
+        raise();
     activateWindow();
 }
 

@@ -104,9 +104,8 @@ private Q_SLOTS:
             << two() << none << QPoint(2500, 100) << QPoint(2320, 204);
         // What is 3840 x 2160 in pixels, at 2 and at 1.5 of them to the point.
         QTest::newRow("scale 2") << one(belowTop) << QRect(1000, 4, 11, 11) << elsewhere << QPoint(825, 34);
-        QTest::newRow("scale 1.5")
-            << QList<ScreenArea>{{QRect(0, 0, 2560, 1440), QRect(0, 0, 2560, 1413)}}
-            << QRect(2500, 1419, 15, 15) << elsewhere << QPoint(2196, 1413 - 4 - 480);
+        QTest::newRow("scale 1.5") << QList<ScreenArea>{{QRect(0, 0, 2560, 1440), QRect(0, 0, 2560, 1413)}}
+                                   << QRect(2500, 1419, 15, 15) << elsewhere << QPoint(2196, 1413 - 4 - 480);
 
         QTest::newRow("a screen that is too low")
             << QList<ScreenArea>{{QRect(0, 0, 800, 400), QRect(0, 0, 800, 370)}} << QRect(700, 375, 20, 20)
@@ -128,9 +127,8 @@ private Q_SLOTS:
 
     void shouldLieOnItsScreenWhereverTheIconIs()
     {
-        const auto isWithin = [](const QRect &panel, const ScreenArea &screen) {
-            return screen.available.contains(panel);
-        };
+        const auto isWithin
+            = [](const QRect &panel, const ScreenArea &screen) { return screen.available.contains(panel); };
         for (const QList<ScreenArea> &screens : {two(), twoWithOneAtTheLeft()}) {
             for (int y = -150; y < 1300; y += 7) {
                 for (int x = -1300; x < 3300; x += 11) {
