@@ -37,7 +37,7 @@ int drawPicture(const SystemParts &parts, const QString &file)
     applyColorScheme(
         window, colorSchemeFor(store.settings().appearance(), DesktopPreferences::Colors::Light, {}));
     applyTextScale(window, 1);
-    window.showAt({});
+    window.show();
     QCoreApplication::processEvents();
     return window.grab().save(file) ? 0 : fail(file + u": the picture could not be written"_s);
 }

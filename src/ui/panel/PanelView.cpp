@@ -3,7 +3,6 @@
 #include "ui/panel/LoginView.h"
 #include "ui/panel/PanelAccessibility.h"
 #include "ui/panel/QuickAddView.h"
-#include "ui/panel/ScreenStack.h"
 #include "ui/panel/SessionCheckPanel.h"
 #include "ui/panel/SessionRecoveryPanel.h"
 #include "ui/panel/TimelinePanel.h"
@@ -32,19 +31,20 @@ void PanelView::follow()
 {
     // Hidden, it costs nothing.
     if (isVisible())
-        update();
+        update(ScreenStack::Change::Animated);
     else
         m_isStale = true;
 }
 
 void PanelView::showEvent(QShowEvent *event)
 {
+    // What is opened is there at once.
     if (m_isStale)
-        update();
+        update(ScreenStack::Change::Immediate);
     QWidget::showEvent(event);
 }
 
-void PanelView::update()
+void PanelView::update(ScreenStack::Change change)
 {
     m_isStale = false;
     const PanelScreen screen = panelScreenOf(m_store.state());
@@ -58,7 +58,7 @@ void PanelView::update()
     if (!isAnother)
         return;
     const PanelScreen left = std::exchange(m_screen, screen);
-    m_stack->show(widget);
+    m_stack->show(widget, change);
     leave(left, old);
 }
 

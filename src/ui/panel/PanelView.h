@@ -5,6 +5,7 @@
 #include "state/AppStore.h"
 #include "ui/panel/LogoImages.h"
 #include "ui/panel/PanelTexts.h"
+#include "ui/panel/ScreenStack.h"
 
 #include <QWidget>
 
@@ -12,7 +13,6 @@
 
 namespace orbitledge::ui {
 
-class ScreenStack;
 class SessionRecoveryPanel;
 class TimelinePanel;
 
@@ -39,7 +39,7 @@ protected:
 
 private:
     void follow();
-    void update();
+    void update(ScreenStack::Change change);
     QWidget *widgetFor(PanelScreen screen);
     void leave(PanelScreen screen, QWidget *widget);
 

@@ -79,13 +79,13 @@ void ScreenStack::add(QWidget *screen, Entrance entrance)
     m_veil->raise();
 }
 
-void ScreenStack::show(QWidget *screen)
+void ScreenStack::show(QWidget *screen, Change change)
 {
     if (screen == m_current)
         return;
     m_motion.stop();
     finish();
-    const bool moves = isVisible()
+    const bool moves = change == Change::Animated && isVisible()
         && style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0 && m_current;
     QWidget *const old = m_current;
     QPixmap picture;

@@ -19,8 +19,10 @@ public:
 
     /// The first one is shown at once. The stack owns it.
     void add(QWidget *screen, Entrance entrance = Entrance::Fade);
-    void show(QWidget *screen);
+    enum class Change { Animated, Immediate };
+    void show(QWidget *screen, Change change = Change::Animated);
     QWidget *current() const { return m_current; }
+    bool isChanging() const { return m_motion.state() == QAbstractAnimation::Running; }
 
 protected:
     void resizeEvent(QResizeEvent *event) override;

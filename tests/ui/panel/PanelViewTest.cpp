@@ -7,6 +7,7 @@
 #include "ui/kit/ThemedLabel.h"
 #include "ui/kit/Typography.h"
 #include "ui/panel/PanelBanner.h"
+#include "ui/panel/ScreenStack.h"
 #include "ui/panel/SubscriptionList.h"
 #include "ui/panel/WeekDayColumn.h"
 
@@ -253,6 +254,25 @@ private Q_SLOTS:
         QCoro::waitFor(m_desk->store->signOut());
         QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
         m_desk->settle();
+    }
+
+    void shouldBeThereAtOnceWhenItIsOpened()
+    {
+        auto *const style = static_cast<Style *>(QApplication::style());
+        style->setMotion(Style::Motion::Full);
+        showList(*m_desk, sampleList());
+        open();
+        // Nothing of another screen lies over it.
+        const QImage opened = m_panel->grab().toImage();
+        QTest::qWait(250); // longer than screens take to change
+        QCOMPARE(opened, m_panel->grab().toImage());
+        // While it is looked at, screens fade into each other.
+        m_desk->store->setQuickAddPresented(true);
+        QVERIFY(m_panel->findChild<ScreenStack *>()->isChanging());
+        QTRY_VERIFY(!m_panel->findChild<ScreenStack *>()->isChanging());
+        style->setMotion(Style::Motion::Reduced);
+        m_desk->store->setQuickAddPresented(false);
+        QVERIFY(!m_panel->findChild<ScreenStack *>()->isChanging());
     }
 
     void shouldGiveEverythingThatTakesFocusAName_data() { sceneRows(false); }
