@@ -154,6 +154,68 @@ private Q_SLOTS:
         session.desk.awaitBadge();
     }
 
+    // ---- trays of the older kind ----
+
+    void shouldBeInATrayThatTakesWindows()
+    {
+        Session session;
+        session.desk.startWindowManager(XfceDesk::Compositing::Off);
+        Tray tray(session);
+        tray.tell("badge 3");
+        QCOMPARE(tray.tell("host"), "none");
+        for (int i = 0; i < 2; ++i) {
+            session.desk.startTrayOfWindows();
+            tray.awaitHost("embedder");
+            const QPoint icon = session.desk.awaitBadge().center();
+            QVERIFY(icon.y() < 30);
+            keep(session.desk.screen(), u"tray of windows"_s);
+            session.desk.click(icon);
+            tray.awaitLine("shown");
+            tray.awaitFocus();
+            // Here the icon's place is known, wherever the pointer is.
+            const QRect place = tray.panel().place;
+            keep(session.desk.screen(), u"panel at a tray of windows"_s);
+            QVERIFY(place.left() < icon.x() && icon.x() < place.right());
+            QVERIFY(place.top() > icon.y() && place.top() < 60);
+            session.desk.click(icon);
+            tray.awaitLine("hidden");
+            session.desk.killTrayOfWindows();
+            tray.awaitHost("none");
+            session.desk.awaitNoBadge();
+        }
+    }
+
+    // ---- Wayland ----
+
+    void shouldOpenAnOrdinaryWindowOnWayland()
+    {
+        // The bar is on another screen of the same session; it shows what comes over the bus.
+        Session session;
+        session.desk.startBar();
+        const QString socket = session.lab.path(u"runtime/wayland-lab"_s);
+        session.lab.startProgram(u"weston"_s, u"weston"_s,
+            {u"--backend=headless-backend.so"_s, u"--socket=wayland-lab"_s, u"--idle-time=0"_s},
+            [&] { return QFile::exists(socket); });
+        QProcessEnvironment environment = session.lab.environment();
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"wayland"_s);
+        environment.insert(u"WAYLAND_DISPLAY"_s, u"wayland-lab"_s);
+        Tray tray(environment);
+        tray.awaitHost("notifier");
+        QCOMPARE(tray.tell("platform"), "wayland");
+        tray.tell("badge 3");
+        const QPoint icon = session.desk.awaitBadge().center();
+        for (int i = 0; i < 2; ++i) {
+            session.desk.click(icon);
+            tray.awaitLine("shown");
+            QCOMPARE(tray.tell("manner"), "window");
+            QVERIFY(tray.panel().isVisible);
+            session.desk.click(icon);
+            tray.awaitLine("hidden");
+        }
+        session.desk.killBar();
+        tray.awaitHost("none"); // there may be an XEmbed tray, but not for these windows
+    }
+
     // ---- the panel ----
 
     void shouldOpenByTheIconAndCloseAtASecondClick_data()

@@ -6,7 +6,8 @@
 ///     host              says "host" and none, notifier or embedder
 ///     open              shows the panel as a second launch would
 ///     panel             says "panel" and hidden, or its place and size, and whether it has the focus
-///     picture FILE      saves what the whole screen shows
+///     manner            says "manner" and popup or window
+///     platform          says "platform" and what shows the windows
 ///     quit
 ///
 /// It says the first word of each when it has done it, and by itself "known", "host", "shown", "hidden",
@@ -24,7 +25,6 @@
 #include <QCursor>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include <iostream>
@@ -97,8 +97,10 @@ public:
             m_panel.showAt({.icon = std::nullopt, .pointer = QCursor::pos()});
         } else if (words[0] == "panel") {
             answer = panel();
-        } else if (words[0] == "picture") {
-            QGuiApplication::primaryScreen()->grabWindow(0).save(QString::fromUtf8(words.value(1)));
+        } else if (words[0] == "manner") {
+            answer = m_panel.manner() == PanelWindow::Manner::Popup ? "popup" : "window";
+        } else if (words[0] == "platform") {
+            answer = QGuiApplication::platformName().toUtf8();
         } else if (words[0] == "quit") {
             QCoreApplication::quit();
         } else {

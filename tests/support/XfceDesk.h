@@ -38,6 +38,17 @@ public:
     }
     void killBar() { m_lab.killService(watcherName()); }
 
+    /// One that knows nothing of the bus, at the top.
+    void startTrayOfWindows()
+    {
+        const QStringList arguments{QStringLiteral("--edge"), QStringLiteral("top"),
+            QStringLiteral("--heighttype"), QStringLiteral("pixel"), QStringLiteral("--height"),
+            QStringLiteral("24"), QStringLiteral("--SetPartialStrut"), QStringLiteral("true")};
+        m_lab.startProgram(
+            QStringLiteral("trayer"), QStringLiteral("trayer"), arguments, [] { return true; });
+    }
+    void killTrayOfWindows() { m_lab.killService(QStringLiteral("trayer")); }
+
     enum class Compositing { Off, On };
     /// One that gives the focus to what is clicked.
     void startWindowManager(Compositing compositing)

@@ -59,7 +59,7 @@ QFont badgeFont(int height, qsizetype length)
     font.setPixelSize(std::max(7, qRound(height * (length > 1 ? 0.7 : 0.82))));
     // Colours at the edges of letters suit one order of the screen's pixels only; this goes to other
     // programs.
-    font.setStyleStrategy(QFont::StyleStrategy(QFont::PreferAntialias | QFont::NoSubpixelAntialias));
+    font.setStyleStrategy(QFont::NoSubpixelAntialias);
     return font;
 }
 

@@ -23,10 +23,8 @@ public:
 Q_SIGNALS:
     void changed();
 
-private Q_SLOTS:
-    void ask();
-
 private:
+    Q_SLOT void ask();
     QCoro::Task<> askOnce();
     void follow();
     void setHasHost(bool hasHost);

@@ -105,8 +105,9 @@ void TrayIcon::update()
 
 void TrayIcon::activate(QSystemTrayIcon::ActivationReason reason)
 {
-    // A double click came as a click before.
-    if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::MiddleClick)
+    // In a tray of windows the second of two quick clicks comes as a double one, and not as a click besides.
+    if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick
+        || reason == QSystemTrayIcon::MiddleClick)
         Q_EMIT activated(anchor());
 }
 
