@@ -104,6 +104,16 @@ public:
         pointAt(place);
         m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("click"), QString::number(button)});
     }
+    /// Whether so many windows of this title are shown.
+    [[nodiscard]] bool isWindowOpen(const QString &title, int count = 1)
+    {
+        QProcess search;
+        search.setProcessEnvironment(m_lab.environment());
+        search.start(QStringLiteral("xdotool"),
+            {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"),
+                QLatin1Char('^') + title + QLatin1Char('$')});
+        return search.waitForFinished() && search.readAll().count('\n') >= count;
+    }
     void press(const QString &key) { m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("key"), key}); }
 
 private:

@@ -32,7 +32,7 @@ SubscriptionList::SubscriptionList(RowActions actions, LogoImages *images, QWidg
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    viewport()->setFocusPolicy(Qt::NoFocus);
+    setFocusPolicy(Qt::TabFocus);
     viewport()->setAutoFillBackground(false);
     viewport()->setBackgroundRole(QPalette::NoRole);
 }
@@ -162,7 +162,6 @@ void SubscriptionList::relocate()
         return true;
     });
     setCurrent(current >= 0 ? current : std::min(m_current, m_rowCount - 1));
-    setFocusPolicy(m_rowCount > 0 ? Qt::TabFocus : Qt::NoFocus);
 }
 
 bool SubscriptionList::isHeld(const SubscriptionRow &row)

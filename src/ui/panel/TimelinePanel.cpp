@@ -74,6 +74,8 @@ TimelinePanel::TimelinePanel(
     m_content->addWidget(m_list);
     m_content->addWidget(m_empty);
 
+    orderForKeyboard({m_banner, m_list, m_empty, m_updateRow, m_footer});
+
     connect(m_banner, &PanelBanner::retryRequested, this, [this] { m_store.refresh(); });
     connect(m_empty, &EmptyPanel::addRequested, this, [this] { m_store.setQuickAddPresented(true); });
     connect(m_footer, &PanelFooter::addRequested, this, [this] { m_store.setQuickAddPresented(true); });
@@ -81,6 +83,24 @@ TimelinePanel::TimelinePanel(
     connect(m_footer, &PanelFooter::settingsRequested, this, &TimelinePanel::settingsRequested);
     connect(m_updateRow, &PanelUpdateRow::openRequested, this, [this] { m_store.openUpdate(); });
     connect(m_updateRow, &PanelUpdateRow::dismissRequested, this, [this] { m_store.dismissUpdate(); });
+}
+
+/// From top to bottom; layouts take things over in an order of their own.
+void TimelinePanel::orderForKeyboard(const QList<QWidget *> &components)
+{
+    QWidget *previous = nullptr;
+    const auto append = [&previous](QWidget *widget) {
+        if (!(widget->focusPolicy() & Qt::TabFocus))
+            return;
+        if (previous != nullptr)
+            setTabOrder(previous, widget);
+        previous = widget;
+    };
+    for (QWidget *const component : components) {
+        append(component);
+        for (QWidget *const part : component->findChildren<QWidget *>())
+            append(part);
+    }
 }
 
 void TimelinePanel::focusAdd()

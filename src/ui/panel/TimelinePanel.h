@@ -36,6 +36,7 @@ Q_SIGNALS:
     void settingsRequested();
 
 private:
+    static void orderForKeyboard(const QList<QWidget *> &components);
     void updateBanner();
     void updateContent();
 

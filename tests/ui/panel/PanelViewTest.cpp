@@ -169,6 +169,25 @@ private Q_SLOTS:
         QCOMPARE(m_panel->screen(), PanelScreen::QuickAdd);
     }
 
+    void shouldGoFromTopToBottomByTheKeyboard()
+    {
+        m_desk->releases->manifest = sampleRelease(u"1.4.2"_s);
+        showList(*m_desk, sampleList());
+        failNext(*m_desk, offline);
+        open();
+        QStringList names;
+        for (int i = 0; i < 9; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            const QAccessibleInterface *const seen
+                = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
+            names.append(seen->text(QAccessible::Name));
+        }
+        QCOMPARE(names,
+            (QStringList{u"Retry"_s, u"Northlight Video"_s, u"Open Northlight Video in Web"_s,
+                u"Cancel Northlight Video"_s, u"Open the download page for version 1.4.2"_s,
+                u"Dismiss the version 1.4.2 update notice"_s, u"Add"_s, u"Full calendar"_s, u"Settings"_s}));
+    }
+
     void shouldGiveTheKeyboardBackToTheAddButton()
     {
         showList(*m_desk, sampleList());
