@@ -6,6 +6,7 @@
 #include "timeline/TimelineBuilder.h"
 #include "updates/AvailableUpdate.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -455,6 +456,44 @@ QCoro::Task<void> AppStore::mutate(Store store, QUuid id, Mutation mutation)
         co_await fetchAnew(store); // one that began before would not show it
     else
         store->publishFailure(result.error());
+}
+
+QCoro::Task<tl::expected<void, APIError>> AppStore::createSubscription(CreateSubscriptionRequest request)
+{
+    return create(this, std::move(request));
+}
+
+QCoro::Task<tl::expected<void, APIError>> AppStore::create(Store store, CreateSubscriptionRequest request)
+{
+    const quint64 session = store->m_session;
+    const auto api = store->m_with.api;
+    store->change([](AppState &state) { state.errorMessage.reset(); });
+    auto created = co_await api->createSubscription(std::move(request));
+    const bool isOfInterest = store && store->isCurrent(session);
+    if (!created) {
+        if (isOfInterest)
+            store->publishFailure(created.error());
+        co_return tl::make_unexpected(std::move(created.error()));
+    }
+    if (isOfInterest) {
+        store->publishCreated(*std::move(created));
+        co_await fetchAnew(store); // one that began before would not show it
+    }
+    co_return tl::expected<void, APIError>();
+}
+
+// A fetch of meanwhile may have brought it already.
+void AppStore::publishCreated(Subscription created)
+{
+    change([&created](AppState &state) {
+        QList<Subscription> &list = state.subscriptions;
+        const auto known = std::find_if(
+            list.begin(), list.end(), [&](const Subscription &other) { return other.id == created.id; });
+        if (known != list.end())
+            *known = std::move(created);
+        else
+            list.append(std::move(created));
+    });
 }
 
 QCoro::Task<void> AppStore::searchTemplates(QString query)

@@ -95,6 +95,10 @@ public:
     QCoro::Task<void> cancelSubscription(QUuid id);
     QCoro::Task<void> uncancelSubscription(QUuid id);
 
+    /// What was created is shown at once, and by then everything is fetched anew. A failure is published, and
+    /// told to the caller too.
+    QCoro::Task<tl::expected<void, APIError>> createSubscription(CreateSubscriptionRequest request);
+
     /// Up to ten matches become `templates`; of overlapping searches the last one counts.
     QCoro::Task<void> searchTemplates(QString query);
 
@@ -150,6 +154,7 @@ private:
     static QCoro::Task<void> signOutTurn(Store store, std::shared_ptr<APIClientProtocol> api,
         std::shared_ptr<SnapshotCache> cache, std::shared_ptr<RenewalNotifier> notifier);
     static QCoro::Task<void> mutate(Store store, QUuid id, Mutation mutation);
+    static QCoro::Task<tl::expected<void, APIError>> create(Store store, CreateSubscriptionRequest request);
     static QCoro::Task<void> search(Store store, QString query);
     static QCoro::Task<void> synchronise(Store store);
     static QCoro::Task<void> learnAuthorization(Store store);
@@ -164,6 +169,7 @@ private:
     template <typename Change> void change(const Change &apply);
     void publishFetchFailure(const APIError &error);
     void publishFailure(const APIError &error);
+    void publishCreated(Subscription created);
     void showActionMessage(const QString &message);
     void beginSessionOf(const UserProfile &profile);
     void signOutLocally(const APIError::Unauthorized &error);

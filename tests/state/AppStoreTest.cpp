@@ -787,6 +787,130 @@ private Q_SLOTS:
         QCOMPARE(state().refreshState, RefreshState::Idle);
     }
 
+    // ---- creating ----
+
+    void shouldShowWhatWasCreatedBeforeTheFetch()
+    {
+        m_desk->makeSignedIn(3);
+        const Subscription created = sampleSubscription(7);
+        m_desk->api->subscription = created;
+        CreateSubscriptionRequest request;
+        request.name = u"Northlight Video"_s;
+        auto creating = m_desk->store->createSubscription(request);
+        QTRY_COMPARE(m_desk->api->waiting(), QStringList{u"create"_s});
+        QCOMPARE(m_desk->api->requests, QList{request});
+        QCOMPARE(state().subscriptions.size(), 3);
+        m_desk->api->answer(u"create"_s);
+        QTRY_COMPARE(m_desk->api->waitingCount(u"fetchSubscriptions"_s), 1);
+        QCOMPARE(state().subscriptions.size(), 4);
+        QCOMPARE(state().subscriptions.last(), created);
+        QCOMPARE(state().refreshState, RefreshState::Refreshing);
+        m_desk->api->subscriptions = sampleSnapshot(5).subscriptions;
+        answerFetch();
+        QVERIFY(QCoro::waitFor(std::move(creating)));
+        QCOMPARE(state().subscriptions.size(), 5);
+    }
+
+    void shouldNotShowWhatWasCreatedTwice()
+    {
+        m_desk->makeSignedIn(3);
+        Subscription created = sampleSubscription(1);
+        created.name = u"As it was created"_s;
+        m_desk->api->subscription = created;
+        auto creating = m_desk->store->createSubscription({});
+        m_desk->api->answer(u"create"_s);
+        QTRY_COMPARE(m_desk->api->waitingCount(u"fetchSubscriptions"_s), 1);
+        QCOMPARE(state().subscriptions.size(), 3);
+        QCOMPARE(state().subscriptions[1], created);
+        answerFetch();
+        QVERIFY(QCoro::waitFor(std::move(creating)));
+    }
+
+    void shouldNotTakeAnEarlierFetchForTheOneAfterACreation()
+    {
+        m_desk->makeSignedIn(3);
+        auto refreshing = m_desk->store->refresh();
+        QTRY_COMPARE(m_desk->api->waitingCount(u"fetchSubscriptions"_s), 1);
+        m_desk->api->subscription = sampleSubscription(7);
+        auto creating = m_desk->store->createSubscription({});
+        m_desk->api->answer(u"create"_s);
+        answerFetch(); // as it was before
+        QCoro::waitFor(std::move(refreshing));
+        m_desk->api->subscriptions = sampleSnapshot(4).subscriptions;
+        answerFetch();
+        QVERIFY(QCoro::waitFor(std::move(creating)));
+        QCOMPARE(state().subscriptions.size(), 4);
+    }
+
+    void shouldKeepWhatWasCreatedWhereTheFetchFails()
+    {
+        m_desk->makeSignedIn(3);
+        m_desk->api->subscription = sampleSubscription(7);
+        m_desk->api->subscriptions = tl::make_unexpected(offline());
+        m_desk->api->isQuick = true;
+        QVERIFY(QCoro::waitFor(m_desk->store->createSubscription({})));
+        QCOMPARE(state().subscriptions.size(), 4);
+        QVERIFY(state().isOffline);
+    }
+
+    void shouldSayWhyNothingWasCreated()
+    {
+        m_desk->makeSignedIn(3);
+        m_desk->api->subscription = tl::make_unexpected(APIError(APIError::Forbidden{u"Too many."_s}));
+        auto creating = m_desk->store->createSubscription({});
+        m_desk->api->answer(u"create"_s);
+        const auto result = QCoro::waitFor(std::move(creating));
+        QVERIFY(!result);
+        QVERIFY(result.error().is<APIError::Forbidden>());
+        QCOMPARE(state().errorMessage, u"Too many."_s);
+        QCOMPARE(state().subscriptions.size(), 3);
+        QCOMPARE(m_desk->api->calls, QStringList{u"create"_s});
+
+        // And not any more while it is tried again.
+        auto again = m_desk->store->createSubscription({});
+        QVERIFY(!state().errorMessage);
+        m_desk->api->answer(u"create"_s);
+        QVERIFY(!QCoro::waitFor(std::move(again)));
+    }
+
+    void shouldSignOutWhereTheSessionIsOverInACreation()
+    {
+        m_desk->makeSignedIn(3);
+        m_desk->api->subscription = tl::make_unexpected(unauthorized());
+        m_desk->api->isQuick = true;
+        QVERIFY(!QCoro::waitFor(m_desk->store->createSubscription({})));
+        QCOMPARE(state().authState, AuthState::SignedOut);
+        QCOMPARE(state().errorMessage, u"Your session expired. Please sign in again."_s);
+    }
+
+    void shouldNotShowInAnotherSessionWhatWasCreatedInTheOneBefore_data()
+    {
+        QTest::addColumn<bool>("succeeds");
+        QTest::newRow("created") << true;
+        QTest::newRow("failed") << false;
+    }
+    void shouldNotShowInAnotherSessionWhatWasCreatedInTheOneBefore()
+    {
+        QFETCH(const bool, succeeds);
+        m_desk->makeSignedIn(3);
+        if (succeeds)
+            m_desk->api->subscription = sampleSubscription(7);
+        else
+            m_desk->api->subscription = tl::make_unexpected(APIError(APIError::Forbidden{u"No."_s}));
+        auto creating = m_desk->store->createSubscription({});
+        auto signingOut = m_desk->store->signOut();
+        QTRY_COMPARE(m_desk->api->waiting(), (QStringList{u"create"_s, u"signOut"_s}));
+        m_desk->api->answer(u"signOut"_s);
+        QCoro::waitFor(std::move(signingOut));
+        m_desk->api->answer(u"create"_s);
+        QCOMPARE(QCoro::waitFor(std::move(creating)).has_value(), succeeds);
+        QVERIFY(state().subscriptions.isEmpty());
+        QVERIFY(!state().errorMessage);
+        QVERIFY(m_desk->api->waiting().isEmpty());
+    }
+
+    // ---- the catalogue ----
+
     void shouldLetTheLastSearchCount()
     {
         m_desk->makeSignedIn();
@@ -1100,6 +1224,7 @@ private Q_SLOTS:
         auto starting = m_desk->store->start();
         auto refreshing = m_desk->store->refresh();
         auto mutating = m_desk->store->cancelSubscription(sampleSubscription(1).id);
+        auto creating = m_desk->store->createSubscription({});
         auto searching = m_desk->store->searchTemplates(u"abc"_s);
         auto testing = m_desk->store->sendTestNotification();
         auto asking = m_desk->store->requestNotificationPermission();
@@ -1118,6 +1243,7 @@ private Q_SLOTS:
         QCoro::waitFor(std::move(starting));
         QCoro::waitFor(std::move(refreshing));
         QCoro::waitFor(std::move(mutating));
+        (void)QCoro::waitFor(std::move(creating));
         QCoro::waitFor(std::move(searching));
         QCoro::waitFor(std::move(testing));
         QCoro::waitFor(std::move(asking));

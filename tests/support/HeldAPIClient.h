@@ -25,6 +25,9 @@ public:
     tl::expected<Subscription, APIError> subscription = Subscription();
     /// All that was ever asked for, but for the session.
     QStringList calls;
+    /// What was to be created, and who signed in with which password.
+    QList<CreateSubscriptionRequest> requests;
+    QList<std::pair<QString, QString>> credentials;
     /// Answers come at once.
     bool isQuick = false;
     /// Whatever the test wants to remember of the moment of a call.
@@ -62,8 +65,9 @@ public:
         const bool copy = hasSession;
         co_return copy;
     }
-    APITask<UserProfile> signIn(QString /*email*/, QString /*password*/) override
+    APITask<UserProfile> signIn(QString email, QString password) override
     {
+        credentials.append({email, password});
         co_await held(QStringLiteral("signIn"));
         hasSession = profile.has_value();
         co_return copyOf(profile);
@@ -86,9 +90,11 @@ public:
         forgetWhereUnauthorized(templates);
         co_return copyOf(templates);
     }
-    APITask<Subscription> createSubscription(CreateSubscriptionRequest /*request*/) override
+    APITask<Subscription> createSubscription(CreateSubscriptionRequest request) override
     {
+        requests.append(request);
         co_await held(QStringLiteral("create"));
+        forgetWhereUnauthorized(subscription);
         co_return copyOf(subscription);
     }
     APITask<Subscription> cancelSubscription(QUuid /*id*/) override
