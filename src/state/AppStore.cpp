@@ -521,7 +521,11 @@ QCoro::Task<void> AppStore::search(Store store, QString query)
 
 void AppStore::setQuickAddPresented(bool isPresented)
 {
-    change([isPresented](AppState &state) { state.isQuickAddPresented = isPresented; });
+    ++m_search; // also what is still being looked for
+    change([isPresented](AppState &state) {
+        state.isQuickAddPresented = isPresented;
+        state.templates.clear();
+    });
 }
 
 QCoro::Task<void> AppStore::openWebPage(QString path) const

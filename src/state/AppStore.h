@@ -102,6 +102,7 @@ public:
     /// Up to ten matches become `templates`; of overlapping searches the last one counts.
     QCoro::Task<void> searchTemplates(QString query);
 
+    /// What was found in the catalogue for one form is not there for the next one.
     void setQuickAddPresented(bool isPresented);
 
     /// Brings the reminders in step with the state and the settings.

@@ -933,6 +933,24 @@ private Q_SLOTS:
         QVERIFY(!state().errorMessage);
     }
 
+    void shouldBeginEachFormWithoutWhatWasFoundForAnother()
+    {
+        m_desk->makeSignedIn();
+        m_desk->store->setQuickAddPresented(true);
+        m_desk->api->templates = QList{SubscriptionTemplate()};
+        auto first = m_desk->store->searchTemplates(u"ne"_s);
+        m_desk->api->answerAll();
+        QCoro::waitFor(std::move(first));
+        QCOMPARE(state().templates.size(), 1);
+        auto late = m_desk->store->searchTemplates(u"net"_s);
+        QTRY_COMPARE(m_desk->api->waiting().size(), 1);
+        m_desk->store->setQuickAddPresented(false);
+        QVERIFY(state().templates.isEmpty());
+        m_desk->api->answerAll();
+        QCoro::waitFor(std::move(late));
+        QVERIFY(state().templates.isEmpty());
+    }
+
     // ---- reminders ----
 
     void shouldPlanRemindersAfterAFetch()

@@ -78,7 +78,12 @@ public:
     /// "cancel" or "uncancel"
     void mutate(const QString &name);
     void search(const QString &query);
-    void setQuickAddPresented(bool isPresented) { state.isQuickAddPresented = isPresented; }
+    void setQuickAddPresented(bool isPresented)
+    {
+        state.isQuickAddPresented = isPresented;
+        state.templates.clear();
+        m_lastSearch.clear();
+    }
     void synchroniseReminders();
     void refreshNotificationAuthorization() { state.notificationAuthorization = authorization; }
     void requestNotificationPermission() { m_permissionRequests.append(false); }
