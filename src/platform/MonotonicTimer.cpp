@@ -2,10 +2,10 @@
 
 namespace orbitledge {
 
-MonotonicTimer::MonotonicTimer()
+MonotonicTimer::MonotonicTimer(Precision precision)
 {
     m_timer.setSingleShot(true);
-    m_timer.setTimerType(Qt::VeryCoarseTimer);
+    m_timer.setTimerType(precision == Precision::Seconds ? Qt::VeryCoarseTimer : Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &IntervalTimer::elapsed);
 }
 

@@ -6,11 +6,17 @@
 
 namespace orbitledge {
 
-/// By the monotonic clock of the toolkit's event loop, to the second, so that the machine wakes up with
-/// others.
+/// By the monotonic clock of the toolkit's event loop.
 class MonotonicTimer final : public IntervalTimer {
 public:
-    MonotonicTimer();
+    enum class Precision {
+        /// So that the machine wakes up together with others.
+        Seconds,
+        /// Where a person waits for it.
+        Milliseconds,
+    };
+
+    explicit MonotonicTimer(Precision precision = Precision::Seconds);
 
     void start(std::chrono::milliseconds interval) override;
     void stop() override;

@@ -24,6 +24,20 @@ private Q_SLOTS:
         QVERIFY(!elapsed.wait(1500));
     }
 
+    void shouldElapseToTheMillisecondWhereItIsPrecise()
+    {
+        MonotonicTimer timer(MonotonicTimer::Precision::Milliseconds);
+        QSignalSpy elapsed(&timer, &IntervalTimer::elapsed);
+        // One to the second would now and then be as fast as this, by where in its second it starts.
+        for (int i = 0; i < 3; ++i) {
+            QElapsedTimer passed;
+            passed.start();
+            timer.start(300ms);
+            QTRY_COMPARE_WITH_TIMEOUT(elapsed.size(), i + 1, 10'000);
+            QCOMPARE_GE(passed.elapsed(), 300);
+        }
+    }
+
     void shouldCountFromTheLastStart()
     {
         MonotonicTimer timer;
