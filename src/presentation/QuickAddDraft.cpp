@@ -10,13 +10,12 @@ namespace orbitledge {
 namespace {
 
 constexpr qsizetype shortestQuery = 2;
-constexpr qsizetype mostSuggestions = 5;
 constexpr qsizetype currencyLength = 3;
 
 bool isOffered(const QString &billingCycle)
 {
-    return std::any_of(billingCycleChoices.begin(), billingCycleChoices.end(),
-        [&](const BillingCycleChoice &choice) { return choice.key == billingCycle; });
+    return std::ranges::any_of(
+        billingCycleChoices, [&](const BillingCycleChoice &choice) { return choice.key == billingCycle; });
 }
 
 /// In characters as people count them.
@@ -55,8 +54,8 @@ QuickAddDraft applied(const SubscriptionTemplate &suggestion, QuickAddDraft draf
     if (draft.price.isEmpty() && suggestion.typicalMonthlyCost)
         draft.price = suggestion.typicalMonthlyCost->toString();
     const QStringList cycles = suggestion.availableBillingCycles.value_or(QList<QString>());
-    const auto known = std::find_if(
-        cycles.begin(), cycles.end(), [](const QString &cycle) { return isOffered(cycle.toLower()); });
+    const auto known
+        = std::ranges::find_if(cycles, [](const QString &cycle) { return isOffered(cycle.toLower()); });
     if (known != cycles.end())
         draft.billingCycle = known->toLower();
     return draft;

@@ -40,6 +40,8 @@ inline constexpr std::array<BillingCycleChoice, 4> billingCycleChoices{{
 /// What the catalogue is searched for; absent where the name is too short for that.
 std::optional<QString> catalogueQuery(const QuickAddDraft &draft);
 
+inline constexpr qsizetype mostSuggestions = 5;
+
 /// The suggestions to offer, of what was found.
 QList<SubscriptionTemplate> suggestionsOf(const AppState &state);
 

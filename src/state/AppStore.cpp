@@ -487,8 +487,8 @@ void AppStore::publishCreated(Subscription created)
 {
     change([&created](AppState &state) {
         QList<Subscription> &list = state.subscriptions;
-        const auto known = std::find_if(
-            list.begin(), list.end(), [&](const Subscription &other) { return other.id == created.id; });
+        const auto known
+            = std::ranges::find_if(list, [&](const Subscription &other) { return other.id == created.id; });
         if (known != list.end())
             *known = std::move(created);
         else
