@@ -5,6 +5,7 @@
 
 #include <QCalendarWidget>
 #include <QEvent>
+#include <QRegularExpression>
 #include <QTextCharFormat>
 #include <QToolButton>
 
@@ -23,6 +24,16 @@ void setIcon(const QCalendarWidget &calendar, QLatin1StringView button, Symbol s
         found->setIcon(symbolIcon(symbol, color));
 }
 
+/// With the year in full, which a region's short form may not have, and no day of the week.
+QString displayFormatFor(const QLocale &locale)
+{
+    static const QRegularExpression weekday(QStringLiteral("[,\u060C]?\\s*dddd?[,\u060C]?\\s*"));
+    QString format = locale.dateFormat(QLocale::LongFormat);
+    format.remove(weekday);
+    format.replace(QStringLiteral("MMMM"), QStringLiteral("MMM"));
+    return format.contains(QLatin1StringView("yyyy")) ? format : QStringLiteral("yyyy-MM-dd");
+}
+
 } // namespace
 
 DateField::DateField(QDate date, QWidget *parent)
@@ -31,6 +42,7 @@ DateField::DateField(QDate date, QWidget *parent)
     setCalendarPopup(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     calendarWidget()->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
+    followLocale();
     dressCalendar();
 }
 
@@ -58,9 +70,18 @@ void DateField::dressCalendar()
     setIcon(calendar, nextMonth, isMirrored ? Symbol::ChevronLeft : Symbol::ChevronRight, slate);
 }
 
+void DateField::followLocale()
+{
+    setDisplayFormat(displayFormatFor(locale()));
+    calendarWidget()->setLocale(locale());
+    calendarWidget()->setFirstDayOfWeek(locale().firstDayOfWeek());
+}
+
 void DateField::changeEvent(QEvent *event)
 {
     QDateEdit::changeEvent(event);
+    if (event->type() == QEvent::LocaleChange)
+        followLocale();
     const bool isOfInterest = event->type() == QEvent::PaletteChange
         || event->type() == QEvent::LayoutDirectionChange || event->type() == QEvent::StyleChange;
     if (isOfInterest)

@@ -17,6 +17,8 @@ protected:
 
 private:
     void dressCalendar();
+    /// Days are written, and weeks begin, as they do where its locale is from.
+    void followLocale();
 };
 
 } // namespace orbitledge::ui

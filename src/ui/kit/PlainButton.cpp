@@ -6,6 +6,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 
+#include <algorithm>
 #include <cmath>
 
 namespace orbitledge::ui {
@@ -36,6 +37,11 @@ PlainButton::PlainButton(const QString &text, Look look, QWidget *parent)
     , m_look(look)
 {
     setText(text);
+    if (!look.wraps)
+        return;
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
 }
 
 QFont PlainButton::labelFont() const
@@ -52,13 +58,37 @@ QSize PlainButton::sizeHint() const
         static_cast<int>(std::ceil(metrics.height())) + 2 * scaled(*this, verticalInset)};
 }
 
+QSize PlainButton::wrappedSize(int width) const
+{
+    constexpr int unlimited = 10'000;
+    const QSize insets(2 * scaled(*this, sideInset), 2 * scaled(*this, verticalInset));
+    const QRectF bounds
+        = QFontMetricsF(fontOf(*this, m_look.designSize, m_look.weight))
+              .boundingRect(QRectF(0, 0, width - insets.width(), unlimited), Qt::TextWordWrap, text());
+    return QSize(static_cast<int>(std::ceil(bounds.width())), static_cast<int>(std::ceil(bounds.height())))
+        + insets;
+}
+
+// As wide as its longest word.
+QSize PlainButton::minimumSizeHint() const
+{
+    return m_look.wraps ? QSize(wrappedSize(1).width(), sizeHint().height()) : sizeHint();
+}
+
+int PlainButton::heightForWidth(int width) const
+{
+    return m_look.wraps ? wrappedSize(std::min(width, maximumWidth())).height() : -1;
+}
+
 void PlainButton::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     painter.setFont(labelFont());
     painter.setPen(colorOf(isDown() ? pressedTone(m_look.tone) : m_look.tone, colorSchemeOf(palette())));
-    painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
+    const int inset = scaled(*this, sideInset);
+    painter.drawText(rect().adjusted(m_look.wraps ? inset : 0, 0, m_look.wraps ? -inset : 0, 0),
+        Qt::AlignCenter | (m_look.wraps ? Qt::TextWordWrap : Qt::TextSingleLine), text());
     painter.setOpacity(1);
     paintFocusRing(painter, scaled(*this, radius));
 }

@@ -188,7 +188,8 @@ QRect Style::subControlRect(
         || (control == CC_SpinBox && part == SC_SpinBoxEditField);
     if (isEditField && option) {
         const int chevron = qRound(atScale(widget, chevronRoom));
-        const int inset = qRound(atScale(widget, fieldInset));
+        // What is in a spin box has a margin of its own.
+        const int inset = qRound(atScale(widget, fieldInset)) + (control == CC_ComboBox ? 1 : 0);
         return visualRect(option->direction, option->rect, option->rect.adjusted(inset, 2, -chevron, -2));
     }
     if (control == CC_SpinBox && option && (part == SC_SpinBoxUp || part == SC_SpinBoxDown)) {
