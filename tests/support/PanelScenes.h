@@ -3,6 +3,9 @@
 #include "support/SampleSubscriptions.h"
 #include "support/StoreDesk.h"
 
+#include <QAbstractButton>
+#include <QLineEdit>
+
 #include <functional>
 #include <vector>
 
@@ -13,7 +16,45 @@ struct PanelScene {
     QString name;
     /// Brings the desk's store into it.
     std::function<void(StoreDesk &)> prepare;
+    /// What somebody does then, in the panel; may be absent.
+    std::function<void(QWidget &panel, StoreDesk &)> act = nullptr;
 };
+
+/// Types into the field of that accessible name.
+inline void typeInto(QWidget &panel, const QString &name, const QString &text)
+{
+    const QList<QLineEdit *> fields = panel.findChildren<QLineEdit *>();
+    for (QLineEdit *const field : fields) {
+        if (field->accessibleName() == name && field->isVisible())
+            return field->setText(text);
+    }
+    qFatal("there is no field %s", qPrintable(name));
+}
+
+/// Presses the button with that text.
+inline void pressIn(QWidget &panel, const QString &text)
+{
+    const QList<QAbstractButton *> buttons = panel.findChildren<QAbstractButton *>();
+    for (QAbstractButton *const button : buttons) {
+        if (button->text() == text && button->isVisible())
+            return button->click();
+    }
+    qFatal("there is no button %s", qPrintable(text));
+}
+
+/// Entries of a catalogue, of that many names at most.
+inline QList<SubscriptionTemplate> sampleTemplates(qsizetype count = 5)
+{
+    QList<SubscriptionTemplate> list;
+    for (const char *const name : {"Tidewater Music", "Tidy Notes", "Tide and Current Almanac",
+             "The complete tides of all harbours of the world, with charts", "Tidbit"}) {
+        SubscriptionTemplate entry;
+        entry.name = QString::fromUtf8(name);
+        entry.typicalMonthlyCost = Decimal(5);
+        list.append(entry);
+    }
+    return list.first(std::min(count, list.size()));
+}
 
 /// What somebody may have subscribed to, on the 18th of March 2026.
 inline QList<Subscription> sampleList()
@@ -97,8 +138,13 @@ inline std::vector<PanelScene> panelScenes()
     const APIError offline = APIError::Transport{u"The Internet connection appears to be offline."_s};
     const APIError broken = APIError::RequestFailed{500, u"internal server error"_s};
     std::vector<PanelScene> scenes;
-    const auto scene = [&](const QString &name, std::function<void(StoreDesk &)> prepare) {
-        scenes.push_back({.name = name, .prepare = std::move(prepare)});
+    const auto scene = [&](const QString &name, std::function<void(StoreDesk &)> prepare,
+                           std::function<void(QWidget &, StoreDesk &)> act = nullptr) {
+        scenes.push_back({.name = name, .prepare = std::move(prepare), .act = std::move(act)});
+    };
+    const auto typeCredentials = [](QWidget &panel, StoreDesk &) {
+        typeInto(panel, u"Email"_s, u"ada@example.com"_s);
+        typeInto(panel, u"Password"_s, u"correct horse"_s);
     };
     scene(u"session-check"_s, [](StoreDesk &desk) {
         desk.make();
@@ -120,6 +166,28 @@ inline std::vector<PanelScene> panelScenes()
         desk.make();
         QCoro::waitFor(desk.store->start());
     });
+    const auto signInInVain = [](StoreDesk &desk) {
+        desk.api->hasSession = false;
+        desk.make();
+        QCoro::waitFor(desk.store->start());
+        desk.api->isQuick = true;
+        desk.api->profile = tl::make_unexpected(
+            APIError(APIError::Unauthorized{u"The e-mail or the password is wrong."_s}));
+        (void)QCoro::waitFor(desk.store->signIn(u"ada@example.com"_s, u"wrong"_s));
+        desk.api->isQuick = false;
+    };
+    scene(u"signed-out-error"_s, signInInVain, typeCredentials);
+    scene(
+        u"signing-in"_s,
+        [](StoreDesk &desk) {
+            desk.api->hasSession = false;
+            desk.make();
+            QCoro::waitFor(desk.store->start());
+        },
+        [typeCredentials](QWidget &panel, StoreDesk &desk) {
+            typeCredentials(panel, desk);
+            pressIn(panel, u"Sign in"_s);
+        });
     scene(u"loading"_s, [](StoreDesk &desk) {
         showList(desk, {});
         desk.store->refresh();
@@ -179,9 +247,40 @@ inline std::vector<PanelScene> panelScenes()
         list[2].currency = u"XYZ"_s;
         showList(desk, list);
     });
-    scene(u"quick-add"_s, [](StoreDesk &desk) {
+    const auto presentQuickAdd = [](StoreDesk &desk) {
         showList(desk, sampleList());
         desk.store->setQuickAddPresented(true);
+    };
+    const auto suggest = [](StoreDesk &desk, qsizetype count) {
+        desk.api->isQuick = true;
+        desk.api->templates = sampleTemplates(count);
+        QCoro::waitFor(desk.store->searchTemplates(u"Tid"_s));
+        desk.api->isQuick = false;
+    };
+    const auto fillQuickAdd = [](QWidget &panel, StoreDesk &) {
+        typeInto(panel, u"Service"_s, u"Tidewater Music"_s);
+        typeInto(panel, u"Price"_s, u"10,99"_s);
+    };
+    scene(u"quick-add"_s, presentQuickAdd);
+    scene(u"quick-add-suggestions"_s, presentQuickAdd, [suggest](QWidget &panel, StoreDesk &desk) {
+        typeInto(panel, u"Service"_s, u"Tid"_s);
+        suggest(desk, 5);
+    });
+    scene(u"quick-add-filled"_s, presentQuickAdd, [suggest, fillQuickAdd](QWidget &panel, StoreDesk &desk) {
+        fillQuickAdd(panel, desk);
+        suggest(desk, 2);
+    });
+    scene(u"quick-add-busy"_s, presentQuickAdd, [fillQuickAdd](QWidget &panel, StoreDesk &desk) {
+        fillQuickAdd(panel, desk);
+        pressIn(panel, u"Add subscription"_s);
+    });
+    scene(u"quick-add-error"_s, presentQuickAdd, [fillQuickAdd](QWidget &panel, StoreDesk &desk) {
+        fillQuickAdd(panel, desk);
+        desk.api->subscription = tl::make_unexpected(APIError(
+            APIError::RequestFailed{422, u"The service does not know this currency. Try another one."_s}));
+        pressIn(panel, u"Add subscription"_s);
+        desk.api->answerAll();
+        desk.settle();
     });
     return scenes;
 }

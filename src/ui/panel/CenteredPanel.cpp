@@ -28,13 +28,24 @@ CenteredPanel::CenteredPanel(QWidget *parent)
     measure();
 }
 
-void CenteredPanel::add(QWidget *widget, qreal gap, qreal mostWidth)
+int CenteredPanel::addGap(qreal gap)
 {
     const int end = m_column->count() - 1;
     m_column->insertSpacing(end, scaled(*this, gap));
     m_gaps.append({.position = end, .measure = gap});
+    return end + 1;
+}
+
+void CenteredPanel::addWide(QWidget *widget, qreal gap)
+{
+    m_column->insertWidget(addGap(gap), widget);
+}
+
+void CenteredPanel::add(QWidget *widget, qreal gap, qreal mostWidth)
+{
+    const int place = addGap(gap);
     if (!widget->sizePolicy().hasHeightForWidth()) {
-        m_column->insertWidget(end + 1, widget, 0, Qt::AlignHCenter);
+        m_column->insertWidget(place, widget, 0, Qt::AlignHCenter);
         return;
     }
     // An alignment would give it another width than the one that its height is told for.
@@ -43,7 +54,7 @@ void CenteredPanel::add(QWidget *widget, qreal gap, qreal mostWidth)
     line->addStretch(1);
     line->addWidget(widget, allThereIs);
     line->addStretch(1);
-    m_column->insertLayout(end + 1, line);
+    m_column->insertLayout(place, line);
     m_limits.append({.widget = widget, .measure = mostWidth});
     widget->setMaximumWidth(scaled(*this, mostWidth));
 }

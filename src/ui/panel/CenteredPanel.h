@@ -17,6 +17,8 @@ public:
 protected:
     /// `gap` before it, and how wide what wraps may be, in the design's pixels.
     void add(QWidget *widget, qreal gap, qreal mostWidth = 320);
+    /// As wide as there is room.
+    void addWide(QWidget *widget, qreal gap);
 
     void measure() override;
 
@@ -29,6 +31,9 @@ private:
         QWidget *widget = nullptr;
         qreal measure = 0;
     };
+
+    /// Where what comes behind it is to be put.
+    int addGap(qreal gap);
 
     QWidget *m_content;
     QVBoxLayout *m_column;

@@ -1,5 +1,6 @@
 #include "ui/panel/PanelAccessibility.h"
 
+#include "ui/panel/ErrorLine.h"
 #include "ui/panel/LoadingPanel.h"
 #include "ui/panel/SubscriptionList.h"
 #include "ui/panel/SubscriptionRow.h"
@@ -14,8 +15,8 @@ namespace {
 /// One thing to be read as a whole, whatever is in it.
 class SingleInterface : public QAccessibleWidget {
 public:
-    explicit SingleInterface(QWidget *widget)
-        : QAccessibleWidget(widget, QAccessible::StaticText)
+    explicit SingleInterface(QWidget *widget, QAccessible::Role role = QAccessible::StaticText)
+        : QAccessibleWidget(widget, role)
     {
     }
 
@@ -77,6 +78,9 @@ QAccessibleInterface *interfaceOf(const QString & /*className*/, QObject *object
         return new RowInterface(row);
     if (qobject_cast<WeekDayColumn *>(object) != nullptr || qobject_cast<LoadingPanel *>(object) != nullptr)
         return new SingleInterface(static_cast<QWidget *>(object));
+    // Screen readers read one out when it appears.
+    if (auto *const error = qobject_cast<ErrorLine *>(object))
+        return new SingleInterface(error, QAccessible::AlertMessage);
     if (auto *const list = qobject_cast<SubscriptionList *>(object))
         return new QAccessibleWidget(list, QAccessible::List);
     return nullptr;

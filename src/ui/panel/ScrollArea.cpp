@@ -1,8 +1,11 @@
 #include "ui/panel/ScrollArea.h"
 
+#include "ui/kit/Typography.h"
+
 #include <QEvent>
 #include <QLayout>
 #include <QScrollArea>
+#include <QTimer>
 
 namespace orbitledge::ui {
 
@@ -55,6 +58,17 @@ private:
 QScrollArea *makeScrollArea(QWidget *content)
 {
     return new UprightScrollArea(content);
+}
+
+void reveal(QWidget *widget)
+{
+    QTimer::singleShot(0, widget, [widget] {
+        constexpr qreal around = 12;
+        for (QWidget *outer = widget->parentWidget(); outer != nullptr; outer = outer->parentWidget()) {
+            if (auto *const area = qobject_cast<QScrollArea *>(outer))
+                area->ensureWidgetVisible(widget, 0, scaled(*widget, around));
+        }
+    });
 }
 
 } // namespace orbitledge::ui

@@ -9,4 +9,7 @@ namespace orbitledge::ui {
 /// with nothing behind it.
 QScrollArea *makeScrollArea(QWidget *content);
 
+/// Scrolls to a widget in such content, as soon as what changed is laid out.
+void reveal(QWidget *widget);
+
 } // namespace orbitledge::ui

@@ -38,7 +38,13 @@ QImage pictureOf(const PanelScene &scene, const Manner &manner, bool hovers)
     applyColorScheme(panel, manner.colorScheme);
     applyTextScale(panel, manner.textScale);
     panel.show();
+    QApplication::setActiveWindow(&panel);
     QCoreApplication::processEvents();
+    if (scene.act) {
+        scene.act(panel, desk);
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+    }
     if (hovers) {
         const QList<SubscriptionRow *> rows = panel.findChild<SubscriptionList *>()->rows();
         QHoverEvent enter(QEvent::HoverEnter, QPointF(5, 5), QPointF(5, 5), QPointF(-1, -1));
