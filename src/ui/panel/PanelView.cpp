@@ -1,5 +1,6 @@
 #include "ui/panel/PanelView.h"
 
+#include "platform/MonotonicTimer.h"
 #include "ui/panel/LoginView.h"
 #include "ui/panel/PanelAccessibility.h"
 #include "ui/panel/QuickAddView.h"
@@ -10,6 +11,16 @@
 #include <QVBoxLayout>
 
 namespace orbitledge::ui {
+
+namespace {
+
+/// What begins anew each time.
+bool isForm(PanelScreen screen)
+{
+    return screen == PanelScreen::SignIn || screen == PanelScreen::QuickAdd;
+}
+
+} // namespace
 
 PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, QWidget *parent)
     : QWidget(parent)
@@ -29,8 +40,9 @@ PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, Q
 
 void PanelView::follow()
 {
-    // Hidden, it costs nothing.
-    if (isVisible())
+    // Hidden, it costs nothing. But a form that was left is not there any more when it is asked for again.
+    const bool leavesForm = isForm(m_screen) && panelScreenOf(m_store.state()) != m_screen;
+    if (isVisible() || leavesForm)
         update(ScreenStack::Change::Animated);
     else
         m_isStale = true;
@@ -85,7 +97,9 @@ QWidget *PanelView::widgetFor(PanelScreen screen)
     case PanelScreen::SignIn:
         return added(new LoginView(m_store));
     case PanelScreen::QuickAdd:
-        return added(new QuickAddView(m_store, m_logos), ScreenStack::Entrance::MoveAndFade);
+        return added(new QuickAddView(m_store, m_logos,
+                         std::make_shared<MonotonicTimer>(MonotonicTimer::Precision::Milliseconds)),
+            ScreenStack::Entrance::MoveAndFade);
     case PanelScreen::Timeline:
         if (m_timeline == nullptr) {
             m_timeline = added(new TimelinePanel(m_store, m_texts, m_logos));
@@ -98,8 +112,7 @@ QWidget *PanelView::widgetFor(PanelScreen screen)
 
 void PanelView::leave(PanelScreen screen, QWidget *widget)
 {
-    // Forms begin anew each time.
-    if (screen == PanelScreen::SignIn || screen == PanelScreen::QuickAdd)
+    if (isForm(screen))
         widget->deleteLater();
     if (screen == PanelScreen::QuickAdd && m_screen == PanelScreen::Timeline)
         m_timeline->focusAdd();
