@@ -1,5 +1,5 @@
 # Everything the product links, in one place. Versions are the floor that Debian 12 offers.
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Svg Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Svg Widgets)
 find_package(QCoro6 0.8 REQUIRED COMPONENTS Core DBus)
 find_package(Qt6Keychain 0.13 REQUIRED)
 find_package(simdjson 3.0 REQUIRED)

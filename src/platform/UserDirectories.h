@@ -19,6 +19,8 @@ public:
     [[nodiscard]] virtual std::optional<std::filesystem::path> configuration() const = 0;
     /// For what a program remembers by itself between its runs.
     [[nodiscard]] virtual std::optional<std::filesystem::path> state() const = 0;
+    /// For what can be made again.
+    [[nodiscard]] virtual std::optional<std::filesystem::path> cache() const = 0;
     /// For what need not outlive a restart of the machine; there is always one.
     [[nodiscard]] virtual std::filesystem::path temporary() const = 0;
 };

@@ -474,6 +474,7 @@ private Q_SLOTS:
             [[nodiscard]] std::optional<fs::path> data() const override { return "/wrong"; }
             [[nodiscard]] std::optional<fs::path> configuration() const override { return place; }
             [[nodiscard]] std::optional<fs::path> state() const override { return "/wrong"; }
+            [[nodiscard]] std::optional<fs::path> cache() const override { return "/wrong"; }
             [[nodiscard]] fs::path temporary() const override { return "/wrong"; }
         };
         Directories directories;

@@ -26,6 +26,13 @@ private Q_SLOTS:
         QCOMPARE(directories({{"HOME", "/home/ada"}}).data()->string(), "/home/ada/.local/share");
     }
 
+    void shouldKnowWhereCachesLie()
+    {
+        QCOMPARE(
+            directories({{"XDG_CACHE_HOME", "/cache"}, {"HOME", "/home/ada"}}).cache()->string(), "/cache");
+        QCOMPARE(directories({{"HOME", "/home/ada"}}).cache()->string(), "/home/ada/.cache");
+    }
+
     void shouldIgnoreAPathThatIsNotAbsolute()
     {
         QCOMPARE(directories({{"XDG_DATA_HOME", "data"}, {"HOME", "/home/ada"}}).data()->string(),

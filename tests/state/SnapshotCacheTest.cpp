@@ -23,6 +23,7 @@ public:
     std::optional<std::filesystem::path> data() const override { return dataFolder; }
     std::optional<std::filesystem::path> configuration() const override { return std::nullopt; }
     std::optional<std::filesystem::path> state() const override { return std::nullopt; }
+    std::optional<std::filesystem::path> cache() const override { return std::nullopt; }
     std::filesystem::path temporary() const override { return "/temporary"; }
 };
 

@@ -62,6 +62,11 @@ std::optional<std::filesystem::path> XdgDirectories::state() const
     return place("XDG_STATE_HOME", std::filesystem::path(".local") / "state");
 }
 
+std::optional<std::filesystem::path> XdgDirectories::cache() const
+{
+    return place("XDG_CACHE_HOME", ".cache");
+}
+
 std::filesystem::path XdgDirectories::temporary() const
 {
     return absolutePath("TMPDIR").value_or("/tmp");

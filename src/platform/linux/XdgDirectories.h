@@ -17,6 +17,7 @@ public:
     [[nodiscard]] std::optional<std::filesystem::path> data() const override;
     [[nodiscard]] std::optional<std::filesystem::path> configuration() const override;
     [[nodiscard]] std::optional<std::filesystem::path> state() const override;
+    [[nodiscard]] std::optional<std::filesystem::path> cache() const override;
     [[nodiscard]] std::filesystem::path temporary() const override;
 
 private:

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "logos/LogoLoader.h"
+
+#include <memory>
+
+namespace orbitledge {
+
+/// Logos by the network and the disk of this system, with an HTTP session of their own. Needs an application
+/// object. Nothing is fetched or read yet.
+std::shared_ptr<LogoLoader> makeLogos();
+
+} // namespace orbitledge

@@ -1,0 +1,305 @@
+#include "logos/LogoLoader.h"
+
+#include "logos/Freshness.h"
+#include "logos/LogoDecoder.h"
+#include "platform/SerialQueue.h"
+
+#include <QCache>
+#include <QPointer>
+#include <QSet>
+
+#include <algorithm>
+#include <deque>
+#include <stop_token>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int mostImages = 200;
+constexpr int mostFailures = 1000;
+constexpr int mostFetches = 4;
+constexpr std::chrono::milliseconds patienceAfterFailure = 1h;
+/// In memory, whatever its server says: painting asks for it again and again.
+constexpr std::chrono::milliseconds shortestStay = 1h;
+
+Instant later(Instant instant, std::chrono::milliseconds duration)
+{
+    return Instant::fromMillisecondsSinceEpoch(instant.millisecondsSinceEpoch() + duration.count());
+}
+
+bool mayBeAsked(const QUrl &url)
+{
+    constexpr qsizetype longest = 4096;
+    return url.isValid() && url.scheme() == u"https" && !url.host().isEmpty() && url.userInfo().isEmpty()
+        && url.toEncoded().size() <= longest;
+}
+
+/// What the disk had.
+struct Found {
+    QImage image;
+    Instant freshUntil;
+    QByteArray entityTag;
+    QByteArray lastModified;
+};
+
+std::optional<Found> lookUp(LogoCache &cache, const QUrl &url)
+{
+    const auto kept = cache.find(url);
+    if (!kept)
+        return std::nullopt;
+    auto image = decodeLogo(kept->content);
+    if (!image) {
+        cache.remove(url);
+        return std::nullopt;
+    }
+    return Found{*std::move(image), kept->freshUntil, kept->entityTag, kept->lastModified};
+}
+
+/// The server says that what the disk has is still right.
+void renew(LogoCache &cache, const QUrl &url, const Freshness &freshness)
+{
+    if (!freshness.mayBeKept) {
+        cache.remove(url);
+    } else if (auto kept = cache.find(url)) {
+        kept->freshUntil = freshness.until;
+        (void)cache.keep(url, *kept);
+    }
+}
+
+struct Wanted {
+    QUrl url;
+    std::optional<Found> found;
+};
+
+HttpRequest requestFor(const Wanted &wanted)
+{
+    HttpRequest request;
+    request.url = wanted.url.adjusted(QUrl::RemoveFragment);
+    request.headers = {{"Accept", "image/webp,image/png,image/jpeg,image/gif"}};
+    if (wanted.found && !wanted.found->entityTag.isEmpty())
+        request.headers.append({"If-None-Match", wanted.found->entityTag});
+    if (wanted.found && !wanted.found->lastModified.isEmpty())
+        request.headers.append({"If-Modified-Since", wanted.found->lastModified});
+    return request;
+}
+
+} // namespace
+
+/// Shared with what is under way, which may outlive the loader. Everything happens on the loader's thread but
+/// the jobs, which own what they touch.
+class LogoLoader::State {
+public:
+    using Self = std::shared_ptr<State>;
+
+    State(Parts parts, LogoLoader *loader)
+        : m_parts(std::move(parts))
+        , m_loader(loader)
+    {
+    }
+
+    static QImage image(const Self &self, const QUrl &url);
+
+    /// Nothing is told, sent or decoded any more.
+    void end();
+
+private:
+    struct Shown {
+        QImage image;
+        Instant freshUntil;
+    };
+
+    [[nodiscard]] bool hasEnded() const { return m_stop.stop_requested(); }
+    [[nodiscard]] bool mayBeTried(const QUrl &url) const;
+
+    static QCoro::Task<void> load(Self self, QUrl url);
+    static QCoro::Task<void> fetch(Self self, Wanted wanted);
+    static QCoro::Task<bool> take(Self self, QUrl url, HttpResponse response);
+    static QCoro::Task<bool> renewed(Self self, QUrl url, Freshness freshness);
+    static void startFetches(const Self &self);
+
+    void show(const QUrl &url, QImage image, Instant freshUntil);
+
+    template <typename Work> auto onDisk(Work work)
+    {
+        using Result = std::invoke_result_t<Work, LogoCache &>;
+        return m_queue.run([cache = m_parts.cache, stop = m_stop.get_token(), work = std::move(work)] {
+            return stop.stop_requested() ? Result{} : work(*cache);
+        });
+    }
+
+    Parts m_parts;
+    QPointer<LogoLoader> m_loader;
+    QCache<QUrl, Shown> m_images{mostImages};
+    /// When each was tried in vain.
+    QCache<QUrl, Instant> m_failures{mostFailures};
+    QSet<QUrl> m_underWay;
+    std::deque<Wanted> m_waiting;
+    int m_fetching = 0;
+    bool m_isStarting = false;
+    std::stop_source m_stop;
+    SerialQueue m_queue;
+};
+
+QImage LogoLoader::State::image(const Self &self, const QUrl &url)
+{
+    if (!mayBeAsked(url))
+        return {};
+    const Shown *shown = self->m_images.object(url);
+    const QImage image = shown ? shown->image : QImage();
+    const bool isFresh = shown && self->m_parts.clock->now() < shown->freshUntil;
+    if (!isFresh && !self->m_underWay.contains(url) && self->mayBeTried(url)) {
+        self->m_underWay.insert(url);
+        load(self, url);
+    }
+    return image;
+}
+
+void LogoLoader::State::end()
+{
+    m_stop.request_stop();
+    m_waiting.clear();
+    m_parts.http.reset();
+}
+
+bool LogoLoader::State::mayBeTried(const QUrl &url) const
+{
+    const Instant *const failed = m_failures.object(url);
+    const Instant now = m_parts.clock->now();
+    return !failed || now < *failed || now >= later(*failed, patienceAfterFailure);
+}
+
+void LogoLoader::State::show(const QUrl &url, QImage image, Instant freshUntil)
+{
+    m_images.insert(url, new Shown{std::move(image), freshUntil});
+    Q_EMIT m_loader->arrived(url);
+}
+
+QCoro::Task<void> LogoLoader::State::load(Self self, QUrl url)
+{
+    auto lookingUp = self->onDisk([url](LogoCache &cache) { return lookUp(cache, url); });
+    std::optional<Found> found = co_await lookingUp;
+    if (self->hasEnded())
+        co_return;
+    const bool isFresh = found && self->m_parts.clock->now() < found->freshUntil;
+    if (isFresh)
+        self->m_underWay.remove(url);
+    else
+        self->m_waiting.push_back({url, found});
+    if (found)
+        self->show(url, found->image, found->freshUntil);
+    startFetches(self);
+}
+
+void LogoLoader::State::startFetches(const Self &self)
+{
+    // A session may answer before it returns, and its answer leads here again.
+    if (self->m_isStarting)
+        return;
+    self->m_isStarting = true;
+    while (self->m_fetching < mostFetches && !self->m_waiting.empty()) {
+        Wanted wanted = std::move(self->m_waiting.front());
+        self->m_waiting.pop_front();
+        ++self->m_fetching;
+        fetch(self, std::move(wanted));
+    }
+    self->m_isStarting = false;
+}
+
+QCoro::Task<void> LogoLoader::State::fetch(Self self, Wanted wanted)
+{
+    constexpr int ok = 200;
+    constexpr int notModified = 304;
+
+    auto sending = self->m_parts.http->send(requestFor(wanted));
+    tl::expected<HttpResponse, TransportFailure> response = co_await sending;
+    bool isThere = false;
+    if (!self->hasEnded() && response && response->statusCode == ok) {
+        auto taking = take(self, wanted.url, *std::move(response));
+        isThere = co_await taking;
+    } else if (!self->hasEnded() && response && response->statusCode == notModified && wanted.found) {
+        auto renewing = renewed(self, wanted.url, freshnessOf(response->headers, self->m_parts.clock->now()));
+        isThere = co_await renewing;
+    }
+    if (self->hasEnded())
+        co_return;
+    if (isThere)
+        self->m_failures.remove(wanted.url);
+    else
+        self->m_failures.insert(wanted.url, new Instant(self->m_parts.clock->now()));
+    self->m_underWay.remove(wanted.url);
+    --self->m_fetching;
+    startFetches(self);
+}
+
+QCoro::Task<bool> LogoLoader::State::take(Self self, QUrl url, HttpResponse response)
+{
+    auto decoding = self->onDisk(
+        [content = response.body](LogoCache & /*cache*/) { return decodeLogo(content).value_or(QImage()); });
+    QImage image = co_await decoding;
+    if (self->hasEnded() || image.isNull())
+        co_return false;
+
+    const Instant now = self->m_parts.clock->now();
+    const Freshness freshness = freshnessOf(response.headers, now);
+    auto keeping = self->onDisk([url, freshness, response](LogoCache &cache) {
+        if (!freshness.mayBeKept) {
+            cache.remove(url);
+            return true;
+        }
+        return cache
+            .keep(url,
+                {
+                    .content = response.body,
+                    .freshUntil = freshness.until,
+                    .entityTag = headerValue(response.headers, "ETag").value_or(QByteArray()),
+                    .lastModified = headerValue(response.headers, "Last-Modified").value_or(QByteArray()),
+                })
+            .has_value();
+    });
+    self->show(url, std::move(image), std::max(freshness.until, later(now, shortestStay)));
+    (void)co_await keeping; // shown all the same
+    co_return true;
+}
+
+QCoro::Task<bool> LogoLoader::State::renewed(Self self, QUrl url, Freshness freshness)
+{
+    auto renewing = self->onDisk([url, freshness](LogoCache &cache) {
+        renew(cache, url, freshness);
+        return true;
+    });
+    if (Shown *const shown = self->m_images.object(url))
+        shown->freshUntil = std::max(freshness.until, later(self->m_parts.clock->now(), shortestStay));
+    co_return co_await renewing;
+}
+
+LogoLoader::LogoLoader(Parts parts, QObject *parent)
+    : QObject(parent)
+    , m_state(std::make_shared<State>(std::move(parts), this))
+{
+}
+
+LogoLoader::~LogoLoader()
+{
+    m_state->end();
+}
+
+HttpSessionConfiguration LogoLoader::sessionConfiguration()
+{
+    HttpSessionConfiguration configuration;
+    configuration.requestTimeout = 10s;
+    configuration.resourceTimeout = 20s;
+    configuration.largestBody = largestLogo;
+    configuration.waitsForConnectivity = false;
+    return configuration;
+}
+
+QImage LogoLoader::image(const QUrl &url)
+{
+    return State::image(m_state, url);
+}
+
+} // namespace orbitledge
