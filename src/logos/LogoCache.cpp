@@ -52,7 +52,7 @@ std::optional<QByteArray> takeLine(QByteArrayView &bytes)
     const qsizetype end = bytes.indexOf('\n');
     if (end < 0)
         return std::nullopt;
-    const QByteArray line = bytes.first(end).toByteArray();
+    QByteArray line = bytes.first(end).toByteArray();
     bytes = bytes.sliced(end + 1);
     return line;
 }
