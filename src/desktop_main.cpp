@@ -1,9 +1,11 @@
 #include "BuildInfo.h"
 #include "composition/SystemParts.h"
+#include "composition/logos/SystemLogos.h"
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/preferences/PortalPreferences.h"
 #include "ui/OrbitledgeApp.h"
 #include "ui/kit/Typography.h"
+#include "ui/panel/LoadedLogoImages.h"
 
 #include <QApplication>
 #include <QLoggingCategory>
@@ -72,7 +74,7 @@ int main(int argc, char **argv)
         .workspace = parts->store.workspace,
         .preferences = std::make_shared<PortalPreferences>(),
         .locale = locale(),
-        .logos = nullptr,
+        .logos = std::make_shared<LoadedLogoImages>(makeLogos()),
         .style = style,
     });
     QObject::connect(&app, &OrbitledgeApp::quitRequested, &application, &QCoreApplication::quit);
