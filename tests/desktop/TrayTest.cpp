@@ -5,8 +5,7 @@
 #include "support/TestMain.h"
 #include "support/XfceDesk.h"
 
-#include <QElapsedTimer>
-#include <QRegularExpression>
+#include <QDBusMessage>
 
 using namespace orbitledge::testing;
 using namespace Qt::StringLiterals;
@@ -29,10 +28,12 @@ public:
         : Tray(session.lab.environment())
     {
     }
-    explicit Tray(const QProcessEnvironment &environment)
+    enum class Wait { UntilItKnows, ForNothing };
+    explicit Tray(const QProcessEnvironment &environment, Wait wait = Wait::UntilItKnows)
         : ProbeDriver(environment, QStringLiteral(ORBITLEDGE_TRAY_PROBE))
     {
-        awaitLine("known");
+        if (wait == Wait::UntilItKnows)
+            awaitLine("known");
     }
 
     struct Panel {
@@ -56,6 +57,40 @@ public:
     {
         DesktopLab::await("the host", [&] { return tell("host") == kind; });
     }
+};
+
+/// Keeps a list of icons, and shows none itself.
+class Watcher {
+public:
+    explicit Watcher(DesktopLab &lab)
+        : m_lab(lab)
+    {
+        start();
+    }
+
+    void start()
+    {
+        m_lab.startService(XfceDesk::watcherName(), u"/usr/bin/python3"_s,
+            {QStringLiteral(ORBITLEDGE_TEST_SUPPORT) + u"/mock_notifier_watcher.py"_s});
+    }
+    void kill() { m_lab.killService(XfceDesk::watcherName()); }
+    void pause() { m_lab.pauseService(XfceDesk::watcherName()); }
+    void setHost(bool hasHost) { call(u"Host"_s, {hasHost}); }
+    [[nodiscard]] int itemCount() const { return call(u"ItemCount"_s, {}).toInt(); }
+
+private:
+    QVariant call(const QString &method, const QVariantList &arguments) const
+    {
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            XfceDesk::watcherName(), u"/StatusNotifierWatcher"_s, u"app.orbitledge.Test"_s, method);
+        message.setArguments(arguments);
+        const QDBusMessage answer = m_lab.bus().call(message);
+        if (answer.type() != QDBusMessage::ReplyMessage)
+            qFatal("%s", qPrintable(answer.errorMessage()));
+        return answer.arguments().value(0);
+    }
+
+    DesktopLab &m_lab;
 };
 
 /// Keeps a picture to be looked at, where somebody asks for it.
@@ -183,6 +218,47 @@ private Q_SLOTS:
             tray.awaitHost("none");
             session.desk.awaitNoBadge();
         }
+    }
+
+    // ---- a list of icons without somebody who shows them ----
+
+    void shouldWaitForWhoeverShowsTheIcons()
+    {
+        DesktopLab lab(DesktopLab::Options{.hasDisplay = true});
+        Watcher watcher(lab);
+        Tray tray(lab.environment());
+        QCOMPARE(tray.tell("host"), "none");
+        QCOMPARE(watcher.itemCount(), 0);
+        watcher.setHost(true);
+        tray.awaitHost("notifier");
+        QTRY_COMPARE(watcher.itemCount(), 1);
+        watcher.setHost(false);
+        tray.awaitHost("none");
+        watcher.setHost(true);
+        tray.awaitHost("notifier");
+
+        // The list begins anew, empty, before somebody shows what is in it.
+        watcher.kill();
+        tray.awaitHost("none");
+        watcher.start();
+        watcher.setHost(true);
+        tray.awaitHost("notifier");
+        QTRY_COMPARE(watcher.itemCount(), 1);
+    }
+
+    void shouldNotWaitLongForAListThatIsMute()
+    {
+        DesktopLab lab(DesktopLab::Options{.hasDisplay = true});
+        Watcher watcher(lab);
+        watcher.setHost(true);
+        watcher.pause();
+        Tray tray(lab.environment(), Tray::Wait::ForNothing);
+        // The interface goes on meanwhile.
+        tray.tell("open");
+        tray.awaitLine("shown");
+        QVERIFY(!tray.hasSaid("known"));
+        tray.awaitLine("known");
+        QCOMPARE(tray.tell("host"), "none");
     }
 
     // ---- Wayland ----
