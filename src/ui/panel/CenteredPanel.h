@@ -20,7 +20,7 @@ protected:
     /// As wide as there is room.
     void addWide(QWidget *widget, qreal gap);
 
-    void measure() override;
+    void measure() final;
 
 private:
     struct Gap {
