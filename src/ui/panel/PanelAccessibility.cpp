@@ -77,7 +77,7 @@ QAccessibleInterface *interfaceOf(const QString & /*className*/, QObject *object
     if (auto *const row = qobject_cast<SubscriptionRow *>(object))
         return new RowInterface(row);
     if (qobject_cast<WeekDayColumn *>(object) != nullptr || qobject_cast<LoadingPanel *>(object) != nullptr)
-        return new SingleInterface(static_cast<QWidget *>(object));
+        return new SingleInterface(qobject_cast<QWidget *>(object));
     // Screen readers read one out when it appears.
     if (auto *const error = qobject_cast<ErrorLine *>(object))
         return new SingleInterface(error, QAccessible::AlertMessage);
