@@ -52,6 +52,7 @@ int main(int argc, char **argv)
     occupyStandardDescriptors();
     QLoggingCategory::setFilterRules(u"*.debug=false\nqt.*=false"_s);
     QApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QString::fromLatin1(build::applicationId));
     QGuiApplication::setApplicationDisplayName(u"Orbitledge"_s);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));

@@ -18,7 +18,7 @@ void AppDelegate::open(const QMap<QString, QString> &userInfo, const QString &ac
 {
     const QUrl page(userInfo.value(u"url"_s), QUrl::StrictMode);
     if (page.isValid() && !page.isEmpty())
-        m_workspace->open(page, activationToken);
+        (void)m_workspace->open(page, activationToken); // goes on by itself
 }
 
 } // namespace orbitledge::ui

@@ -71,6 +71,13 @@ private:
     void awaitPanel(bool isOpen)
     {
         DesktopLab::await("the panel", [&] { return isPanelOpen() == isOpen; });
+        if (isOpen)
+            m_desk->awaitActive(u"Orbitledge"_s);
+    }
+
+    void awaitQuestion()
+    {
+        m_desk->awaitActive(u"Cancel Quiet Meadow? \u2014 Orbitledge"_s);
     }
 
     [[nodiscard]] std::optional<Subscription> saved(const QString &name) const
@@ -155,17 +162,18 @@ private Q_SLOTS:
         m_desk->press(u"Right"_s);
         m_desk->press(u"Right"_s);
         m_desk->press(u"Return"_s);
-        DesktopLab::await("the question", [&] { return m_desk->isWindowOpen(u"Orbitledge"_s, 2); });
+        awaitQuestion();
         keepPicture(u"question"_s);
         m_desk->press(u"Escape"_s);
-        DesktopLab::await("no question", [&] { return !m_desk->isWindowOpen(u"Orbitledge"_s, 2); });
+        m_desk->awaitActive(u"Orbitledge"_s);
         QVERIFY(isPanelOpen());
         QVERIFY(!isCancelled(*saved(u"Quiet Meadow"_s)));
         m_desk->press(u"Return"_s);
-        DesktopLab::await("the question", [&] { return m_desk->isWindowOpen(u"Orbitledge"_s, 2); });
+        awaitQuestion();
         m_desk->press(u"Tab"_s);
         m_desk->press(u"Return"_s);
         awaitCancelled(u"Quiet Meadow"_s, true);
+        m_desk->awaitActive(u"Orbitledge"_s);
         keepPicture(u"cancelled"_s);
         m_desk->press(u"Return"_s);
         awaitCancelled(u"Quiet Meadow"_s, false);

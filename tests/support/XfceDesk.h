@@ -114,6 +114,17 @@ public:
                 QLatin1Char('^') + title + QLatin1Char('$')});
         return search.waitForFinished() && search.readAll().count('\n') >= count;
     }
+    /// Until a window of this title has the keyboard.
+    void awaitActive(const QString &title)
+    {
+        DesktopLab::await("the keyboard in a window", [&] {
+            QProcess query;
+            query.setProcessEnvironment(m_lab.environment());
+            query.start(QStringLiteral("xdotool"),
+                {QStringLiteral("getwindowfocus"), QStringLiteral("getwindowname")});
+            return query.waitForFinished() && QString::fromUtf8(query.readAll()).trimmed() == title;
+        });
+    }
     void press(const QString &key) { m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("key"), key}); }
 
 private:

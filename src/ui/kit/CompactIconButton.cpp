@@ -36,6 +36,12 @@ void CompactIconButton::setTone(Tone tone)
     update();
 }
 
+void CompactIconButton::setBlank(bool isBlank)
+{
+    m_isBlank = isBlank;
+    update();
+}
+
 QSize CompactIconButton::sizeHint() const
 {
     return {scaled(*this, side), scaled(*this, side)};
@@ -52,8 +58,9 @@ void CompactIconButton::paintEvent(QPaintEvent * /*event*/)
         fillRounded(painter, rect(), radius, colorOf(Tone::Fill, colorScheme));
     const qreal inset = (width() - scaled(*this, symbolSide)) / 2.0;
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
-    paintSymbol(painter, m_symbol, QRectF(rect()).adjusted(inset, inset, -inset, -inset),
-        colorOf(m_tone, colorScheme));
+    if (!m_isBlank)
+        paintSymbol(painter, m_symbol, QRectF(rect()).adjusted(inset, inset, -inset, -inset),
+            colorOf(m_tone, colorScheme));
     painter.setOpacity(1);
     paintFocusRing(painter, radius);
 }

@@ -16,6 +16,8 @@ public:
 
     void setSymbol(Symbol symbol);
     void setTone(Tone tone);
+    /// Leaves the symbol out, for as long as something else stands in its place.
+    void setBlank(bool isBlank);
 
     QSize sizeHint() const override;
 
@@ -25,6 +27,7 @@ protected:
 private:
     Symbol m_symbol;
     Tone m_tone = Tone::Ink;
+    bool m_isBlank = false;
 };
 
 } // namespace orbitledge::ui

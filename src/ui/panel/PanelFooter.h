@@ -24,7 +24,7 @@ Q_SIGNALS:
     void settingsRequested();
 
 protected:
-    void measure() override;
+    void measure() final;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 

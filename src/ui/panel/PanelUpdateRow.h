@@ -25,7 +25,7 @@ Q_SIGNALS:
     void dismissRequested();
 
 protected:
-    void measure() override;
+    void measure() final;
 
 private:
     QVBoxLayout *m_around;

@@ -100,16 +100,17 @@ void SubscriptionRow::showMutation()
     m_mutation->setSymbol(isUncancel ? Symbol::TurnBack : Symbol::CloseCircle);
     m_mutation->setToolTip(isUncancel ? u"Uncancel"_s : u"Cancel"_s);
     m_mutation->setAccessibleName(m_content.mutationLabel);
-    // It keeps the keyboard while it works.
-    m_mutation->setVisible(isOffered || (m_isWorking && m_mutation->hasFocus()));
-    m_mutation->setEnabled(!m_isWorking || m_mutation->hasFocus());
-    m_mutation->setAttribute(Qt::WA_TransparentForMouseEvents, m_isWorking);
+    // It keeps the keyboard while it works, also while a question is only just closing.
+    m_mutation->setVisible(isOffered);
+    m_mutation->setBlank(m_isWorking);
     m_progress->setVisible(m_isWorking);
 }
 
 bool SubscriptionRow::hasFocusWithin() const
 {
-    return hasFocus() || m_open->hasFocus() || m_mutation->hasFocus();
+    // Also while another window is in front: what is hidden meanwhile would not get it back.
+    const QWidget *const focused = window()->focusWidget();
+    return focused == this || focused == m_open || focused == m_mutation;
 }
 
 bool SubscriptionRow::showsActions() const
@@ -198,7 +199,7 @@ void SubscriptionRow::setPresence(qreal presence)
 {
     m_presence = presence;
     const bool isThere = presence > 0;
-    if (m_buttons->isVisibleTo(this) != isThere && (isThere || !m_open->hasFocus()))
+    if (m_buttons->isVisibleTo(this) != isThere)
         m_buttons->setVisible(isThere);
     m_fade->setEnabled(isThere && presence < 1);
     m_fade->setOpacity(presence);
@@ -270,13 +271,14 @@ void SubscriptionRow::requestMutation()
 
 void SubscriptionRow::askBeforeCancelling()
 {
-    if (m_question)
+    if (m_question && m_question->isVisible())
         return;
+    delete m_question; // one that is answered, and would go soon
     const CancellationQuestion question = cancellationQuestion(m_content.name);
     auto *const box = new QMessageBox(window());
     m_question = box;
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowTitle(u"Orbitledge"_s);
+    box->setWindowTitle(question.title);
     box->setTextFormat(Qt::PlainText);
     box->setText(question.title);
     box->setInformativeText(question.message);

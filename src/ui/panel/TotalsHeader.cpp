@@ -112,7 +112,8 @@ void TotalsHeader::chooseSizes(qreal room)
 {
     const qreal smallest = smallestText / textScaleOf(*this);
     const qreal gaps = scaled(*this, columnGap) + scaled(*this, 4);
-    for (qreal total = largestTotal;; total = std::max(smallest, total - 0.5)) {
+    for (int step = 0;; ++step) {
+        const qreal total = std::max(smallest, largestTotal - step / 2.0);
         // The total stays the largest of them for as long as that is possible.
         m_total->setLook(totalLook(total));
         m_perMonth->setLook(perMonthLook(std::clamp(total * 0.7, smallest, perMonthSize)));
