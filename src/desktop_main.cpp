@@ -10,7 +10,7 @@
 #include <QApplication>
 #include <QLoggingCategory>
 
-#include <cstdio>
+#include <iostream>
 
 using namespace orbitledge;
 using namespace orbitledge::ui;
@@ -20,8 +20,7 @@ namespace {
 
 int fail(const QString &reason)
 {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): there is nothing else for one line
-    std::fprintf(stderr, "orbitledge: %s\n", qPrintable(reason));
+    std::cerr << "orbitledge: " << qPrintable(reason) << std::endl;
     return 1;
 }
 
@@ -57,8 +56,9 @@ int main(int argc, char **argv)
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    auto *const style = new Style;
-    QApplication::setStyle(style); // which owns it
+    // The application owns it.
+    auto *const style = new Style; // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+    QApplication::setStyle(style);
 
     const QStringList arguments = QCoreApplication::arguments();
     const qsizetype picture = arguments.indexOf(u"--picture"_s);

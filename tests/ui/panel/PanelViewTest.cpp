@@ -301,8 +301,9 @@ private Q_SLOTS:
         panelScenes()[std::size_t(scene)].prepare(*m_desk);
         open();
         for (QWidget *widget : m_panel->findChildren<QWidget *>()) {
+            // What hands the keyboard on is a part of another one.
             if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus
-                || qobject_cast<SubscriptionList *>(widget) != nullptr)
+                || widget->focusProxy() != nullptr || qobject_cast<SubscriptionList *>(widget) != nullptr)
                 continue;
             const QAccessibleInterface *const seen = QAccessible::queryAccessibleInterface(widget);
             QVERIFY2(seen != nullptr && !seen->text(QAccessible::Name).isEmpty(),

@@ -54,6 +54,7 @@ QCoro::Task<void> PortalPreferences::begin(QPointer<PortalPreferences> preferenc
     bus.connect(QString(), path, interface, u"SettingChanged"_s, preferences,
         SLOT(settingChanged(QString, QString, QDBusVariant)));
     // A portal that comes later, or again, may have other answers.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): they have a parent
     const auto *const watcher
         = new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange, preferences);
     connect(
