@@ -36,8 +36,8 @@ public:
     /// Also repairs what is registered but would not start this program.
     [[nodiscard]] virtual QCoro::Task<tl::expected<void, LoginItemError>> registerItem() = 0;
     [[nodiscard]] virtual QCoro::Task<tl::expected<void, LoginItemError>> unregisterItem() = 0;
-    /// Opens the place where the person approves of login items.
-    [[nodiscard]] virtual QCoro::Task<void> openSystemSettings() = 0;
+    /// Opens the place where the person approves of login items. False where there is none.
+    [[nodiscard]] virtual QCoro::Task<bool> openSystemSettings() = 0;
 };
 
 } // namespace orbitledge

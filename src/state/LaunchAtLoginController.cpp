@@ -2,16 +2,7 @@
 
 namespace orbitledge {
 
-namespace {
-
-// Free of the controller, which may go while the page opens.
-QCoro::Task<void> openSettings(std::shared_ptr<LoginItemService> service)
-{
-    auto task = service->openSystemSettings();
-    co_await task;
-}
-
-} // namespace
+using namespace Qt::StringLiterals;
 
 LaunchAtLoginController::LaunchAtLoginController(std::shared_ptr<LoginItemService> service, QObject *parent)
     : QObject(parent)
@@ -27,6 +18,7 @@ void LaunchAtLoginController::refreshStatus()
     m_isEnabled = status == LoginItemStatus::Enabled;
     Q_EMIT aboutToChange();
     m_requiresApproval = status == LoginItemStatus::RequiresApproval;
+    Q_EMIT changed();
 }
 
 QCoro::Task<void> LaunchAtLoginController::setEnabled(bool enabled)
@@ -52,13 +44,26 @@ QCoro::Task<void> LaunchAtLoginController::change(
 
 QCoro::Task<void> LaunchAtLoginController::openLoginItems()
 {
-    return openSettings(m_service);
+    return openSettings(this, m_service);
+}
+
+// The controller may go while the page opens.
+QCoro::Task<void> LaunchAtLoginController::openSettings(
+    QPointer<LaunchAtLoginController> controller, std::shared_ptr<LoginItemService> service)
+{
+    auto task = service->openSystemSettings();
+    const bool isOpened = co_await task;
+    if (controller && !isOpened) {
+        controller->setErrorMessage(
+            u"Could not open System Settings. Open it manually and look under Login Items."_s);
+    }
 }
 
 void LaunchAtLoginController::setErrorMessage(std::optional<QString> message)
 {
     Q_EMIT aboutToChange();
     m_errorMessage = std::move(message);
+    Q_EMIT changed();
 }
 
 } // namespace orbitledge

@@ -22,7 +22,8 @@ public:
     [[nodiscard]] bool isEnabled() const { return m_isEnabled; }
     /// Registered, but the person still has to approve of it in the desktop's settings.
     [[nodiscard]] bool requiresApproval() const { return m_requiresApproval; }
-    /// Why the last change failed, a sentence for people; absent where it did not.
+    /// Why the last change, or opening the desktop's settings, failed, a sentence for people; absent where it
+    /// did not.
     [[nodiscard]] const std::optional<QString> &errorMessage() const { return m_errorMessage; }
 
     void refreshStatus();
@@ -31,16 +32,19 @@ public:
     /// stays; a change goes on where this object goes meanwhile.
     QCoro::Task<void> setEnabled(bool enabled);
 
-    /// Opens the place where the person approves of login items.
+    /// Opens the place where the person approves of login items. A failure is told by `errorMessage`.
     QCoro::Task<void> openLoginItems();
 
 Q_SIGNALS:
-    /// Before a property changes, so that those who show it can compare.
+    /// Before a property changes, so that those who show it can compare, and after that.
     void aboutToChange();
+    void changed();
 
 private:
     static QCoro::Task<void> change(QPointer<LaunchAtLoginController> controller,
         std::shared_ptr<LoginItemService> service, bool enabled);
+    static QCoro::Task<void> openSettings(
+        QPointer<LaunchAtLoginController> controller, std::shared_ptr<LoginItemService> service);
     void setErrorMessage(std::optional<QString> message);
 
     std::shared_ptr<LoginItemService> m_service;

@@ -487,7 +487,7 @@ private Q_SLOTS:
     void shouldOpenTheSettings()
     {
         auto item = entry();
-        QCoro::waitFor(item->openSystemSettings());
+        QVERIFY(QCoro::waitFor(item->openSystemSettings()));
         QCOMPARE(m_pagesOpened, 1);
     }
 };

@@ -200,6 +200,29 @@ private Q_SLOTS:
         LaunchAtLoginController controller(m_service);
         QCoro::waitFor(controller.openLoginItems());
         QCOMPARE(m_service->log, QStringList{u"open settings"_s});
+        QVERIFY(!controller.errorMessage());
+    }
+
+    void shouldTellWhereTheSettingsDoNotOpen()
+    {
+        LaunchAtLoginController controller(m_service);
+        m_service->hasSystemSettings = false;
+        QCoro::waitFor(controller.openLoginItems());
+        QCOMPARE(controller.errorMessage(),
+            u"Could not open System Settings. Open it manually and look under Login Items."_s);
+    }
+
+    void shouldTellAfterItChanged()
+    {
+        LaunchAtLoginController controller(m_service);
+        Shown last;
+        connect(&controller, &LaunchAtLoginController::changed, this, [&] { last = shownBy(controller); });
+        m_service->current = LoginItemStatus::RequiresApproval;
+        controller.refreshStatus();
+        QVERIFY(last == (Shown{false, true, std::nullopt}));
+        m_service->failure = u"The disk is full."_s;
+        QCoro::waitFor(controller.setEnabled(true));
+        QVERIFY(last == (Shown{false, true, u"The disk is full."_s}));
     }
 };
 

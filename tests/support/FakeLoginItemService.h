@@ -36,10 +36,13 @@ public:
         return change(QStringLiteral("unregister"), LoginItemStatus::NotRegistered);
     }
 
-    [[nodiscard]] QCoro::Task<void> openSystemSettings() override
+    bool hasSystemSettings = true;
+
+    [[nodiscard]] QCoro::Task<bool> openSystemSettings() override
     {
         log.append(QStringLiteral("open settings"));
-        co_return;
+        const bool copy = hasSystemSettings;
+        co_return copy;
     }
 
     /// Lets the change that waits go on.

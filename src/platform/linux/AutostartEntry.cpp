@@ -136,10 +136,10 @@ Outcome removeEntry(FileStore &files, const std::filesystem::path &path)
 }
 
 // Free of the entry, which may go while the page opens.
-QCoro::Task<void> openPage(AutostartEntry::SettingsOpener open)
+QCoro::Task<bool> openPage(AutostartEntry::SettingsOpener open)
 {
     auto task = open();
-    co_await task;
+    co_return co_await task;
 }
 
 } // namespace
@@ -184,7 +184,7 @@ QCoro::Task<Outcome> AutostartEntry::unregisterItem()
     return m_queue.run([files = m_files, file = m_file] { return removeEntry(*files, file); });
 }
 
-QCoro::Task<void> AutostartEntry::openSystemSettings()
+QCoro::Task<bool> AutostartEntry::openSystemSettings()
 {
     return openPage(m_openSettings);
 }

@@ -34,7 +34,7 @@ public:
     /// the file stays.
     [[nodiscard]] QCoro::Task<tl::expected<void, LoginItemError>> registerItem() override;
     [[nodiscard]] QCoro::Task<tl::expected<void, LoginItemError>> unregisterItem() override;
-    [[nodiscard]] QCoro::Task<void> openSystemSettings() override;
+    [[nodiscard]] QCoro::Task<bool> openSystemSettings() override;
 
 private:
     std::filesystem::path m_file;
