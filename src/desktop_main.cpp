@@ -51,8 +51,7 @@ int main(int argc, char **argv)
     occupyStandardDescriptors();
     QLoggingCategory::setFilterRules(u"*.debug=false\nqt.*=false"_s);
     QApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QString::fromLatin1(build::applicationId));
-    QGuiApplication::setApplicationDisplayName(u"Orbitledge"_s);
+    QCoreApplication::setApplicationName(u"Orbitledge"_s);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -77,6 +76,12 @@ int main(int argc, char **argv)
         .locale = locale(),
         .logos = std::make_shared<LoadedLogoImages>(makeLogos()),
         .style = style,
+        .defaults = parts->defaults,
+        .about = {
+            .version = QString::fromLatin1(build::version),
+            .build = QString::fromLatin1(build::buildNumber),
+            .api = parts->api,
+        },
     });
     QObject::connect(&app, &OrbitledgeApp::quitRequested, &application, &QCoreApplication::quit);
     const bool isInBackground = arguments.contains(u"--background"_s);

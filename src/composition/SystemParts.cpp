@@ -117,6 +117,8 @@ tl::expected<SystemParts, QString> SystemParts::make(Presence presence)
     return SystemParts{
         .notifications = notifications,
         .credentials = credentials,
+        .defaults = defaults,
+        .api = addresses->api,
         .store = {
             .api = std::make_shared<APIClient>(addresses->api, http, credentials, clock),
             .cache = std::make_shared<SnapshotCache>(

@@ -22,6 +22,9 @@ enum class Presence {
 struct SystemParts {
     std::shared_ptr<DesktopNotificationCenter> notifications;
     std::shared_ptr<SessionCredentialStoring> credentials;
+    std::shared_ptr<UserDefaults> defaults;
+    /// Of the service.
+    QUrl api;
     AppStore::Collaborators store;
     AppStore::Identity identity;
 

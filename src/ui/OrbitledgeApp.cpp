@@ -32,6 +32,13 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
     , m_icon(m_host)
     , m_panel(new PanelView(*m_parts.store, m_parts.locale, m_parts.logos.get()))
     , m_window(std::make_unique<PanelWindow>(m_panel))
+    , m_settings({
+          .store = m_parts.store,
+          .defaults = m_parts.defaults,
+          .locale = m_parts.locale,
+          .about = m_parts.about,
+          .dress = [this](QWidget *window) { m_appearance.applyTo(window); },
+      })
 {
     m_appearance.applyTo(m_window.get());
     m_icon.setColorScheme(m_appearance.colorScheme());
@@ -48,10 +55,11 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
         m_window->toggle(anchor);
     });
     connect(&m_icon, &TrayIcon::openRequested, this, &OrbitledgeApp::openAt);
-    connect(&m_icon, &TrayIcon::settingsRequested, this, &OrbitledgeApp::settingsRequested);
+    connect(&m_icon, &TrayIcon::settingsRequested, this, &OrbitledgeApp::openSettings);
     connect(&m_icon, &TrayIcon::quitRequested, this, &OrbitledgeApp::quitRequested);
     connect(m_window.get(), &PanelWindow::quitRequested, this, &OrbitledgeApp::quitRequested);
-    connect(m_panel, &PanelView::settingsRequested, this, &OrbitledgeApp::settingsRequested);
+    connect(m_panel, &PanelView::settingsRequested, this, &OrbitledgeApp::openSettings);
+    connect(&m_settings, &SettingsWindowController::quitRequested, this, &OrbitledgeApp::quitRequested);
     // Each time that it is opened the data are fetched anew.
     connect(m_window.get(), &PanelWindow::shown, this, [this] { m_parts.store->start(); });
 }
@@ -83,6 +91,11 @@ void OrbitledgeApp::openWhenTrayIsKnown()
 void OrbitledgeApp::openPanel()
 {
     openAt(pointerAnchor());
+}
+
+void OrbitledgeApp::openSettings()
+{
+    m_settings.show();
 }
 
 void OrbitledgeApp::openAt(const PanelAnchor &anchor)

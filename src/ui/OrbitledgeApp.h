@@ -3,11 +3,14 @@
 #include "locale/Locale.h"
 #include "locale/MoneyFormatter.h"
 #include "platform/DesktopPreferences.h"
+#include "platform/UserDefaults.h"
 #include "platform/UserNotificationCenter.h"
+#include "presentation/SettingsContent.h"
 #include "state/AppStore.h"
 #include "ui/AppDelegate.h"
 #include "ui/WindowAppearanceApplier.h"
 #include "ui/panel/PanelView.h"
+#include "ui/settings/SettingsWindowController.h"
 #include "ui/tray/PanelWindow.h"
 #include "ui/tray/TrayHost.h"
 #include "ui/tray/TrayIcon.h"
@@ -37,6 +40,9 @@ public:
         std::shared_ptr<LogoImages> logos;
         /// The application's.
         Style *style = nullptr;
+        /// Remembers where windows were; may be absent.
+        std::shared_ptr<UserDefaults> defaults = nullptr;
+        AboutProgram about = {};
     };
 
     enum class Start {
@@ -55,10 +61,13 @@ public:
 
     void openPanel();
 
+    void openSettings();
+
     PanelWindow &panelWindow() { return *m_window; }
+    /// Absent until the settings were opened.
+    SettingsWindow *settingsWindow() const { return m_settings.window(); }
 
 Q_SIGNALS:
-    void settingsRequested();
     void quitRequested();
 
 private:
@@ -75,6 +84,7 @@ private:
     TrayIcon m_icon;
     PanelView *m_panel;
     std::unique_ptr<PanelWindow> m_window;
+    SettingsWindowController m_settings;
     /// So that several changes in a row draw the icon once.
     QTimer m_iconUpdate;
     bool m_isToOpen = false;

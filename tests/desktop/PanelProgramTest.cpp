@@ -77,7 +77,7 @@ private:
 
     void awaitQuestion()
     {
-        m_desk->awaitActive(u"Cancel Quiet Meadow? \u2014 Orbitledge"_s);
+        m_desk->awaitActive(u"Cancel Quiet Meadow?"_s);
     }
 
     [[nodiscard]] std::optional<Subscription> saved(const QString &name) const

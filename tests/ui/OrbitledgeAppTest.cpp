@@ -3,6 +3,7 @@
 #include "support/FakeDesktopPreferences.h"
 #include "support/PanelScenes.h"
 #include "support/WidgetTestMain.h"
+#include "ui/settings/SettingsWindow.h"
 
 #include <QSignalSpy>
 
@@ -18,6 +19,7 @@ class OrbitledgeAppTest : public QObject {
 private:
     std::optional<StoreDesk> m_desk;
     std::shared_ptr<AppStore> m_store;
+    std::shared_ptr<FakeDesktopPreferences> m_preferences;
     std::unique_ptr<OrbitledgeApp> m_app;
 
     void make()
@@ -28,12 +30,13 @@ private:
         m_desk->api->subscriptions = sampleList();
         m_desk->make();
         m_store = std::move(m_desk->store);
+        m_preferences = std::make_shared<FakeDesktopPreferences>();
         m_app = std::make_unique<OrbitledgeApp>(OrbitledgeApp::Parts{
             .store = m_store,
             .settings = m_desk->settings,
             .notifications = m_desk->center,
             .workspace = m_desk->workspace,
-            .preferences = std::make_shared<FakeDesktopPreferences>(),
+            .preferences = m_preferences,
             .locale = localeNamed("en_US"),
             .logos = nullptr,
             .style = nullptr,
@@ -118,6 +121,38 @@ private Q_SLOTS:
         QCOMPARE(colorSchemeOf(m_app->panelWindow().palette()), ColorScheme::Light);
     }
 
+    void shouldOpenTheSettingsFromThePanel()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Background);
+        QTRY_COMPARE(m_store->state().authState, AuthState::SignedIn);
+        m_app->openPanel();
+        QVERIFY(QTest::qWaitForWindowActive(&m_app->panelWindow()));
+        QVERIFY(m_app->settingsWindow() == nullptr);
+        QTest::keyClick(&m_app->panelWindow(), Qt::Key_Comma, Qt::ControlModifier);
+        QTRY_VERIFY(m_app->settingsWindow() != nullptr && m_app->settingsWindow()->isActiveWindow());
+        // Themed at once, and by what is chosen there.
+        m_desk->settings->setAppearance(Appearance::Dark);
+        QCOMPARE(colorSchemeOf(m_app->settingsWindow()->palette()), ColorScheme::Dark);
+        m_desk->settings->setAppearance(Appearance::Light);
+        QCOMPARE(colorSchemeOf(m_app->settingsWindow()->palette()), ColorScheme::Light);
+        QSignalSpy quit(m_app.get(), &OrbitledgeApp::quitRequested);
+        QTest::keyClick(m_app->settingsWindow(), Qt::Key_Q, Qt::ControlModifier);
+        QCOMPARE(quit.size(), 1);
+    }
+
+    void shouldLeaveTheAppearanceToTheDesktopWhereNoneIsChosen()
+    {
+        make();
+        m_app->openSettings();
+        m_desk->settings->setAppearance(Appearance::Dark);
+        m_desk->settings->setAppearance(Appearance::System);
+        QCOMPARE(colorSchemeOf(m_app->settingsWindow()->palette()), ColorScheme::Light);
+        m_preferences->preferredColors = DesktopPreferences::Colors::Dark;
+        m_preferences->announce();
+        QCOMPARE(colorSchemeOf(m_app->settingsWindow()->palette()), ColorScheme::Dark);
+    }
+
     void shouldMayBeDestroyedAtAnyTime()
     {
         make();
@@ -126,6 +161,7 @@ private Q_SLOTS:
         make();
         m_app->launch(OrbitledgeApp::Start::Open);
         m_app->openPanel();
+        m_app->openSettings();
         m_app.reset();
     }
 };
