@@ -14,6 +14,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace orbitledge::ui {
 
 namespace {
@@ -62,10 +64,15 @@ void SettingsView::askPlatform()
     m_store.refreshNotificationAuthorization();
 }
 
-// What somebody waits for may have come up where the form was not scrolled to.
+// What somebody waits for may have come up where the form is not scrolled to; what comes up elsewhere does
+// not take them away from where they are.
 void SettingsView::reveal(QWidget *note)
 {
-    if (m_isStale) // it was there before
+    const QWidget *const focus = m_form->focusWidget();
+    const auto isWaitedFor = [note, focus](const SettingsSection *section) {
+        return section->isAncestorOf(note) && section->isAncestorOf(focus);
+    };
+    if (m_isStale || focus == nullptr || std::ranges::none_of(m_sections, isWaitedFor))
         return;
     QTimer::singleShot(0, note, [this, note] { m_scroll->ensureWidgetVisible(note, 0, scaled(*this, 12)); });
 }

@@ -301,6 +301,7 @@ private Q_SLOTS:
         QScrollArea *const scroll = m_view->findChild<QScrollArea *>();
         scroll->verticalScrollBar()->setValue(0);
         m_desk->workspace->hasNotificationSettings = false;
+        button(u"Open Notification Settings"_s)->setFocus();
         button(u"Open Notification Settings"_s)->click();
         m_desk->settle();
         NoteLabel *const message
@@ -308,6 +309,22 @@ private Q_SLOTS:
         QVERIFY(message);
         QTRY_VERIFY(scroll->viewport()->rect().contains(
             QRect(message->mapTo(scroll->viewport(), QPoint()), message->size())));
+    }
+
+    void shouldStayWhereThePersonIsWhenAMessageComesUpElsewhere()
+    {
+        openIn(u"well"_s);
+        m_view->resize(m_view->minimumSizeHint());
+        QScrollArea *const scroll = m_view->findChild<QScrollArea *>();
+        control<QComboBox>(u"Refresh"_s)->setFocus();
+        scroll->verticalScrollBar()->setValue(0);
+        m_desk->center->refuse
+            = [](const NotificationRequest &) { return std::optional(u"The disk is full."_s); };
+        m_desk->store->synchroniseReminders();
+        m_desk->settle();
+        QVERIFY(note(u"macOS rejected some reminders: The disk is full."_s));
+        QCoreApplication::processEvents();
+        QCOMPARE(scroll->verticalScrollBar()->value(), 0);
     }
 
     void shouldTellWhereNothingWasDecidedYet()
