@@ -22,6 +22,7 @@
 #include <chrono>
 #include <clocale>
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -75,11 +76,15 @@ QString becomeDesktop(const std::vector<QByteArray> &arguments)
     std::error_code error;
     const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
     const std::filesystem::path program = InstalledPrograms::besides(self).desktop;
-    std::vector<char *> words{const_cast<char *>(program.c_str())};
+    std::vector<std::string> words{program.string()};
     for (const QByteArray &argument : arguments)
-        words.push_back(const_cast<char *>(argument.constData()));
-    words.push_back(nullptr);
-    ::execv(program.c_str(), words.data());
+        words.push_back(argument.toStdString());
+    std::vector<char *> pointers;
+    pointers.reserve(words.size() + 1);
+    for (std::string &word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    ::execv(program.c_str(), pointers.data());
     const std::string reason = std::system_category().message(errno);
     return QString::fromStdString(program.string() + ": " + reason);
 }
