@@ -20,7 +20,7 @@ namespace {
 
 int fail(const QString &reason)
 {
-    std::cerr << "orbitledge: " << qPrintable(reason) << std::endl;
+    std::cerr << "orbitledge: " << qPrintable(reason) << '\n';
     return 1;
 }
 
@@ -55,9 +55,7 @@ int main(int argc, char **argv)
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    // The application owns it.
-    auto *const style = new Style; // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
-    QApplication::setStyle(style);
+    QApplication::setStyle(new Style); // which the application owns
 
     const QStringList arguments = QCoreApplication::arguments();
     const qsizetype picture = arguments.indexOf(u"--picture"_s);
@@ -75,7 +73,7 @@ int main(int argc, char **argv)
         .preferences = std::make_shared<PortalPreferences>(),
         .locale = locale(),
         .logos = std::make_shared<LoadedLogoImages>(makeLogos()),
-        .style = style,
+        .style = qobject_cast<Style *>(QApplication::style()),
         .defaults = parts->defaults,
         .about = {
             .version = QString::fromLatin1(build::version),

@@ -4,7 +4,6 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusServiceWatcher>
 
 #include <chrono>
 #include <cmath>
@@ -54,11 +53,10 @@ QCoro::Task<void> PortalPreferences::begin(QPointer<PortalPreferences> preferenc
     bus.connect(QString(), path, interface, u"SettingChanged"_s, preferences,
         SLOT(settingChanged(QString, QString, QDBusVariant)));
     // A portal that comes later, or again, may have other answers.
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): they have a parent
-    const auto *const watcher
-        = new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange, preferences);
-    connect(
-        watcher, &QDBusServiceWatcher::serviceOwnerChanged, preferences, &PortalPreferences::ownerChanged);
+    preferences->m_watcher = std::make_unique<QDBusServiceWatcher>(
+        QString(service), bus, QDBusServiceWatcher::WatchForOwnerChange);
+    connect(preferences->m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, preferences,
+        &PortalPreferences::ownerChanged);
     co_await read(preferences);
 }
 

@@ -3,9 +3,12 @@
 #include "platform/DesktopPreferences.h"
 
 #include <QCoroTask>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QPointer>
 #include <QVariant>
+
+#include <memory>
 
 namespace orbitledge {
 
@@ -32,6 +35,7 @@ private:
     Q_SLOT void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
     Q_SLOT void ownerChanged(const QString &service, const QString &oldOwner, const QString &newOwner);
 
+    std::unique_ptr<QDBusServiceWatcher> m_watcher;
     Colors m_colors = Colors::NoPreference;
     bool m_reducesMotion = false;
     double m_textScale = 1;
