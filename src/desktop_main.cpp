@@ -55,7 +55,8 @@ int main(int argc, char **argv)
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setStyle(new Style); // which the application owns
+    // The application owns it.
+    QApplication::setStyle(new Style); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 
     const QStringList arguments = QCoreApplication::arguments();
     const qsizetype picture = arguments.indexOf(u"--picture"_s);
