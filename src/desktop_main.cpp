@@ -55,10 +55,10 @@ int main(int argc, char **argv)
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    // The application owns it.
-    QApplication::setStyle(new Style); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
-
+    // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the application owns the style
+    QApplication::setStyle(new Style);
     const QStringList arguments = QCoreApplication::arguments();
+    // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
     const qsizetype picture = arguments.indexOf(u"--picture"_s);
     const auto parts = SystemParts::make(picture < 0 ? Presence::Resident : Presence::Short);
     if (!parts)
