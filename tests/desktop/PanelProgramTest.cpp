@@ -135,6 +135,9 @@ private Q_SLOTS:
         m_environment.insert(u"ORBITLEDGE_API_URL"_s, m_service.baseUrl().toString());
         m_environment.insert(u"ORBITLEDGE_WEB_URL"_s, m_service.baseUrl().toString());
         m_environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+        m_environment.insert(u"LSAN_OPTIONS"_s,
+            u"suppressions=%1/lsan-desktop.supp print_suppressions=0"_s.arg(
+                QStringLiteral(ORBITLEDGE_TEST_SUPPORT)));
         makeBrowser();
         m_desk.emplace(*m_lab);
     }
