@@ -167,7 +167,7 @@ bool SubscriptionRow::eventFilter(QObject *watched, QEvent *event)
         [[fallthrough]];
     case QEvent::FocusOut:
         // When it has come, or gone.
-        QMetaObject::invokeMethod(this, [this] { followAttention(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "followAttention", Qt::QueuedConnection);
         break;
     case QEvent::KeyPress:
         if (auto *const key = dynamic_cast<QKeyEvent *>(event); key != nullptr && takeKey(*key))

@@ -78,7 +78,7 @@ private:
     static QCoro::Task<void> awaitEnd(QPointer<SubscriptionRow> row, QCoro::Task<void> task);
     void setWorking(bool isWorking);
     void showMutation();
-    void followAttention();
+    Q_SLOT void followAttention();
     void setPresence(qreal presence);
     void arrange();
     qreal trailingWidth() const;
