@@ -68,7 +68,6 @@ OrbitledgeApp::~OrbitledgeApp() = default;
 
 void OrbitledgeApp::launch(Start start)
 {
-    m_isLaunched = true;
     m_parts.store->start();
     updateIcon();
     m_isToOpen = start == Start::Open;

@@ -88,7 +88,6 @@ private:
     /// So that several changes in a row draw the icon once.
     QTimer m_iconUpdate;
     bool m_isToOpen = false;
-    bool m_isLaunched = false;
 };
 
 } // namespace orbitledge::ui
