@@ -324,12 +324,14 @@ private Q_SLOTS:
     void shouldGiveUpASilentSystemd()
     {
         constexpr double limit = 2000;
+        // The bus library's timers may come a twentieth early.
+        constexpr qint64 atLeast = 3700;
         Session session(u"mute"_s);
         DeliveryDriver delivery(session.lab.environment(), 4s);
         QElapsedTimer time;
         time.start();
         QCOMPARE(delivery.arrange(tuesday), notDelivered(u"systemd does not answer."_s));
-        QVERIFY(time.elapsed() >= 3900);
+        QVERIFY2(time.elapsed() >= atLeast, qPrintable(QString::number(time.elapsed())));
         QCOMPARE(delivery.arrange(std::nullopt), notTakenBack(u"systemd does not answer."_s));
         QVERIFY(delivery.longestStretch() < limit);
     }

@@ -153,23 +153,38 @@ void DesktopLab::startDisplay()
     m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(number.trimmed()));
 }
 
+bool DesktopLab::isPromptShown() const
+{
+    QProcess search;
+    search.setProcessEnvironment(m_environment);
+    search.start(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"gcr-prompter"_s});
+    search.waitForFinished(patience);
+    return !search.readAllStandardOutput().trimmed().isEmpty();
+}
+
 void DesktopLab::awaitPrompt()
 {
     awaitOnBus(prompterName);
-    await("the prompt's window", [&] {
-        QProcess search;
-        search.setProcessEnvironment(m_environment);
-        search.start(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"gcr-prompter"_s});
-        search.waitForFinished(patience);
-        return !search.readAllStandardOutput().trimmed().isEmpty();
-    });
+    await("the prompt's window", [&] { return isPromptShown(); });
 }
 
-void DesktopLab::answerPrompt(const QString &text)
+/// Until its window is gone, the next prompt could be taken for this one, and what is typed would be lost.
+void DesktopLab::awaitPromptGone()
+{
+    await("the end of the prompt's window", [&] { return !isPromptShown(); });
+}
+
+void DesktopLab::tryAtPrompt(const QString &text)
 {
     awaitPrompt();
     run(u"xdotool"_s, {u"type"_s, text});
     run(u"xdotool"_s, {u"key"_s, u"Return"_s});
+}
+
+void DesktopLab::answerPrompt(const QString &text)
+{
+    tryAtPrompt(text);
+    awaitPromptGone();
 }
 
 void DesktopLab::choosePassword(const QString &password)
@@ -179,12 +194,14 @@ void DesktopLab::choosePassword(const QString &password)
     run(u"xdotool"_s, {u"key"_s, u"Tab"_s});
     run(u"xdotool"_s, {u"type"_s, password});
     run(u"xdotool"_s, {u"key"_s, u"Return"_s});
+    awaitPromptGone();
 }
 
 void DesktopLab::dismissPrompt()
 {
     awaitPrompt();
     run(u"xdotool"_s, {u"key"_s, u"Escape"_s});
+    awaitPromptGone();
 }
 
 void DesktopLab::killPrompter()

@@ -75,7 +75,9 @@ public:
     // ---- the person before the screen; for labs with a display ----
 
     void awaitPrompt();
-    /// Waits for a prompt, types, and presses the enter key.
+    /// Waits for a prompt, types, and presses the enter key; the prompt may stay.
+    void tryAtPrompt(const QString &text);
+    /// The same, and waits until the prompt is gone, as it is after the right answer.
     void answerPrompt(const QString &text);
     /// The same for the prompt that wants a new password, twice.
     void choosePassword(const QString &password);
@@ -129,6 +131,8 @@ private:
     static void start(QProcess &child, const QString &program, const QStringList &arguments);
     static void end(std::unique_ptr<QProcess> &child, int signal);
     void startDisplay();
+    [[nodiscard]] bool isPromptShown() const;
+    void awaitPromptGone();
     void startBus(const Options &options);
     void writeServiceFile(const QString &name, const QString &command) const;
     [[nodiscard]] QString busConfiguration(const Options &options) const;
