@@ -8,6 +8,7 @@
 #include "ui/panel/LoadedLogoImages.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QLoggingCategory>
 
 #include <iostream>
@@ -41,6 +42,13 @@ int drawPicture(const SystemParts &parts, const QString &file)
     window.show();
     QCoreApplication::processEvents();
     return window.grab().save(file) ? 0 : fail(file + u": the picture could not be written"_s);
+}
+
+/// What will not work without a session bus, where there is none.
+QString noticeFor(const QDBusConnection &bus)
+{
+    return bus.isConnected() ? QString()
+                             : u"There is no session bus, so signing in and reminders will not work."_s;
 }
 
 } // namespace
@@ -81,6 +89,7 @@ int main(int argc, char **argv)
             .build = QString::fromLatin1(build::buildNumber),
             .api = parts->api,
         },
+        .notice = noticeFor(QDBusConnection::sessionBus()),
     });
     QObject::connect(&app, &OrbitledgeApp::quitRequested, &application, &QCoreApplication::quit);
     const bool isInBackground = arguments.contains(u"--background"_s);

@@ -40,6 +40,8 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
           .dress = [this](QWidget *window) { m_appearance.applyTo(window); },
       })
 {
+    if (!m_parts.notice.isEmpty())
+        m_panel->setNotice(m_parts.notice);
     m_appearance.applyTo(m_window.get());
     m_icon.setColorScheme(m_appearance.colorScheme());
     m_window->setTakesEscape([this] { return m_panel->takeEscape(); });

@@ -43,6 +43,8 @@ public:
         /// Remembers where windows were; may be absent.
         std::shared_ptr<UserDefaults> defaults = nullptr;
         AboutProgram about = {};
+        /// What in this session keeps it from working, as a sentence for people; empty where nothing does.
+        QString notice = {};
     };
 
     enum class Start {

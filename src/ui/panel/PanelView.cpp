@@ -1,6 +1,7 @@
 #include "ui/panel/PanelView.h"
 
 #include "platform/MonotonicTimer.h"
+#include "ui/kit/ThemedLabel.h"
 #include "ui/panel/LoginView.h"
 #include "ui/panel/PanelAccessibility.h"
 #include "ui/panel/QuickAddView.h"
@@ -33,7 +34,7 @@ PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, Q
     installPanelAccessibility();
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
-    layout->addWidget(m_stack);
+    layout->addWidget(m_stack, 1);
     m_stack->add(m_checking);
     connect(&store, &AppStore::changed, this, &PanelView::follow);
 }
@@ -73,6 +74,7 @@ void PanelView::update(ScreenStack::Change change)
     if (!isAnother)
         return;
     const PanelScreen left = std::exchange(m_screen, screen);
+    updateNotice();
     m_stack->show(widget, change);
     leave(left, old);
 }
@@ -116,6 +118,31 @@ void PanelView::leave(PanelScreen screen, QWidget *widget)
         widget->deleteLater();
     if (screen == PanelScreen::QuickAdd && m_screen == PanelScreen::Timeline)
         m_timeline->focusAdd();
+}
+
+void PanelView::setNotice(const QString &sentence)
+{
+    if (m_notice == nullptr) {
+        m_notice = new ThemedLabel({},
+            {.designSize = 11,
+                .tone = Tone::Slate,
+                .overflow = ThemedLabel::Overflow::Wrap,
+                .alignment = Qt::AlignHCenter | Qt::AlignVCenter});
+        constexpr int edge = 20;
+        auto *const row = new QHBoxLayout;
+        row->setContentsMargins(edge, 0, edge, edge);
+        row->addWidget(m_notice);
+        static_cast<QVBoxLayout *>(layout())->addLayout(row);
+    }
+    m_notice->setText(sentence);
+    updateNotice();
+}
+
+void PanelView::updateNotice()
+{
+    const bool isSignedIn = m_screen == PanelScreen::Timeline || m_screen == PanelScreen::QuickAdd;
+    if (m_notice != nullptr)
+        m_notice->setVisible(!m_notice->text().isEmpty() && !isSignedIn);
 }
 
 bool PanelView::takeEscape()

@@ -14,6 +14,7 @@
 namespace orbitledge::ui {
 
 class SessionRecoveryPanel;
+class ThemedLabel;
 class TimelinePanel;
 
 /// Everything that the panel shows. It reads the store and calls it, and has no state of its own.
@@ -28,6 +29,8 @@ public:
     PanelView(AppStore &store, const Locale &locale, LogoImages *logos, QWidget *parent = nullptr);
 
     PanelScreen screen() const { return m_screen; }
+    /// A sentence below what is shown as long as nobody is signed in: what in this session will not work.
+    void setNotice(const QString &sentence);
     /// Whether Escape closes something of what is shown, which it then has done.
     bool takeEscape();
 
@@ -42,11 +45,13 @@ private:
     void update(ScreenStack::Change change);
     QWidget *widgetFor(PanelScreen screen);
     void leave(PanelScreen screen, QWidget *widget);
+    void updateNotice();
 
     AppStore &m_store;
     std::shared_ptr<PanelTexts> m_texts;
     LogoImages *m_logos;
     ScreenStack *m_stack;
+    ThemedLabel *m_notice = nullptr;
     PanelScreen m_screen = PanelScreen::CheckingSession;
     QWidget *m_checking;
     SessionRecoveryPanel *m_recovery = nullptr;

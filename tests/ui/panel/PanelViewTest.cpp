@@ -275,6 +275,36 @@ private Q_SLOTS:
         m_desk->settle();
     }
 
+    void shouldTellWhatDoesNotWorkWhileNobodyIsSignedIn()
+    {
+        const QString notice = u"There is no session bus, so signing in and reminders will not work."_s;
+        m_desk->api->hasSession = false;
+        m_desk->make();
+        open();
+        QCoro::waitFor(m_desk->store->start());
+        QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
+        QVERIFY(!texts().contains(notice));
+        m_panel->setNotice(notice);
+        QVERIFY(texts().contains(notice));
+        for (const double scale : {1.0, 2.0}) {
+            applyTextScale(*m_panel, scale);
+            QCoreApplication::processEvents();
+            const QList<ThemedLabel *> labels = m_panel->findChildren<ThemedLabel *>();
+            const auto label = std::ranges::find(labels, notice, &ThemedLabel::text);
+            QVERIFY(label != labels.end());
+            const QRect place((*label)->mapTo(m_panel.get(), QPoint()), (*label)->size());
+            QVERIFY(m_panel->rect().contains(place));
+            QVERIFY(place.height() >= (*label)->heightForWidth(place.width()));
+        }
+        m_desk->api->isQuick = true;
+        m_desk->api->profile = sampleAmerican();
+        m_desk->api->subscriptions = sampleList();
+        (void)QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s));
+        QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        QVERIFY(!texts().contains(notice));
+        m_desk->settle();
+    }
+
     void shouldBeThereAtOnceWhenItIsOpened()
     {
         auto *const style = static_cast<Style *>(QApplication::style());
