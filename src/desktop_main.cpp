@@ -90,6 +90,7 @@ int main(int argc, char **argv)
             .api = parts->api,
         },
         .notice = noticeFor(QDBusConnection::sessionBus()),
+        .desktop = qgetenv("XDG_CURRENT_DESKTOP"),
     });
     QObject::connect(&app, &OrbitledgeApp::quitRequested, &application, &QCoreApplication::quit);
     const bool isInBackground = arguments.contains(u"--background"_s);

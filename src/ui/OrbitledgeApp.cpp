@@ -2,6 +2,7 @@
 
 #include "presentation/MenuBarContent.h"
 #include "presentation/PanelScreen.h"
+#include "ui/tray/BarColors.h"
 
 #include <QCursor>
 
@@ -43,13 +44,12 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
     if (!m_parts.notice.isEmpty())
         m_panel->setNotice(m_parts.notice);
     m_appearance.applyTo(m_window.get());
-    m_icon.setColorScheme(m_appearance.colorScheme());
+    updateIconColors();
     m_window->setTakesEscape([this] { return m_panel->takeEscape(); });
     m_iconUpdate.setSingleShot(true);
     m_iconUpdate.setInterval(0);
 
-    connect(&m_appearance, &WindowAppearanceApplier::changed, this,
-        [this] { m_icon.setColorScheme(m_appearance.colorScheme()); });
+    connect(&m_appearance, &WindowAppearanceApplier::changed, this, &OrbitledgeApp::updateIconColors);
     connect(&m_iconUpdate, &QTimer::timeout, this, &OrbitledgeApp::updateIcon);
     connect(m_parts.store.get(), &AppStore::changed, &m_iconUpdate, qOverload<>(&QTimer::start));
     connect(&m_icon, &TrayIcon::activated, this, [this](const PanelAnchor &anchor) {
@@ -111,6 +111,12 @@ void OrbitledgeApp::updateIcon()
     const AppStore &store = *m_parts.store;
     m_icon.setContent(menuBarOf(
         store.timeline(), panelCurrency(store.state()), m_parts.settings->showMenuBadge(), m_money));
+}
+
+void OrbitledgeApp::updateIconColors()
+{
+    m_icon.setColorScheme(m_appearance.colorScheme());
+    m_icon.setBarColorScheme(barColorScheme(m_parts.desktop, m_appearance.desktopColorScheme()));
 }
 
 } // namespace orbitledge::ui

@@ -45,6 +45,8 @@ public:
         AboutProgram about = {};
         /// What in this session keeps it from working, as a sentence for people; empty where nothing does.
         QString notice = {};
+        /// As XDG_CURRENT_DESKTOP names it; may be empty.
+        QByteArray desktop = {};
     };
 
     enum class Start {
@@ -75,6 +77,7 @@ Q_SIGNALS:
 private:
     void followStore();
     void updateIcon();
+    void updateIconColors();
     void openWhenTrayIsKnown();
     void openAt(const PanelAnchor &anchor);
 

@@ -44,6 +44,11 @@ ColorScheme WindowAppearanceApplier::colorScheme() const
     return colorSchemeFor(m_settings->appearance(), m_preferences->colors(), m_toolkit);
 }
 
+ColorScheme WindowAppearanceApplier::desktopColorScheme() const
+{
+    return colorSchemeFor(Appearance::System, m_preferences->colors(), m_toolkit);
+}
+
 void WindowAppearanceApplier::applyTo(QWidget *window)
 {
     m_windows.append(window);

@@ -30,6 +30,8 @@ public:
     void applyTo(QWidget *window);
 
     ColorScheme colorScheme() const;
+    /// What the desktop prefers, whatever is chosen for this program.
+    ColorScheme desktopColorScheme() const;
 
 Q_SIGNALS:
     void changed();

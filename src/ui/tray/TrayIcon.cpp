@@ -34,6 +34,7 @@ TrayIcon::TrayIcon(TrayHost &host, QObject *parent)
     , m_host(host)
 {
     makeMenu();
+    applyColorScheme(m_menu, m_colorScheme);
     connect(&m_host, &TrayHost::changed, this, &TrayIcon::follow);
     follow();
 }
@@ -68,6 +69,14 @@ void TrayIcon::setColorScheme(ColorScheme colorScheme)
     if (m_colorScheme == colorScheme)
         return;
     m_colorScheme = colorScheme;
+    applyColorScheme(m_menu, colorScheme);
+}
+
+void TrayIcon::setBarColorScheme(ColorScheme colorScheme)
+{
+    if (m_barColorScheme == colorScheme)
+        return;
+    m_barColorScheme = colorScheme;
     update();
 }
 
@@ -96,10 +105,9 @@ void TrayIcon::show()
 
 void TrayIcon::update()
 {
-    applyColorScheme(m_menu, m_colorScheme);
     if (!m_icon)
         return;
-    m_icon->setIcon(MenuBarLabel(m_content.badge, m_colorScheme).icon());
+    m_icon->setIcon(MenuBarLabel(m_content.badge, m_barColorScheme).icon());
     m_icon->setToolTip(toolTipOf(m_content));
 }
 

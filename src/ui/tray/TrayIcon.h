@@ -26,7 +26,10 @@ public:
     ~TrayIcon() override;
 
     void setContent(const MenuBarContent &content);
+    /// Of its menu.
     void setColorScheme(ColorScheme colorScheme);
+    /// Of what it stands on.
+    void setBarColorScheme(ColorScheme colorScheme);
 
     /// Whether a host is there that shows it.
     [[nodiscard]] bool isShown() const;
@@ -52,6 +55,7 @@ private:
     TrayHost &m_host;
     MenuBarContent m_content;
     ColorScheme m_colorScheme = ColorScheme::Light;
+    ColorScheme m_barColorScheme = ColorScheme::Dark;
     QMenu m_menu;
     QAction *m_nextRenewal = nullptr;
     /// Not before there is a host.
