@@ -14,6 +14,8 @@ public:
     using QObject::QObject;
 
     [[nodiscard]] virtual Colors colors() const = 0;
+    /// What is read and used should stand out more than usual.
+    [[nodiscard]] virtual bool increasesContrast() const = 0;
     /// Nothing should move that need not.
     [[nodiscard]] virtual bool reducesMotion() const = 0;
     /// Of all text; 1 is the usual size.

@@ -32,7 +32,7 @@ WindowAppearanceApplier::WindowAppearanceApplier(
     : m_settings(std::move(settings))
     , m_preferences(std::move(preferences))
     , m_style(style)
-    , m_toolkit(colorSchemeOf(QGuiApplication::palette()))
+    , m_toolkit(isDark(colorSchemeOf(QGuiApplication::palette())) ? ColorScheme::Dark : ColorScheme::Light)
 {
     connect(m_settings.get(), &AppSettings::changed, this, qOverload<>(&WindowAppearanceApplier::apply));
     connect(m_preferences.get(), &DesktopPreferences::changed, this,
@@ -41,7 +41,8 @@ WindowAppearanceApplier::WindowAppearanceApplier(
 
 ColorScheme WindowAppearanceApplier::colorScheme() const
 {
-    return colorSchemeFor(m_settings->appearance(), m_preferences->colors(), m_toolkit);
+    const ColorScheme chosen = colorSchemeFor(m_settings->appearance(), m_preferences->colors(), m_toolkit);
+    return m_preferences->increasesContrast() ? withHighContrast(chosen) : chosen;
 }
 
 ColorScheme WindowAppearanceApplier::desktopColorScheme() const

@@ -3,6 +3,9 @@
 #include "support/ProgramDesk.h"
 #include "support/TestMain.h"
 
+#include <QDateTime>
+#include <QFileInfo>
+
 #include <optional>
 
 using namespace orbitledge;
@@ -26,6 +29,17 @@ private:
 
     /// Where the service has the pages of subscriptions.
     [[nodiscard]] QByteArray pages() { return m_session->service().baseUrl().toEncoded() + "subscriptions/"; }
+
+    [[nodiscard]] QDateTime lastFetch() const
+    {
+        return QFileInfo(m_session->environment().value(u"XDG_DATA_HOME"_s)
+            + u"/app.orbitledge.Orbitledge/subscription-snapshot-v1.json"_s)
+            .lastModified();
+    }
+    void awaitFetchAfter(const QDateTime &before)
+    {
+        DesktopLab::await("the data to be fetched", [&] { return lastFetch() > before; });
+    }
 
 private Q_SLOTS:
     void init()
@@ -91,6 +105,55 @@ private Q_SLOTS:
         QVERIFY(QDir(m_session->environment().value(u"HOME"_s))
                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
                 .isEmpty());
+    }
+
+    void shouldWaitForAKeyringThatIsLocked()
+    {
+        m_session->signIn();
+        const QDateTime before = lastFetch();
+        m_session->lab().stopKeyring();
+        m_session->lab().startKeyring(DesktopLab::Keyring::Locked);
+        m_session->start();
+        m_session->lab().answerPrompt(DesktopLab::keyringPassword());
+        awaitFetchAfter(before);
+        m_session->awaitPanel(true);
+        QVERIFY(pageOfFirstRow().startsWith(pages()));
+        QVERIFY(m_session->quit());
+    }
+
+    void shouldWaitForAKeyringThatComesLate()
+    {
+        m_session->signIn();
+        const QDateTime before = lastFetch();
+        m_session->lab().stopKeyring();
+        m_session->start();
+        m_session->awaitPanel(true);
+        m_session->lab().startKeyring(DesktopLab::Keyring::Unlocked);
+        awaitFetchAfter(before);
+        QVERIFY(pageOfFirstRow().startsWith(pages()));
+        QVERIFY(m_session->quit());
+    }
+
+    void shouldGoOnWhenTheKeyringIsBack()
+    {
+        m_session->signIn();
+        m_session->desk().startBar();
+        m_session->start({u"--background"_s});
+        const QPoint icon = m_session->desk().awaitBadge().center();
+        m_session->lab().killKeyring();
+        m_session->desk().click(icon);
+        m_session->awaitPanel(true);
+        m_session->keepPicture(u"keyring-died"_s);
+        m_session->desk().press(u"Escape"_s);
+        m_session->awaitPanel(false);
+        m_session->lab().startKeyring(DesktopLab::Keyring::Unlocked);
+        const QDateTime before = lastFetch();
+        QVERIFY(before.isValid());
+        m_session->desk().click(icon);
+        awaitFetchAfter(before);
+        m_session->awaitPanel(true);
+        QVERIFY(pageOfFirstRow().startsWith(pages()));
+        QVERIFY(m_session->quit());
     }
 
     void shouldOpenInAnyLocale_data()

@@ -8,10 +8,12 @@ namespace orbitledge::testing {
 class FakeDesktopPreferences final : public DesktopPreferences {
 public:
     Colors preferredColors = Colors::NoPreference;
+    bool isContrastIncreased = false;
     bool isMotionReduced = false;
     double scale = 1;
 
     [[nodiscard]] Colors colors() const override { return preferredColors; }
+    [[nodiscard]] bool increasesContrast() const override { return isContrastIncreased; }
     [[nodiscard]] bool reducesMotion() const override { return isMotionReduced; }
     [[nodiscard]] double textScale() const override { return scale; }
 

@@ -60,6 +60,20 @@ private Q_SLOTS:
         QCOMPARE(colorSchemeFor(chosen, preferred, toolkit), expected);
     }
 
+    void shouldRaiseTheContrastWhereTheDesktopAsksForIt()
+    {
+        QWidget panel;
+        m_applier->applyTo(&panel);
+        m_preferences->isContrastIncreased = true;
+        m_preferences->announce();
+        QCOMPARE(colorSchemeOf(panel.palette()), ColorScheme::LightHighContrast);
+        m_settings->setAppearance(Appearance::Dark);
+        QCOMPARE(colorSchemeOf(panel.palette()), ColorScheme::DarkHighContrast);
+        m_preferences->isContrastIncreased = false;
+        m_preferences->announce();
+        QCOMPARE(colorSchemeOf(panel.palette()), ColorScheme::Dark);
+    }
+
     void shouldApplyAChangeToAllWindowsAtOnce()
     {
         QWidget panel;

@@ -60,6 +60,7 @@ Pair pairOf(Tone tone)
         return foregroundAt(0.08, 0.07);
     case Tone::Veil:
         return foregroundAt(0.05, 0.04);
+    case Tone::Emphasis:
     case Tone::Stroke:
         return foregroundAt(0.1, 0.09);
     case Tone::Surface:
@@ -70,6 +71,32 @@ Pair pairOf(Tone tone)
         return {opaque(0xC0272D), opaque(0xFF6B6B)};
     }
     Q_UNREACHABLE();
+}
+
+/// What a tone is where there is to be more contrast.
+Pair clearPairOf(Tone tone)
+{
+    switch (tone) {
+    case Tone::Paper:
+    case Tone::Surface:
+        return {white, nearBlack};
+    case Tone::Ink:
+    case Tone::InkAndWhite:
+    case Tone::Slate:
+        return {nearBlack, white};
+    case Tone::Grey:
+    case Tone::MidGrey:
+        return pairOf(Tone::Slate);
+    case Tone::Fill:
+    case Tone::Emphasis:
+        return foregroundAt(0.16, 0.2);
+    case Tone::Veil:
+        return foregroundAt(0.08, 0.1);
+    case Tone::Stroke:
+        return foregroundAt(0.6, 0.6);
+    default:
+        return pairOf(tone);
+    }
 }
 
 std::optional<QColor> parsedHex(QStringView text)
@@ -119,8 +146,8 @@ struct Ground {
 
 QColor colorOf(Tone tone, ColorScheme colorScheme)
 {
-    const Pair pair = pairOf(tone);
-    const bool isLight = colorScheme == ColorScheme::Light;
+    const Pair pair = isHighContrast(colorScheme) ? clearPairOf(tone) : pairOf(tone);
+    const bool isLight = !isDark(colorScheme);
     QColor color = QColor::fromRgb(isLight ? pair.light : pair.dark);
     color.setAlphaF(static_cast<float>(isLight ? pair.lightOpacity : pair.darkOpacity));
     return color;
@@ -141,7 +168,7 @@ QColor colorOfText(QStringView hex, ColorScheme colorScheme)
     const std::optional<QColor> parsed = parsedHex(hex);
     if (!parsed)
         return colorOf(Tone::Cyan, colorScheme);
-    if (colorScheme == ColorScheme::Dark)
+    if (isDark(colorScheme))
         return *parsed;
     const auto isThisTint
         = [hex](const BrandColor &color) { return hex.compare(color.dark, Qt::CaseInsensitive) == 0; };
@@ -151,7 +178,11 @@ QColor colorOfText(QStringView hex, ColorScheme colorScheme)
 
 ColorScheme colorSchemeOf(const QPalette &palette)
 {
-    return palette.color(QPalette::Window).lightnessF() < 0.5F ? ColorScheme::Dark : ColorScheme::Light;
+    const QColor window = palette.color(QPalette::Window);
+    const ColorScheme plain = window.lightnessF() < 0.5F ? ColorScheme::Dark : ColorScheme::Light;
+    const ColorScheme clear = withHighContrast(plain);
+    // Their papers are different.
+    return window == colorOf(Tone::Paper, clear) ? clear : plain;
 }
 
 QPalette paletteFor(ColorScheme colorScheme)

@@ -8,7 +8,29 @@ class QWidget;
 
 namespace orbitledge::ui {
 
-enum class ColorScheme { Light, Dark };
+enum class ColorScheme {
+    Light,
+    Dark,
+    /// For those who ask their desktop for more contrast: paper is white or black, and lines are as clear as
+    /// text.
+    LightHighContrast,
+    DarkHighContrast,
+};
+
+constexpr bool isDark(ColorScheme colorScheme)
+{
+    return colorScheme == ColorScheme::Dark || colorScheme == ColorScheme::DarkHighContrast;
+}
+
+constexpr bool isHighContrast(ColorScheme colorScheme)
+{
+    return colorScheme == ColorScheme::LightHighContrast || colorScheme == ColorScheme::DarkHighContrast;
+}
+
+constexpr ColorScheme withHighContrast(ColorScheme colorScheme)
+{
+    return isDark(colorScheme) ? ColorScheme::DarkHighContrast : ColorScheme::LightHighContrast;
+}
 
 /// The colours there are. What text stands on is chosen so that it has a contrast of 4.5 to 1 at least:
 /// Ink, Slate, BlackAndWhite, InkAndWhite, Cyan and Alert on Paper and Surface, OnCyan on Cyan. The other
@@ -27,6 +49,8 @@ enum class Tone {
     /// Tints, to lie on Paper or Surface.
     Fill,
     Veil,
+    /// The ground of what is pointed out, with text on it.
+    Emphasis,
     Stroke,
     /// What is written in, and what stands out from Paper: white, or a veil. Darker than Paper, neither
     /// cyan nor slate would be readable on it in the light.

@@ -25,7 +25,7 @@ constexpr qreal ringGap = 3;
 // Dimmed further in the light, the label would lose its contrast.
 qreal pressedOpacity(ColorScheme colorScheme)
 {
-    return colorScheme == ColorScheme::Light ? 0.9 : 0.8;
+    return isDark(colorScheme) ? 0.8 : 0.9;
 }
 
 } // namespace
@@ -105,7 +105,7 @@ void PrimaryButton::paintEvent(QPaintEvent * /*event*/)
         ground.setAlphaF(static_cast<float>(pressedOpacity(colorScheme)));
     fillRounded(painter, frame, radius, ground);
     if (isHovered() && !isDown() && !m_isBusy)
-        fillRounded(painter, frame, radius, colorOf(Tone::Stroke, colorScheme));
+        fillRounded(painter, frame, radius, colorOf(Tone::Emphasis, colorScheme));
     const QColor ink = colorOf(isEnabled() ? Tone::OnCyan : Tone::Grey, colorScheme);
     painter.setFont(labelFont());
     painter.setPen(ink);

@@ -66,8 +66,8 @@ void LogoTile::paintImage(QPainter &painter, const QImage &image) const
 void LogoTile::paintInitials(QPainter &painter) const
 {
     const ColorScheme colorScheme = colorSchemeOf(palette());
-    const QColor tint = colorOfText(
-        QString(colorScheme == ColorScheme::Dark ? m_content.tint.dark : m_content.tint.light), colorScheme);
+    const QColor tint
+        = colorOfText(QString(isDark(colorScheme) ? m_content.tint.dark : m_content.tint.light), colorScheme);
     const qreal radius = scaled(*this, m_measures.radius);
     QColor ground = tint;
     ground.setAlphaF(static_cast<float>(m_measures.groundOpacity));

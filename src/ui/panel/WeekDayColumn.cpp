@@ -53,7 +53,7 @@ void WeekDayColumn::paintEvent(QPaintEvent * /*event*/)
     const ColorScheme colorScheme = colorSchemeOf(palette());
     QPainter painter(this);
     if (m_content.isToday)
-        fillRounded(painter, rect(), scaled(*this, radius), colorOf(Tone::Stroke, colorScheme));
+        fillRounded(painter, rect(), scaled(*this, radius), colorOf(Tone::Emphasis, colorScheme));
     const qreal wide = width();
     painter.setPen(colorOf(Tone::Slate, colorScheme));
     drawFitting(painter, QRectF(0, scaled(*this, weekdayTop), wide, scaled(*this, weekdayHeight)),

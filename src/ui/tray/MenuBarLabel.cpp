@@ -44,7 +44,7 @@ QPixmap haloOf(const QRectF &area, const QColor &color)
 void paintMark(QPainter &painter, int side, ColorScheme colorScheme)
 {
     const QRectF area(0, 0, side, side);
-    const ColorScheme opposite = colorScheme == ColorScheme::Light ? ColorScheme::Dark : ColorScheme::Light;
+    const ColorScheme opposite = isDark(colorScheme) ? ColorScheme::Light : ColorScheme::Dark;
     painter.setOpacity(haloOpacity);
     painter.drawPixmap(0, 0, haloOf(area, colorOf(Tone::BlackAndWhite, opposite)));
     painter.setOpacity(1);

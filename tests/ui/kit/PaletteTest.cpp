@@ -7,9 +7,18 @@
 
 #include <QHBoxLayout>
 
+#include <array>
+
 using namespace orbitledge::testing;
 using namespace orbitledge::ui;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::array allSchemes{
+    ColorScheme::Light, ColorScheme::Dark, ColorScheme::LightHighContrast, ColorScheme::DarkHighContrast};
+
+} // namespace
 
 class PaletteTest : public QObject {
     Q_OBJECT
@@ -78,12 +87,16 @@ private Q_SLOTS:
     {
         QTest::addColumn<QColor>("text");
         QTest::addColumn<QColor>("ground");
-        for (const ColorScheme colorScheme : {ColorScheme::Light, ColorScheme::Dark}) {
-            const QByteArray name = colorScheme == ColorScheme::Light ? "light: " : "dark: ";
+        QTest::addColumn<double>("contrast");
+        for (const ColorScheme colorScheme : allSchemes) {
+            QByteArray name = isDark(colorScheme) ? "dark: " : "light: ";
+            if (isHighContrast(colorScheme))
+                name.prepend("high contrast, ");
+            constexpr double least = 4.5;
             const QColor paper = colorOf(Tone::Paper, colorScheme);
             const auto onPaper = [&](Tone tint) { return over(colorOf(tint, colorScheme), paper); };
             const auto add = [&](const char *pair, Tone text, const QColor &ground) {
-                QTest::newRow(name + pair) << colorOf(text, colorScheme) << ground;
+                QTest::newRow(name + pair) << colorOf(text, colorScheme) << ground << least;
             };
             for (const Tone text :
                 {Tone::Ink, Tone::Slate, Tone::BlackAndWhite, Tone::InkAndWhite, Tone::Cyan, Tone::Alert}) {
@@ -92,11 +105,13 @@ private Q_SLOTS:
                 add("tone " + number + " on a surface", text, onPaper(Tone::Surface));
             }
             add("ink on a hovered row", Tone::Ink, onPaper(Tone::Fill));
+            add("black and white on today", Tone::BlackAndWhite, onPaper(Tone::Emphasis));
+            add("slate on today", Tone::Slate, onPaper(Tone::Emphasis));
             add("slate on a hovered row", Tone::Slate, onPaper(Tone::Fill));
             const QPalette palette = paletteFor(colorScheme);
             const auto addRoles
                 = [&](const char *pair, QPalette::ColorRole text, QPalette::ColorRole ground) {
-                      QTest::newRow(name + pair) << palette.color(text) << palette.color(ground);
+                      QTest::newRow(name + pair) << palette.color(text) << palette.color(ground) << least;
                   };
             addRoles("windows", QPalette::WindowText, QPalette::Window);
             addRoles("lists", QPalette::Text, QPalette::Base);
@@ -107,25 +122,36 @@ private Q_SLOTS:
             addRoles("tooltips", QPalette::ToolTipText, QPalette::ToolTipBase);
             addRoles("links", QPalette::Link, QPalette::Window);
         }
-        QTest::newRow("a badge") << QColor(Qt::white) << QColor::fromRgb(badgeRed);
+        QTest::newRow("a badge") << QColor(Qt::white) << QColor::fromRgb(badgeRed) << 4.5;
+        for (const ColorScheme colorScheme :
+            {ColorScheme::LightHighContrast, ColorScheme::DarkHighContrast}) {
+            const QByteArray name = isDark(colorScheme) ? "high contrast, dark: " : "high contrast, light: ";
+            const QColor paper = colorOf(Tone::Paper, colorScheme);
+            for (const Tone text : {Tone::Ink, Tone::Slate, Tone::BlackAndWhite, Tone::InkAndWhite})
+                QTest::newRow(name + "all but the brand's, " + QByteArray::number(static_cast<int>(text)))
+                    << colorOf(text, colorScheme) << paper << 15.0;
+            QTest::newRow(name + "grey") << colorOf(Tone::Grey, colorScheme) << paper << 7.0;
+            QTest::newRow(name + "lines") << over(colorOf(Tone::Stroke, colorScheme), paper) << paper << 4.5;
+        }
     }
     void shouldBeReadableWhereverTextStands()
     {
         QFETCH(QColor, text);
         QFETCH(QColor, ground);
+        QFETCH(double, contrast);
         QCOMPARE(text.alpha(), 255);
-        QCOMPARE_GE(contrastOf(text, ground), 4.5);
+        QCOMPARE_GE(contrastOf(text, ground), contrast);
     }
 
     void shouldRecogniseItsPalettes()
     {
-        QCOMPARE(colorSchemeOf(paletteFor(ColorScheme::Light)), ColorScheme::Light);
-        QCOMPARE(colorSchemeOf(paletteFor(ColorScheme::Dark)), ColorScheme::Dark);
+        for (const ColorScheme colorScheme : allSchemes)
+            QCOMPARE(colorSchemeOf(paletteFor(colorScheme)), colorScheme);
     }
 
     void shouldTellWhatIsDisabled()
     {
-        for (const ColorScheme colorScheme : {ColorScheme::Light, ColorScheme::Dark}) {
+        for (const ColorScheme colorScheme : allSchemes) {
             const QPalette palette = paletteFor(colorScheme);
             for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
                 QVERIFY(palette.color(QPalette::Disabled, role) != palette.color(QPalette::Active, role));

@@ -109,12 +109,17 @@ int main(int argc, char **argv)
         {u"ja"_s, ui::ColorScheme::Dark, 1, 1, "ja_JP"},
         {u"ar"_s, ui::ColorScheme::Light, 1, 1, "ar_EG"},
     };
+    const std::vector<Manner> contrast{
+        {u"light"_s, ui::ColorScheme::LightHighContrast},
+        {u"dark"_s, ui::ColorScheme::DarkHighContrast},
+    };
     for (const PanelScene &scene : panelScenes()) {
         if (!wanted.isEmpty() && !wanted.contains(scene.name))
             continue;
         sheetOf(scene, plain, false).save(folder.filePath(scene.name + u".png"_s));
         sheetOf(scene, large, false).save(folder.filePath(scene.name + u"@2x.png"_s));
         sheetOf(scene, text, false).save(folder.filePath(scene.name + u"-text.png"_s));
+        sheetOf(scene, contrast, false).save(folder.filePath(scene.name + u"-contrast.png"_s));
         if (scene.name == u"timeline") {
             sheetOf(scene, plain, true).save(folder.filePath(u"hovered.png"_s));
             sheetOf(scene, regions, false).save(folder.filePath(u"regions.png"_s));

@@ -20,6 +20,7 @@ constexpr auto path = "/org/freedesktop/portal/desktop"_L1;
 constexpr auto interface = "org.freedesktop.portal.Settings"_L1;
 constexpr auto appearanceGroup = "org.freedesktop.appearance"_L1;
 constexpr auto gnomeGroup = "org.gnome.desktop.interface"_L1;
+constexpr auto gnomeAccessGroup = "org.gnome.desktop.a11y.interface"_L1;
 
 /// A portal may have to be started first.
 constexpr auto patience = 10s;
@@ -63,7 +64,7 @@ QCoro::Task<void> PortalPreferences::begin(QPointer<PortalPreferences> preferenc
 QCoro::Task<void> PortalPreferences::read(QPointer<PortalPreferences> preferences)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, u"ReadAll"_s);
-    call << QStringList{QString(appearanceGroup), QString(gnomeGroup)};
+    call << QStringList{QString(appearanceGroup), QString(gnomeGroup), QString(gnomeAccessGroup)};
     call.setAutoStartService(true);
     const QDBusMessage answer = co_await callSessionBus(call, patience);
     if (!preferences || answer.type() != QDBusMessage::ReplyMessage || answer.signature() != u"a{sa{sv}}")
@@ -85,6 +86,10 @@ bool PortalPreferences::take(const QString &group, const QString &key, const QVa
         = [](auto &member, auto newValue) { return std::exchange(member, newValue) != newValue; };
     if (group == appearanceGroup && key == u"color-scheme")
         return replace(m_colors, colorsOf(value));
+    if (group == appearanceGroup && key == u"contrast")
+        return replace(m_increasesContrast, value.toUInt() == 1);
+    if (group == gnomeAccessGroup && key == u"high-contrast")
+        return replace(m_isGnomeHighContrast, value.toBool());
     if (group == gnomeGroup && key == u"enable-animations")
         return replace(m_reducesMotion, !value.toBool());
     if (group == gnomeGroup && key == u"text-scaling-factor") {

@@ -12,9 +12,9 @@
 
 namespace orbitledge {
 
-/// What the desktop portal tells (org.freedesktop.portal.Settings): the color scheme of the freedesktop.org
-/// appearance settings, and GNOME's text scale and animations. Where there is no portal, or before it has
-/// answered, nothing is preferred.
+/// What the desktop portal tells (org.freedesktop.portal.Settings): the color scheme and the contrast of the
+/// freedesktop.org appearance settings, and GNOME's contrast, text scale and animations. Where there is no
+/// portal, or before it has answered, nothing is preferred.
 class PortalPreferences final : public DesktopPreferences {
     Q_OBJECT
 
@@ -22,6 +22,10 @@ public:
     PortalPreferences();
 
     [[nodiscard]] Colors colors() const override { return m_colors; }
+    [[nodiscard]] bool increasesContrast() const override
+    {
+        return m_increasesContrast || m_isGnomeHighContrast;
+    }
     [[nodiscard]] bool reducesMotion() const override { return m_reducesMotion; }
     [[nodiscard]] double textScale() const override { return m_textScale; }
 
@@ -37,6 +41,8 @@ private:
 
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
     Colors m_colors = Colors::NoPreference;
+    bool m_increasesContrast = false;
+    bool m_isGnomeHighContrast = false;
     bool m_reducesMotion = false;
     double m_textScale = 1;
 };
