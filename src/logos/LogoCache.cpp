@@ -187,6 +187,15 @@ void LogoCache::remove(const QUrl &address)
     (void)m_files->remove(pathOf(address)); // nobody could do anything about a failure
 }
 
+void LogoCache::clear()
+{
+    for (const Occupant &occupant : occupantsOf(m_folder))
+        (void)m_files->remove(occupant.path);
+    std::error_code ignored; // where it is not empty, what is in it is not ours
+    fs::remove(m_folder, ignored);
+    m_used.reset();
+}
+
 void LogoCache::makeRoom()
 {
     auto occupants = occupantsOf(m_folder);

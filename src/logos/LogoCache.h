@@ -46,6 +46,9 @@ public:
 
     void remove(const QUrl &address);
 
+    /// Removes all of them, and the folder.
+    void clear();
+
 private:
     [[nodiscard]] std::filesystem::path pathOf(const QUrl &address) const;
     void makeRoom();

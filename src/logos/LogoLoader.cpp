@@ -102,6 +102,7 @@ public:
     }
 
     static QImage image(const Self &self, const QUrl &url);
+    static QCoro::Task<void> clear(Self self);
 
     /// Nothing is told, sent or decoded any more.
     void end();
@@ -112,21 +113,20 @@ private:
         Instant freshUntil;
     };
 
-    [[nodiscard]] bool hasEnded() const { return m_stop.stop_requested(); }
     [[nodiscard]] bool mayBeTried(const QUrl &url) const;
 
     static QCoro::Task<void> load(Self self, QUrl url);
     static QCoro::Task<void> fetch(Self self, Wanted wanted);
-    static QCoro::Task<bool> take(Self self, QUrl url, HttpResponse response);
-    static QCoro::Task<bool> renewed(Self self, QUrl url, Freshness freshness);
+    static QCoro::Task<bool> take(Self self, QUrl url, HttpResponse response, std::stop_token stop);
+    static QCoro::Task<bool> renewed(Self self, QUrl url, Freshness freshness, std::stop_token stop);
     static void startFetches(const Self &self);
 
     void show(const QUrl &url, QImage image, Instant freshUntil);
 
-    template <typename Work> auto onDisk(Work work)
+    template <typename Work> auto onDisk(std::stop_token stop, Work work)
     {
         using Result = std::invoke_result_t<Work, LogoCache &>;
-        return m_queue.run([cache = m_parts.cache, stop = m_stop.get_token(), work = std::move(work)] {
+        return m_queue.run([cache = m_parts.cache, stop = std::move(stop), work = std::move(work)] {
             return stop.stop_requested() ? Result{} : work(*cache);
         });
     }
@@ -140,6 +140,7 @@ private:
     std::deque<Wanted> m_waiting;
     int m_fetching = 0;
     bool m_isStarting = false;
+    /// Of what is under way.
     std::stop_source m_stop;
     SerialQueue m_queue;
 };
@@ -165,6 +166,22 @@ void LogoLoader::State::end()
     m_parts.http.reset();
 }
 
+QCoro::Task<void> LogoLoader::State::clear(Self self)
+{
+    self->m_stop.request_stop();
+    self->m_stop = std::stop_source();
+    self->m_waiting.clear();
+    self->m_underWay.clear();
+    self->m_images.clear();
+    self->m_failures.clear();
+    // Behind what the disk is asked for at the moment, and also where the program ends meanwhile.
+    auto clearing = self->m_queue.run([cache = self->m_parts.cache] {
+        cache->clear();
+        return true;
+    });
+    (void)co_await clearing;
+}
+
 bool LogoLoader::State::mayBeTried(const QUrl &url) const
 {
     const Instant *const failed = m_failures.object(url);
@@ -180,9 +197,10 @@ void LogoLoader::State::show(const QUrl &url, QImage image, Instant freshUntil)
 
 QCoro::Task<void> LogoLoader::State::load(Self self, QUrl url)
 {
-    auto lookingUp = self->onDisk([url](LogoCache &cache) { return lookUp(cache, url); });
+    const std::stop_token stop = self->m_stop.get_token();
+    auto lookingUp = self->onDisk(stop, [url](LogoCache &cache) { return lookUp(cache, url); });
     std::optional<Found> found = co_await lookingUp;
-    if (self->hasEnded())
+    if (stop.stop_requested())
         co_return;
     const bool isFresh = found && self->m_parts.clock->now() < found->freshUntil;
     if (isFresh)
@@ -214,38 +232,40 @@ QCoro::Task<void> LogoLoader::State::fetch(Self self, Wanted wanted)
     constexpr int ok = 200;
     constexpr int notModified = 304;
 
+    const std::stop_token stop = self->m_stop.get_token();
     auto sending = self->m_parts.http->send(requestFor(wanted));
     tl::expected<HttpResponse, TransportFailure> response = co_await sending;
     bool isThere = false;
-    if (!self->hasEnded() && response && response->statusCode == ok) {
-        auto taking = take(self, wanted.url, *std::move(response));
+    if (!stop.stop_requested() && response && response->statusCode == ok) {
+        auto taking = take(self, wanted.url, *std::move(response), stop);
         isThere = co_await taking;
-    } else if (!self->hasEnded() && response && response->statusCode == notModified && wanted.found) {
-        auto renewing = renewed(self, wanted.url, freshnessOf(response->headers, self->m_parts.clock->now()));
+    } else if (!stop.stop_requested() && response && response->statusCode == notModified && wanted.found) {
+        auto renewing
+            = renewed(self, wanted.url, freshnessOf(response->headers, self->m_parts.clock->now()), stop);
         isThere = co_await renewing;
     }
-    if (self->hasEnded())
-        co_return;
-    if (isThere)
-        self->m_failures.remove(wanted.url);
-    else
-        self->m_failures.insert(wanted.url, new Instant(self->m_parts.clock->now()));
-    self->m_underWay.remove(wanted.url);
     --self->m_fetching;
+    if (!stop.stop_requested()) {
+        if (isThere)
+            self->m_failures.remove(wanted.url);
+        else
+            self->m_failures.insert(wanted.url, new Instant(self->m_parts.clock->now()));
+        self->m_underWay.remove(wanted.url);
+    }
     startFetches(self);
 }
 
-QCoro::Task<bool> LogoLoader::State::take(Self self, QUrl url, HttpResponse response)
+QCoro::Task<bool> LogoLoader::State::take(Self self, QUrl url, HttpResponse response, std::stop_token stop)
 {
-    auto decoding = self->onDisk(
+    auto decoding = self->onDisk(stop,
         [content = response.body](LogoCache & /*cache*/) { return decodeLogo(content).value_or(QImage()); });
     QImage image = co_await decoding;
-    if (self->hasEnded() || image.isNull())
+    if (stop.stop_requested() || image.isNull())
         co_return false;
 
     const Instant now = self->m_parts.clock->now();
     const Freshness freshness = freshnessOf(response.headers, now);
-    auto keeping = self->onDisk([url, freshness, response](LogoCache &cache) {
+    auto keeping = self->onDisk(stop, [url, freshness, response](LogoCache &cache) {
         if (!freshness.mayBeKept) {
             cache.remove(url);
             return true;
@@ -265,9 +285,9 @@ QCoro::Task<bool> LogoLoader::State::take(Self self, QUrl url, HttpResponse resp
     co_return true;
 }
 
-QCoro::Task<bool> LogoLoader::State::renewed(Self self, QUrl url, Freshness freshness)
+QCoro::Task<bool> LogoLoader::State::renewed(Self self, QUrl url, Freshness freshness, std::stop_token stop)
 {
-    auto renewing = self->onDisk([url, freshness](LogoCache &cache) {
+    auto renewing = self->onDisk(stop, [url, freshness](LogoCache &cache) {
         renew(cache, url, freshness);
         return true;
     });
@@ -300,6 +320,11 @@ HttpSessionConfiguration LogoLoader::sessionConfiguration()
 QImage LogoLoader::image(const QUrl &url)
 {
     return State::image(m_state, url);
+}
+
+QCoro::Task<void> LogoLoader::clear()
+{
+    return State::clear(m_state);
 }
 
 } // namespace orbitledge

@@ -4,6 +4,7 @@
 #include "platform/Clock.h"
 #include "platform/HttpSession.h"
 
+#include <QCoroTask>
 #include <QImage>
 #include <QObject>
 #include <QUrl>
@@ -39,6 +40,10 @@ public:
 
     /// At once; null where it is not in memory. Then it is loaded, unless it cannot be had.
     QImage image(const QUrl &url);
+
+    /// Forgets all of them, also those on the disk; what is under way comes to nothing. Done when nothing is
+    /// left.
+    QCoro::Task<void> clear();
 
 Q_SIGNALS:
     /// Through the event loop: `image` has it now, or has a newer one.

@@ -365,8 +365,11 @@ QCoro::Task<tl::expected<AccountData, APIError>> AppStore::openSession(
     if (store)
         store->beginSessionOf(*profile);
     const auto saved = co_await cache->load();
-    if (saved && saved->profile.id != profile->id)
+    if (saved && saved->profile.id != profile->id) {
         (void)co_await cache->clear();
+        if (store)
+            Q_EMIT store->forgotten();
+    }
     auto subscriptions = co_await api->fetchSubscriptions();
     if (!subscriptions)
         co_return tl::make_unexpected(std::move(subscriptions.error()));
@@ -428,6 +431,7 @@ QCoro::Task<void> AppStore::signOutTurn(Store store, std::shared_ptr<APIClientPr
         state.notificationsSkippedOverBudget = 0;
         state.authState = AuthState::SignedOut;
     });
+    Q_EMIT store->forgotten();
 }
 
 // ---- what people do --------------------------------------------------------------------------------------

@@ -129,6 +129,10 @@ Q_SIGNALS:
     void aboutToChange();
     void changed();
 
+    /// What others hold of the account that was signed in goes too: somebody has signed out, or signs in as
+    /// somebody else.
+    void forgotten();
+
 private:
     using Store = QPointer<AppStore>;
     struct Fetch;

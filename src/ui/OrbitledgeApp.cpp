@@ -52,6 +52,8 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
     connect(&m_appearance, &WindowAppearanceApplier::changed, this, &OrbitledgeApp::updateIconColors);
     connect(&m_iconUpdate, &QTimer::timeout, this, &OrbitledgeApp::updateIcon);
     connect(m_parts.store.get(), &AppStore::changed, &m_iconUpdate, qOverload<>(&QTimer::start));
+    if (m_parts.logos)
+        connect(m_parts.store.get(), &AppStore::forgotten, m_parts.logos.get(), &LogoImages::clear);
     connect(&m_icon, &TrayIcon::activated, this, [this](const PanelAnchor &anchor) {
         m_window->setManner(PanelWindow::mannerFor(m_icon.isShown()));
         m_window->toggle(anchor);

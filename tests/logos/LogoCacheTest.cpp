@@ -3,6 +3,7 @@
 #include "platform/linux/PosixFileStore.h"
 #include "support/TestMain.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFile>
 
@@ -81,6 +82,24 @@ private Q_SLOTS:
         logos.remove(logoAddress);
         QVERIFY(!logos.find(logoAddress));
         QVERIFY(files().isEmpty());
+    }
+
+    void shouldRemoveAllOfThem()
+    {
+        LogoCache logos = cache(10'000);
+        for (int i = 0; i < 8; ++i)
+            QVERIFY(logos.keep(numbered(i), sample(QByteArray(1000, 'x'))));
+        logos.clear();
+        QVERIFY(!logos.find(numbered(1)));
+        QVERIFY(!QFile::exists(folder()));
+        logos.clear();
+        QVERIFY(logos.keep(logoAddress, sample()));
+        QVERIFY(logos.find(logoAddress) == sample());
+        // What is not a file of ours is not touched.
+        QVERIFY(QDir(folder()).mkdir(u"another"_s));
+        logos.clear();
+        QVERIFY(!logos.find(logoAddress));
+        QVERIFY(QFile::exists(folder() + u"/another"_s));
     }
 
     void shouldBePrivate()

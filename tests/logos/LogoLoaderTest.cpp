@@ -379,6 +379,44 @@ private Q_SLOTS:
         QCOMPARE(m_server->requests().size(), 2);
     }
 
+    void shouldForgetAllOfThem()
+    {
+        m_server->answerNext(FaultServer::whole(200, picture("png")));
+        m_server->answerNext(FaultServer::whole(404, ""));
+        m_server->answerAll(FaultServer::whole(200, picture("png", {8, 8}, Qt::blue)));
+        QVERIFY(arrives(url()));
+        QVERIFY(getsOnDisk(url()));
+        (void)m_loader->image(url(u"/missing"_s));
+        QTRY_COMPARE(requestsFor("/missing"), 1);
+        QCoro::waitFor(m_loader->clear());
+        QVERIFY(!std::filesystem::exists(folder()));
+        // Both are asked for anew, also the one that was not there.
+        QVERIFY(arrives(url()));
+        QCOMPARE(m_loader->image(url()).pixelColor(1, 1), QColor(Qt::blue));
+        QCOMPARE(requestsFor("/logo"), 2);
+        QVERIFY(arrives(url(u"/missing"_s)));
+        QCOMPARE(requestsFor("/missing"), 2);
+    }
+
+    void shouldNotKeepWhatWasUnderWayWhenAllWasForgotten()
+    {
+        m_server->answerWith([](const QByteArray &request) -> Answer {
+            if (request.startsWith("GET /late"))
+                return {FaultServer::Wait{100ms},
+                    FaultServer::Send{FaultServer::response(200, picture("png"))}, FaultServer::Close{}};
+            return FaultServer::whole(200, picture("png"));
+        });
+        for (int i = 0; i < 8; ++i)
+            (void)m_loader->image(url(u"/late"_s + QString::number(i)));
+        QTRY_COMPARE(m_server->requests().size(), 4);
+        QCoro::waitFor(m_loader->clear());
+        QVERIFY(arrives(url())); // in its turn, behind those four
+        QCOMPARE(m_arrived->size(), 1);
+        QVERIFY(getsOnDisk(url()));
+        QCOMPARE(std::ranges::distance(std::filesystem::directory_iterator(folder())), 1);
+        QCOMPARE(m_server->requests().size(), 5);
+    }
+
     void shouldFetchAnewWhatIsDamagedOnDisk_data()
     {
         QTest::addColumn<bool>("isWhole");

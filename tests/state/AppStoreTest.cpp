@@ -478,8 +478,22 @@ private Q_SLOTS:
         m_desk->keepInCache(other);
         m_desk->api->subscriptions = tl::make_unexpected(offline());
         m_desk->make();
+        const QSignalSpy forgotten(m_desk->store.get(), &AppStore::forgotten);
         QVERIFY(!QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s)));
         QVERIFY(!m_desk->cached());
+        QCOMPARE(forgotten.size(), 1);
+    }
+
+    void shouldForgetNothingOfWhoSignsInAgain()
+    {
+        m_desk->makeSignedIn(3);
+        m_desk->api->isQuick = true;
+        const QSignalSpy forgotten(m_desk->store.get(), &AppStore::forgotten);
+        m_desk->api->hasSession = false; // it was over by itself
+        QCoro::waitFor(m_desk->store->refresh());
+        QCOMPARE(state().authState, AuthState::SignedOut);
+        QVERIFY(QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s)));
+        QVERIFY(forgotten.isEmpty());
     }
 
     void shouldNotShowAnotherAccountsDataWhereTheListCannotBeHad()
@@ -533,12 +547,15 @@ private Q_SLOTS:
         m_desk->settings->setNotificationsEnabled(true);
         m_desk->makeSignedIn();
         m_desk->store->setQuickAddPresented(true);
+        const QSignalSpy forgotten(m_desk->store.get(), &AppStore::forgotten);
         auto signingOut = m_desk->store->signOut();
         QTRY_COMPARE(m_desk->api->waiting(), QStringList{u"signOut"_s});
         QVERIFY(m_desk->cached());
         QVERIFY(state().user);
+        QVERIFY(forgotten.isEmpty());
         m_desk->api->answer(u"signOut"_s);
         QCoro::waitFor(std::move(signingOut));
+        QCOMPARE(forgotten.size(), 1);
         AppState expected;
         expected.authState = AuthState::SignedOut;
         expected.isQuickAddPresented = true;

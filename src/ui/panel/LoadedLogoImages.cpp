@@ -14,4 +14,9 @@ QImage LoadedLogoImages::image(const QUrl &url)
     return m_loader->image(url);
 }
 
+void LoadedLogoImages::clear()
+{
+    m_loader->clear();
+}
+
 } // namespace orbitledge::ui

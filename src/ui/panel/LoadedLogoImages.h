@@ -15,6 +15,7 @@ public:
     explicit LoadedLogoImages(std::shared_ptr<LogoLoader> loader, QObject *parent = nullptr);
 
     QImage image(const QUrl &url) override;
+    void clear() override;
 
 private:
     std::shared_ptr<LogoLoader> m_loader;

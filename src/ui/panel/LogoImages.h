@@ -16,6 +16,9 @@ public:
     /// At once. Null where it is not there; then it is fetched, unless that failed before.
     virtual QImage image(const QUrl &url) = 0;
 
+    /// Nobody is signed in any more: none of them is left behind.
+    virtual void clear() = 0;
+
 Q_SIGNALS:
     /// It is there now.
     void arrived(const QUrl &url);
