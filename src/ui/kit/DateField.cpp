@@ -2,6 +2,7 @@
 
 #include "ui/kit/Palette.h"
 #include "ui/kit/Symbols.h"
+#include "ui/kit/Typography.h"
 
 #include <QCalendarWidget>
 #include <QEvent>
@@ -42,6 +43,7 @@ DateField::DateField(QDate date, QWidget *parent)
     setCalendarPopup(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     calendarWidget()->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
+    setAlignment(leadingIn(*this));
     followLocale();
     dressCalendar();
 }
@@ -82,6 +84,8 @@ void DateField::changeEvent(QEvent *event)
     QDateEdit::changeEvent(event);
     if (event->type() == QEvent::LocaleChange)
         followLocale();
+    if (event->type() == QEvent::LayoutDirectionChange)
+        setAlignment(leadingIn(*this));
     const bool isOfInterest = event->type() == QEvent::PaletteChange
         || event->type() == QEvent::LayoutDirectionChange || event->type() == QEvent::StyleChange;
     if (isOfInterest)

@@ -52,4 +52,9 @@ QFont fontOf(const QWidget &widget, qreal designSize, QFont::Weight weight, qrea
     return font;
 }
 
+Qt::Alignment leadingIn(const QWidget &widget)
+{
+    return Qt::AlignAbsolute | (widget.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+}
+
 } // namespace orbitledge::ui

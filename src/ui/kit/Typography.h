@@ -24,4 +24,7 @@ int scaled(const QWidget &widget, qreal designMeasure);
 QFont fontOf(
     const QWidget &widget, qreal designSize, QFont::Weight weight = QFont::Normal, qreal tracking = 0);
 
+/// Where a text begins by the direction of the window, as everything else, and not by that of its letters.
+Qt::Alignment leadingIn(const QWidget &widget);
+
 } // namespace orbitledge::ui

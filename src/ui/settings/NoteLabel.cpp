@@ -13,11 +13,6 @@ constexpr qreal noteSize = 12;
 
 } // namespace
 
-Qt::Alignment leadingIn(const QWidget &widget)
-{
-    return Qt::AlignAbsolute | (widget.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
-}
-
 NoteLabel::NoteLabel(Tone tone, Selection selection, QWidget *parent)
     : QLabel(parent)
     , m_tone(tone)

@@ -8,9 +8,6 @@
 
 namespace orbitledge::ui {
 
-/// Where a text begins by the direction of the window, as everything else, and not by that of its letters.
-Qt::Alignment leadingIn(const QWidget &widget);
-
 /// A small text under what it belongs to, as it is, never markup; hidden where there is none.
 class NoteLabel : public QLabel {
     Q_OBJECT

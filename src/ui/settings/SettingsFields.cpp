@@ -35,6 +35,20 @@ void leaveWheel(QWidget *field)
     field->installEventFilter(new WheelFilter(field));
 }
 
+/// The toolkit puts digits, which are written from left to right, at the left in every window.
+class NumberField : public QSpinBox {
+public:
+    NumberField() { setAlignment(leadingIn(*this)); }
+
+protected:
+    void changeEvent(QEvent *event) override
+    {
+        QSpinBox::changeEvent(event);
+        if (event->type() == QEvent::LayoutDirectionChange)
+            setAlignment(leadingIn(*this));
+    }
+};
+
 class DestructiveButton : public QPushButton {
 public:
     explicit DestructiveButton(const QString &text)
@@ -75,7 +89,7 @@ QComboBox *makeChoice(const QStringList &titles)
 
 QSpinBox *makeNumber(int fewest, int most)
 {
-    auto *const number = new QSpinBox;
+    auto *const number = new NumberField;
     number->setRange(fewest, most);
     leaveWheel(number);
     return number;

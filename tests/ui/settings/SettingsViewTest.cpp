@@ -12,6 +12,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -495,6 +496,25 @@ private Q_SLOTS:
         const auto labels = refresh->relations(QAccessible::Label);
         QCOMPARE(labels.size(), 1);
         QCOMPARE(labels.first().first->text(QAccessible::Name), u"Refresh"_s);
+    }
+
+    void shouldBeginNumbersWhereTextsBegin()
+    {
+        openIn(u"well"_s);
+        auto *const text = control<QSpinBox>(u"Remind me"_s)->findChild<QLineEdit *>();
+        const auto cursor
+            = [&] { return text->inputMethodQuery(Qt::ImCursorRectangle).toRectF().center().x(); };
+        const qreal quarter = text->width() / 4.0;
+        for (int i = 0; i < 2; ++i) {
+            m_view->setLayoutDirection(Qt::LeftToRight);
+            QCoreApplication::processEvents();
+            text->home(false);
+            QCOMPARE_LT(cursor(), quarter);
+            m_view->setLayoutDirection(Qt::RightToLeft);
+            QCoreApplication::processEvents();
+            text->end(false);
+            QCOMPARE_GT(cursor(), 3 * quarter);
+        }
     }
 
     void shouldCutNothingOff_data()
