@@ -7,6 +7,8 @@
 #include <QAccessible>
 #include <QHBoxLayout>
 
+#include <utility>
+
 namespace orbitledge::ui {
 
 ErrorLine::ErrorLine(QString introduction, const Look &look, QWidget *parent)
@@ -29,6 +31,7 @@ bool ErrorLine::setMessage(const std::optional<QString> &message)
     if (message == m_message)
         return false;
     m_message = message;
+    m_isTold = false;
     m_text->setText(message.value_or(QString()));
     setAccessibleName(message ? m_introduction + *message : QString());
     setVisible(message.has_value());
@@ -39,9 +42,20 @@ void ErrorLine::announce()
 {
     if (!m_message)
         return;
-    QAccessibleEvent event(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+    // Which the toolkit does not hand on everywhere; an alert that appears is read out everywhere.
+    if (!std::exchange(m_isTold, false)) {
+        QAccessibleEvent appearance(this, QAccessible::ObjectShow);
+        QAccessible::updateAccessibility(&appearance);
+    }
     Q_EMIT announced(accessibleName());
+}
+
+void ErrorLine::showEvent(QShowEvent *event)
+{
+    Component::showEvent(event);
+    m_isTold = true;
 }
 
 void ErrorLine::measure()
