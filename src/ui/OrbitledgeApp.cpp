@@ -63,6 +63,7 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
     connect(&m_icon, &TrayIcon::quitRequested, this, &OrbitledgeApp::quitRequested);
     connect(m_window.get(), &PanelWindow::quitRequested, this, &OrbitledgeApp::quitRequested);
     connect(m_panel, &PanelView::settingsRequested, this, &OrbitledgeApp::openSettings);
+    connect(m_panel, &PanelView::quitRequested, this, &OrbitledgeApp::quitRequested);
     connect(&m_settings, &SettingsWindowController::quitRequested, this, &OrbitledgeApp::quitRequested);
     // Each time that it is opened the data are fetched anew.
     connect(m_window.get(), &PanelWindow::shown, this, [this] { m_parts.store->start(); });

@@ -9,11 +9,18 @@
 #include "ui/panel/SessionRecoveryPanel.h"
 #include "ui/panel/TimelinePanel.h"
 
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QShortcut>
 #include <QVBoxLayout>
 
 namespace orbitledge::ui {
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+const QKeySequence settingsKeys(Qt::CTRL | Qt::Key_Comma);
 
 /// What begins anew each time.
 bool isForm(PanelScreen screen)
@@ -30,13 +37,16 @@ PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, Q
     , m_logos(logos)
     , m_stack(new ScreenStack)
     , m_checking(new SessionCheckPanel)
+    , m_settingsKeys(new QShortcut(settingsKeys, this))
 {
     installPanelAccessibility();
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(m_stack, 1);
     m_stack->add(m_checking);
+    connect(m_settingsKeys, &QShortcut::activated, this, &PanelView::settingsRequested);
     connect(&store, &AppStore::changed, this, &PanelView::follow);
+    connect(&store, &AppStore::forgotten, this, &PanelView::forgetDraft);
 }
 
 void PanelView::follow()
@@ -75,6 +85,7 @@ void PanelView::update(ScreenStack::Change change)
         return;
     const PanelScreen left = std::exchange(m_screen, screen);
     updateNotice();
+    m_settingsKeys->setEnabled(screen != PanelScreen::Timeline);
     m_stack->show(widget, change);
     leave(left, old);
 }
@@ -99,9 +110,7 @@ QWidget *PanelView::widgetFor(PanelScreen screen)
     case PanelScreen::SignIn:
         return added(new LoginView(m_store));
     case PanelScreen::QuickAdd:
-        return added(new QuickAddView(m_store, m_logos,
-                         std::make_shared<MonotonicTimer>(MonotonicTimer::Precision::Milliseconds)),
-            ScreenStack::Entrance::MoveAndFade);
+        return added(makeQuickAdd(), ScreenStack::Entrance::MoveAndFade);
     case PanelScreen::Timeline:
         if (m_timeline == nullptr) {
             m_timeline = added(new TimelinePanel(m_store, m_texts, m_logos));
@@ -114,6 +123,8 @@ QWidget *PanelView::widgetFor(PanelScreen screen)
 
 void PanelView::leave(PanelScreen screen, QWidget *widget)
 {
+    if (screen == PanelScreen::QuickAdd && m_screen == PanelScreen::SignIn)
+        keepDraft(*qobject_cast<QuickAddView *>(widget));
     if (isForm(screen))
         widget->deleteLater();
     if (screen == PanelScreen::QuickAdd && m_screen == PanelScreen::Timeline)
@@ -143,6 +154,45 @@ void PanelView::updateNotice()
     const bool isSignedIn = m_screen == PanelScreen::Timeline || m_screen == PanelScreen::QuickAdd;
     if (m_notice != nullptr)
         m_notice->setVisible(!m_notice->text().isEmpty() && !isSignedIn);
+}
+
+QWidget *PanelView::makeQuickAdd()
+{
+    const auto &user = m_store.state().user;
+    m_formAccount = user ? std::optional(user->id) : std::nullopt;
+    auto *const form = new QuickAddView(
+        m_store, m_logos, std::make_shared<MonotonicTimer>(MonotonicTimer::Precision::Milliseconds));
+    if (m_draft && m_draft->account == m_formAccount)
+        form->fill(m_draft->content);
+    m_draft.reset();
+    return form;
+}
+
+/// The session ended by itself: who signs in again goes on where they were.
+void PanelView::keepDraft(const QuickAddView &form)
+{
+    if (m_formAccount && m_store.state().isQuickAddPresented)
+        m_draft = {.account = *m_formAccount, .content = form.draft()};
+}
+
+/// What somebody had open is not presented to somebody else.
+void PanelView::forgetDraft()
+{
+    m_draft.reset();
+    if (m_store.state().isQuickAddPresented)
+        m_store.setQuickAddPresented(false);
+}
+
+/// The way to both from every screen, also where there is no tray.
+void PanelView::contextMenuEvent(QContextMenuEvent *event)
+{
+    auto *const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QAction *const settings = menu->addAction(u"Settings"_s, this, &PanelView::settingsRequested);
+    settings->setShortcut(settingsKeys);
+    QAction *const quit = menu->addAction(u"Quit"_s, this, &PanelView::quitRequested);
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    menu->popup(event->globalPos());
 }
 
 bool PanelView::takeEscape()

@@ -2,22 +2,28 @@
 
 #include "locale/Locale.h"
 #include "presentation/PanelScreen.h"
+#include "presentation/QuickAddDraft.h"
 #include "state/AppStore.h"
 #include "ui/panel/LogoImages.h"
 #include "ui/panel/PanelTexts.h"
 #include "ui/panel/ScreenStack.h"
 
+#include <QUuid>
 #include <QWidget>
 
 #include <optional>
 
+class QShortcut;
+
 namespace orbitledge::ui {
 
+class QuickAddView;
 class SessionRecoveryPanel;
 class ThemedLabel;
 class TimelinePanel;
 
-/// Everything that the panel shows. It reads the store and calls it, and has no state of its own.
+/// Everything that the panel shows. It reads the store and calls it, and has no state of its own but what was
+/// typed into a form when the session ended.
 class PanelView : public QWidget {
     Q_OBJECT
 
@@ -36,9 +42,11 @@ public:
 
 Q_SIGNALS:
     void settingsRequested();
+    void quitRequested();
 
 protected:
     void showEvent(QShowEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
     void follow();
@@ -46,6 +54,9 @@ private:
     QWidget *widgetFor(PanelScreen screen);
     void leave(PanelScreen screen, QWidget *widget);
     void updateNotice();
+    QWidget *makeQuickAdd();
+    void keepDraft(const QuickAddView &form);
+    void forgetDraft();
 
     AppStore &m_store;
     std::shared_ptr<PanelTexts> m_texts;
@@ -56,6 +67,16 @@ private:
     QWidget *m_checking;
     SessionRecoveryPanel *m_recovery = nullptr;
     TimelinePanel *m_timeline = nullptr;
+    /// Elsewhere the footer's button has those keys.
+    QShortcut *m_settingsKeys;
+    /// Whose form it is that is shown; absent where that is not known.
+    std::optional<QUuid> m_formAccount;
+    /// What was typed when the session of this account ended.
+    struct Draft {
+        QUuid account;
+        QuickAddDraft content;
+    };
+    std::optional<Draft> m_draft;
     /// What is shown is older than the store.
     bool m_isStale = true;
 };

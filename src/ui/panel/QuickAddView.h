@@ -35,6 +35,7 @@ public:
     ~QuickAddView() override;
 
     QuickAddDraft draft() const;
+    void fill(const QuickAddDraft &draft);
     bool canSubmit() const;
     void submit();
 
@@ -50,7 +51,6 @@ private:
     void endCreating(bool succeeded);
     void close();
     void fillContent(QVBoxLayout *column);
-    void fill(const QuickAddDraft &draft);
     void searchSoon();
     void search();
     void take(const SubscriptionTemplate &suggestion);

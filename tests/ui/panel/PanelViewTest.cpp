@@ -7,11 +7,16 @@
 #include "ui/kit/ThemedLabel.h"
 #include "ui/kit/Typography.h"
 #include "ui/panel/PanelBanner.h"
+#include "ui/panel/QuickAddView.h"
 #include "ui/panel/ScreenStack.h"
 #include "ui/panel/SubscriptionList.h"
 #include "ui/panel/WeekDayColumn.h"
 
+#include <QAbstractSpinBox>
 #include <QAccessible>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMenu>
 #include <QScrollArea>
 #include <QSignalSpy>
 
@@ -34,6 +39,15 @@ bool scrolls(const QWidget *widget)
             return true;
     }
     return false;
+}
+
+/// One to type into, or to choose by; the part of another that is typed into counts with that.
+bool isField(const QWidget *widget)
+{
+    return qobject_cast<const QComboBox *>(widget) != nullptr
+        || qobject_cast<const QAbstractSpinBox *>(widget) != nullptr
+        || (qobject_cast<const QLineEdit *>(widget) != nullptr
+            && qobject_cast<const QAbstractSpinBox *>(widget->parentWidget()) == nullptr);
 }
 
 } // namespace
@@ -74,6 +88,30 @@ private:
                 return button;
         }
         return nullptr;
+    }
+
+    /// The one that is shown; others may be on their way out.
+    [[nodiscard]] QuickAddView *quickAdd() const
+    {
+        return qobject_cast<QuickAddView *>(m_panel->findChild<ScreenStack *>()->current());
+    }
+    /// Into the form that adds, and what was typed.
+    QuickAddDraft typeThenLoseSession()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        m_desk->store->setQuickAddPresented(true);
+        typeInto(*m_panel, u"Service"_s, u"Tidewater Music"_s);
+        typeInto(*m_panel, u"Price"_s, u"10,99"_s);
+        typeInto(*m_panel, u"Currency"_s, u"CHF"_s);
+        QuickAddDraft draft = quickAdd()->draft();
+        pressIn(*m_panel, u"Add subscription"_s);
+        m_desk->api->subscription = tl::make_unexpected(APIError(APIError::Unauthorized{}));
+        m_desk->api->answerAll();
+        m_desk->settle();
+        if (m_panel->screen() != PanelScreen::SignIn)
+            qFatal("the session goes on");
+        return draft;
     }
 
 private Q_SLOTS:
@@ -226,6 +264,99 @@ private Q_SLOTS:
         QTRY_COMPARE(requested.size(), 2); // a shortcut presses the button for a moment
     }
 
+    void shouldLeadToTheSettingsFromEveryScreen_data() { sceneRows(false); }
+    void shouldLeadToTheSettingsFromEveryScreen()
+    {
+        QFETCH(int, scene);
+        panelScenes()[std::size_t(scene)].prepare(*m_desk);
+        open();
+        const QSignalSpy requested(m_panel.get(), &PanelView::settingsRequested);
+        QTest::keyClick(m_panel.get(), Qt::Key_Comma, Qt::ControlModifier);
+        QTRY_COMPARE(requested.size(), 1);
+        QCoreApplication::processEvents();
+        QCOMPARE(requested.size(), 1);
+    }
+
+    void shouldLeadOutByAMenuWhereNothingElseDoes()
+    {
+        m_desk->api->hasSession = false;
+        m_desk->make();
+        QCoro::waitFor(m_desk->store->start());
+        open();
+        const QSignalSpy settings(m_panel.get(), &PanelView::settingsRequested);
+        const QSignalSpy quit(m_panel.get(), &PanelView::quitRequested);
+        for (int choice = 1; choice <= 2; ++choice) {
+            // As the menu key does, on what has the keyboard.
+            QWidget *const place = button(u"Open Orbitledge on the web"_s);
+            place->setFocus();
+            QContextMenuEvent event(
+                QContextMenuEvent::Keyboard, QPoint(5, 5), place->mapToGlobal(QPoint(5, 5)));
+            QCoreApplication::sendEvent(place, &event);
+            auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            QVERIFY(menu != nullptr);
+            QStringList words;
+            for (const QAction *action : menu->actions())
+                words.append(action->text() + u' ' + action->shortcut().toString());
+            QCOMPARE(words, (QStringList{u"Settings Ctrl+,"_s, u"Quit Ctrl+Q"_s}));
+            for (int i = 0; i < choice; ++i)
+                QTest::keyClick(menu, Qt::Key_Down);
+            QTest::keyClick(menu, Qt::Key_Return);
+        }
+        QCOMPARE(settings.size(), 1);
+        QCOMPARE(quit.size(), 1);
+    }
+
+    void shouldGoOnWithTheFormAfterSigningInAgain_data()
+    {
+        QTest::addColumn<bool>("isHidden");
+        QTest::newRow("while the panel is open") << false;
+        QTest::newRow("while the panel is closed") << true;
+    }
+    void shouldGoOnWithTheFormAfterSigningInAgain()
+    {
+        QFETCH(bool, isHidden);
+        const QuickAddDraft draft = typeThenLoseSession();
+        m_panel->setVisible(!isHidden);
+        m_desk->api->isQuick = true;
+        QVERIFY(QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s)));
+        m_panel->show();
+        QCOMPARE(m_panel->screen(), PanelScreen::QuickAdd);
+        QCOMPARE(quickAdd()->draft(), draft);
+        // It is there once.
+        QVERIFY(m_panel->takeEscape());
+        m_desk->store->setQuickAddPresented(true);
+        QTRY_COMPARE(m_panel->findChildren<QuickAddView *>().size(), 1);
+        QCOMPARE(quickAdd()->draft().name, QString());
+    }
+
+    void shouldNotShowSomebodyElseWhatWasTyped()
+    {
+        typeThenLoseSession();
+        UserProfile other = sampleAmerican();
+        other.id = QUuid::createUuid();
+        m_desk->api->profile = other;
+        m_desk->api->isQuick = true;
+        QVERIFY(QCoro::waitFor(m_desk->store->signIn(u"other@b"_s, u"c"_s)));
+        QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        m_desk->store->setQuickAddPresented(true);
+        QCOMPARE(quickAdd()->draft().name, QString());
+    }
+
+    void shouldCloseTheFormOfWhoSignsOut()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        m_desk->store->setQuickAddPresented(true);
+        typeInto(*m_panel, u"Service"_s, u"Tidewater Music"_s);
+        m_desk->api->isQuick = true;
+        QCoro::waitFor(m_desk->store->signOut());
+        QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
+        QVERIFY(QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s)));
+        QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        m_desk->store->setQuickAddPresented(true);
+        QCOMPARE(quickAdd()->draft().name, QString());
+    }
+
     void shouldOfferANewerVersion()
     {
         m_desk->releases->manifest = sampleRelease(u"1.4.2"_s);
@@ -348,9 +479,14 @@ private Q_SLOTS:
         QFETCH(int, scene);
         QFETCH(qreal, textScale);
         QFETCH(QByteArray, locale);
-        panelScenes()[std::size_t(scene)].prepare(*m_desk);
+        const PanelScene shown = panelScenes()[std::size_t(scene)];
+        m_desk->calendar = [&] { return Calendar(zoneNamed("UTC"), localeNamed(locale)); };
+        shown.prepare(*m_desk);
         open(locale);
+        m_panel->setLayoutDirection(locale.startsWith("ar") ? Qt::RightToLeft : Qt::LeftToRight);
         applyTextScale(*m_panel, textScale);
+        if (shown.act)
+            shown.act(*m_panel, *m_desk);
         QCoreApplication::processEvents();
         QCOMPARE(m_panel->size(), PanelView::panelSize);
         QList<QWidget *> things;
@@ -358,7 +494,7 @@ private Q_SLOTS:
             if (widget->isVisible()
                 && (qobject_cast<ThemedLabel *>(widget) != nullptr
                     || qobject_cast<ButtonBase *>(widget) != nullptr
-                    || qobject_cast<WeekDayColumn *>(widget) != nullptr))
+                    || qobject_cast<WeekDayColumn *>(widget) != nullptr || isField(widget)))
                 things.append(widget);
         }
         QVERIFY(!things.isEmpty());
@@ -406,8 +542,11 @@ private:
                 continue;
             for (const qreal scale : {1.25, 1.5, 2.0})
                 QTest::addRow("%s at %g", name.constData(), scale) << i << scale << QByteArray("en_US");
-            for (const char *locale : {"de_DE", "ar_EG", "ja_JP"})
-                QTest::addRow("%s in %s", name.constData(), locale) << i << 1.0 << QByteArray(locale);
+            for (const char *locale : {"de_DE", "ar_EG", "ja_JP"}) {
+                for (const qreal scale : {1.0, 2.0})
+                    QTest::addRow("%s at %g in %s", name.constData(), scale, locale)
+                        << i << scale << QByteArray(locale);
+            }
         }
     }
 };
