@@ -394,6 +394,8 @@ QCoro::Task<SignInResult> AppStore::signInTurn(Store store, QString email, QStri
     }
     if (store) {
         ++store->m_session; // also what was asked for meanwhile
+        // Why an earlier attempt failed is of no interest any more.
+        store->change([](AppState &state) { state.errorMessage.reset(); });
         co_await keep(store, *std::move(data));
     }
     co_return SignInResult();

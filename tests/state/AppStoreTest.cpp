@@ -470,6 +470,19 @@ private Q_SLOTS:
         QVERIFY(!m_desk->cached());
     }
 
+    void shouldTellNothingOfEarlierAttemptsOnceSomebodyIsIn()
+    {
+        m_desk->api->isQuick = true;
+        m_desk->api->hasSession = false;
+        m_desk->api->profile = tl::make_unexpected(unauthorized(u"Wrong."_s));
+        m_desk->make();
+        QVERIFY(!QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s)));
+        QVERIFY(state().errorMessage);
+        m_desk->api->profile = sampleProfile();
+        QVERIFY(QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"d"_s)));
+        QVERIFY(!state().errorMessage);
+    }
+
     void shouldNotKeepAnotherAccountsData()
     {
         m_desk->api->isQuick = true;

@@ -129,6 +129,7 @@ void StoreModel::endSignIn(const tl::expected<QList<Subscription>, APIError> &su
         return;
     }
     endSession();
+    state.errorMessage.reset();
     show(*m_signedInAs, *subscriptions);
     signIns.append(true);
     endTurn();
