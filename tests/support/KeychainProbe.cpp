@@ -7,76 +7,24 @@
 ///     destroy
 ///
 /// It does not wait for one operation before it starts the next. When one ended, it says "NUMBER STATUS" and,
-/// for what was read, the secret. At the end of its input, or after "quit", it says "stretch TIME LOADED" and
-/// ends: the longest times in milliseconds in which its event loop did not turn, while the machine had a
-/// processor to spare, and while it had none.
+/// for what was read, the secret. At the end of its input, or after "quit", it says "stretch TIME" and ends:
+/// the longest time in milliseconds for which it was kept from its event loop.
 ///
 /// Arguments: the time limit of an operation, and how long a service may take to come up, in milliseconds.
 
 #include "platform/linux/keychain/DesktopKeychain.h"
 #include "support/CommandInput.h"
+#include "support/StretchWatch.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QTimerEvent>
 
-#include <unistd.h>
-
-#include <array>
-#include <fstream>
 #include <iostream>
-#include <string>
-#include <utility>
 
 using namespace orbitledge;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {
-
-constexpr auto tickInterval = 5ms;
-
-/// For how long the machine's processors, all together, have had nothing to do.
-std::chrono::milliseconds idleTime()
-{
-    std::ifstream stat("/proc/stat");
-    std::string name;
-    std::array<qint64, 5> ticks{}; // user, nice, system, idle, waiting for a disk
-    stat >> name;
-    for (qint64 &count : ticks)
-        stat >> count;
-    return std::chrono::milliseconds((ticks[3] + ticks[4]) * 1000 / ::sysconf(_SC_CLK_TCK));
-}
-
-/// Watches how long the event loop does not turn. A thread that waits for something leaves a processor idle;
-/// one that has to wait for a processor does not, and cannot help it.
-class LoopWatch : public QObject {
-public:
-    LoopWatch()
-    {
-        m_sinceTick.start();
-        startTimer(tickInterval, Qt::PreciseTimer);
-    }
-
-    [[nodiscard]] qint64 longest() const { return m_longest; }
-    [[nodiscard]] qint64 longestUnderLoad() const { return m_longestUnderLoad; }
-
-protected:
-    void timerEvent(QTimerEvent * /*event*/) override
-    {
-        const qint64 stretch = m_sinceTick.restart();
-        const auto idle = idleTime();
-        const bool isUnderLoad = (idle - std::exchange(m_idle, idle)).count() < stretch / 2;
-        qint64 &longest = isUnderLoad ? m_longestUnderLoad : m_longest;
-        longest = std::max(longest, stretch);
-    }
-
-private:
-    QElapsedTimer m_sinceTick;
-    std::chrono::milliseconds m_idle = idleTime();
-    qint64 m_longest = 0;
-    qint64 m_longestUnderLoad = 0;
-};
 
 void say(const QByteArray &line)
 {
@@ -151,11 +99,10 @@ int main(int argc, char **argv)
     Probe probe({.answer = std::chrono::milliseconds(arguments.value(1, u"20000"_s).toInt()),
         .serviceStart = std::chrono::milliseconds(arguments.value(2, u"5000"_s).toInt())});
 
-    const LoopWatch watch;
+    const testing::StretchWatch watch;
     const testing::CommandInput input(
         [&probe](const auto &words) { probe.obey(words); }, [] { QCoreApplication::quit(); });
     const int status = QCoreApplication::exec();
-    say("stretch " + QByteArray::number(watch.longest()) + ' '
-        + QByteArray::number(watch.longestUnderLoad()));
+    say("stretch " + QByteArray::number(watch.longestMilliseconds()));
     return status;
 }
