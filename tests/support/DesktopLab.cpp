@@ -153,19 +153,28 @@ void DesktopLab::startDisplay()
     m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(number.trimmed()));
 }
 
-bool DesktopLab::isPromptShown() const
+QByteArray DesktopLab::searchPrompt(const QStringList &doing) const
 {
     QProcess search;
     search.setProcessEnvironment(m_environment);
-    search.start(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"gcr-prompter"_s});
+    search.start(
+        u"xdotool"_s, QStringList{u"search"_s, u"--onlyvisible"_s, u"--class"_s, u"gcr-prompter"_s} + doing);
     search.waitForFinished(patience);
-    return !search.readAllStandardOutput().trimmed().isEmpty();
+    return search.exitCode() == 0 ? search.readAllStandardOutput().trimmed() : QByteArray();
 }
 
+bool DesktopLab::isPromptShown() const
+{
+    return !searchPrompt().isEmpty();
+}
+
+/// Until its window has the keyboard: what is typed before that is lost. The prompt takes it by itself, but
+/// nobody can see when; there is no window manager that would give it.
 void DesktopLab::awaitPrompt()
 {
     awaitOnBus(prompterName);
-    await("the prompt's window", [&] { return isPromptShown(); });
+    await("the prompt's window",
+        [&] { return !searchPrompt({u"windowfocus"_s, u"getwindowfocus"_s}).isEmpty(); });
 }
 
 /// Until its window is gone, the next prompt could be taken for this one, and what is typed would be lost.
@@ -209,6 +218,8 @@ void DesktopLab::killPrompter()
     awaitPrompt();
     const QDBusReply<uint> prompter = m_bus.interface()->servicePid(prompterName);
     ::kill(static_cast<pid_t>(prompter.value()), SIGKILL);
+    await("the prompter to be gone", [this] { return !isOnBus(prompterName); });
+    awaitPromptGone();
 }
 
 // ---- bus -------------------------------------------------------------------------------------------------
@@ -334,7 +345,7 @@ void DesktopLab::startKeyring(Keyring state)
 void DesktopLab::stopKeyring()
 {
     end(m_keyring, SIGTERM);
-    await("the keyring to be gone", [this] { return !isOnBus(keyringName); });
+    awaitKeyringGone();
 }
 
 void DesktopLab::pauseKeyring()
@@ -350,6 +361,13 @@ void DesktopLab::resumeKeyring()
 void DesktopLab::killKeyring()
 {
     end(m_keyring, SIGKILL);
+    awaitKeyringGone();
+}
+
+/// Until the bus knows, the next one could be taken for it.
+void DesktopLab::awaitKeyringGone()
+{
+    await("the keyring to be gone", [this] { return !isOnBus(keyringName); });
 }
 
 QString DesktopLab::defaultKeyringCommand()

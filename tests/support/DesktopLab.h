@@ -131,8 +131,11 @@ private:
     static void start(QProcess &child, const QString &program, const QStringList &arguments);
     static void end(std::unique_ptr<QProcess> &child, int signal);
     void startDisplay();
+    /// The window of the prompt, after `doing` that with it; empty where there is none.
+    [[nodiscard]] QByteArray searchPrompt(const QStringList &doing = {}) const;
     [[nodiscard]] bool isPromptShown() const;
     void awaitPromptGone();
+    void awaitKeyringGone();
     void startBus(const Options &options);
     void writeServiceFile(const QString &name, const QString &command) const;
     [[nodiscard]] QString busConfiguration(const Options &options) const;
