@@ -104,7 +104,8 @@ private Q_SLOTS:
 
         session.dunst.click();
         QCOMPARE(driver.awaitLine("chosen"), "chosen https://example.com/soon opened");
-        QCOMPARE(session.openedPages(), (QByteArrayList{"https://example.com/soon", ""}));
+        QTRY_COMPARE_WITH_TIMEOUT(
+            session.openedPages(), (QByteArrayList{"https://example.com/soon", ""}), 20'000);
     }
 
     void shouldNotMindWhatPeopleChooseOfOthers()
@@ -129,7 +130,7 @@ private Q_SLOTS:
         (void)session.notifyFromElsewhere();
         session.dunst.awaitDisplayed(1);
         session.dunst.click();
-        QTRY_COMPARE(choices(), 2);
+        QTRY_COMPARE_WITH_TIMEOUT(choices(), 2, 20'000);
         // Nor does it believe somebody who only says that ours was chosen.
         QDBusMessage forged = QDBusMessage::createSignal(
             u"/org/freedesktop/Notifications"_s, Dunst::name(), u"ActionInvoked"_s);
@@ -137,7 +138,7 @@ private Q_SLOTS:
             forged.setArguments({number, u"default"_s});
             session.lab.bus().send(forged);
         }
-        QTRY_COMPARE(choices(), 12);
+        QTRY_COMPARE_WITH_TIMEOUT(choices(), 12, 20'000);
         QCOMPARE(driver.tell("settings"), "0 on"); // the bus keeps the order
         QVERIFY(!driver.hasSaid("chosen"));
         QCOMPARE(session.openedPages(), (QByteArrayList{"https://example.com/ours", ""}));
@@ -278,7 +279,7 @@ private Q_SLOTS:
         // And takes it back, also after another start, but not what belongs to others.
         QCOMPARE(driver.tell("forget"), "");
         driver.quit();
-        QTRY_COMPARE(session.lab.monitored().count("member=CloseNotification"), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(session.lab.monitored().count("member=CloseNotification"), 1, 20'000);
     }
 
     // ---- killed on the way ----

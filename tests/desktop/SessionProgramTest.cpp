@@ -438,7 +438,7 @@ private Q_SLOTS:
         terminal.type(password + '\n');
         QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Signed in as a@b."), 20'000);
         QTRY_VERIFY_WITH_TIMEOUT(terminal.shows(" echo "), 20'000); // again
-        QTRY_VERIFY(terminal.hasEnded());
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.hasEnded(), 20'000);
         QVERIFY(!terminal.shown().contains(password));
         QVERIFY(server.requests().value(0).contains(password + '"'));
     }
@@ -451,7 +451,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Password for a@b: "), 20'000);
         terminal.type(password + '\n');
         QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("Could not connect to the server."), 20'000);
-        QTRY_VERIFY(terminal.hasEnded());
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.hasEnded(), 20'000);
         QVERIFY(!terminal.shown().contains(password));
     }
 
@@ -465,7 +465,7 @@ private Q_SLOTS:
         terminal.type("half\x03");
         QTRY_VERIFY_WITH_TIMEOUT(terminal.shows("status 130"), 20'000);
         QTRY_VERIFY_WITH_TIMEOUT(terminal.shows(" echo "), 20'000);
-        QTRY_VERIFY(terminal.hasEnded());
+        QTRY_VERIFY_WITH_TIMEOUT(terminal.hasEnded(), 20'000);
         QVERIFY(!terminal.shown().contains("half"));
     }
 };

@@ -8,6 +8,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int patience = 30'000; // milliseconds; only reached by what will never come
+
 struct Outcome {
     int exitCode = 0;
     QByteArray output;
@@ -112,7 +114,7 @@ private Q_SLOTS:
         const QTemporaryDir dir;
         WithDesktop first;
         first.start({dir.path(), u"sh"_s, u"-c"_s, u"echo ready; cat"_s});
-        QVERIFY(QTest::qWaitFor([&] { return first.process().canReadLine(); }));
+        QVERIFY(QTest::qWaitFor([&] { return first.process().canReadLine(); }, patience));
         const Outcome second = run({dir.path(), u"true"_s});
         QCOMPARE(second.exitCode, 125);
         QCOMPARE(second.errors.count('\n'), 1);
@@ -140,10 +142,12 @@ private Q_SLOTS:
             u"org.freedesktop.DBus.GetConnectionUnixProcessID"
             u" string:$name; done; echo $$; cat"_s});
         QByteArray said;
-        QVERIFY(QTest::qWaitFor([&] {
-            said += script.process().readAllStandardOutput();
-            return said.count('\n') == 3;
-        }));
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                said += script.process().readAllStandardOutput();
+                return said.count('\n') == 3;
+            },
+            patience));
         QByteArrayList pids;
         for (const QByteArray &line : said.trimmed().split('\n'))
             pids.append(line.trimmed().split(' ').constLast());
@@ -157,7 +161,8 @@ private Q_SLOTS:
         QVERIFY(script.process().waitForFinished());
         // Where the script had no time to wait for them, somebody else has to reap them first.
         for (const QByteArray &pid : pids)
-            QVERIFY2(QTest::qWaitFor([&] { return !isRunning(pid) || isZombie(pid); }), pid.constData());
+            QVERIFY2(
+                QTest::qWaitFor([&] { return !isRunning(pid) || isZombie(pid); }, patience), pid.constData());
         QVERIFY(script.process().readAllStandardError().isEmpty());
     }
 

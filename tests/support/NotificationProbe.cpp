@@ -117,7 +117,7 @@ public:
 
 private:
     std::shared_ptr<DeadlyStep> m_step;
-    DesktopNotificationDisplay m_display{{u"Orbitledge"_s, u"app.orbitledge.Orbitledge"_s}, 3s};
+    DesktopNotificationDisplay m_display{{u"Orbitledge"_s, u"app.orbitledge.Orbitledge"_s}, 20s};
 };
 
 class AllOn final : public NotificationSwitches {
