@@ -65,6 +65,23 @@ public:
         return line;
     }
 
+    /// Waits until it says one of these lines, and takes the one that it said first. Empty where it died.
+    QByteArray awaitNextOf(const QByteArrayList &lines)
+    {
+        QByteArray next;
+        DesktopLab::await("one of some lines", [&] {
+            receive();
+            const auto found
+                = std::ranges::find_if(m_lines, [&](const QByteArray &said) { return lines.contains(said); });
+            if (found == m_lines.end())
+                return !isAlive();
+            next = *found;
+            m_lines.erase(found);
+            return true;
+        });
+        return next;
+    }
+
     bool hasSaid(const QByteArray &beginning)
     {
         receive();

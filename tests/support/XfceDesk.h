@@ -11,6 +11,8 @@
 #include <QSettings>
 #include <QTest>
 
+#include <utility>
+
 namespace orbitledge::testing {
 
 /// The bar of a real desktop, which shows what is in the tray, and a person with a mouse and a keyboard
@@ -83,10 +85,14 @@ public:
         }
         return place;
     }
+    /// Where it has come to rest: a bar that starts, or gets another icon, moves those that it has.
     QRect awaitBadge()
     {
         QRect place;
-        DesktopLab::await("a badge on the bar", [&] { return !(place = badge()).isEmpty(); });
+        DesktopLab::await("a badge on the bar", [&] {
+            const QRect before = std::exchange(place, badge());
+            return !place.isEmpty() && place == before;
+        });
         return place;
     }
     void awaitNoBadge()
