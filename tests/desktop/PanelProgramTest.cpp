@@ -121,7 +121,6 @@ private Q_SLOTS:
         // The bar comes back, and so does the icon.
         m_session->desk().killBar();
         m_session->desk().startBar();
-        m_session->desk().awaitBadge();
         m_session->desk().click(m_session->desk().awaitBadge().center());
         m_session->awaitPanel(true);
         QVERIFY(m_session->quit());

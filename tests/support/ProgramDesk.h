@@ -106,7 +106,9 @@ public:
     [[nodiscard]] QByteArrayList openedPages() const
     {
         QFile pages(m_lab.path(QStringLiteral("opened")));
-        return pages.open(QIODevice::ReadOnly) ? pages.readAll().trimmed().split('\n') : QByteArrayList();
+        QByteArrayList lines = (pages.open(QIODevice::ReadOnly) ? pages.readAll() : QByteArray()).split('\n');
+        lines.removeLast(); // what follows the last line's end
+        return lines;
     }
     void awaitPage()
     {
