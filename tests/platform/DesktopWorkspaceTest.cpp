@@ -216,10 +216,10 @@ private Q_SLOTS:
         const QByteArray pipe = file(u"pipe"_s).toUtf8();
         QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
         installRecorder(u"xdg-open"_s, "read -r word <" + pipe + "\n[ \"$word\" = go ]");
-        // Only the loop lets it end.
+        // Only the loop lets it end. What is in the pipe stays there for as long as somebody has it open.
+        QFile end(QString::fromUtf8(pipe));
         QTimer::singleShot(0, this, [&] {
-            QFile end(QString::fromUtf8(pipe));
-            QVERIFY(end.open(QIODevice::ReadWrite));
+            QVERIFY(end.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
             QVERIFY(end.write("go\n") == 3);
             QTRY_VERIFY(!record().isEmpty());
         });
