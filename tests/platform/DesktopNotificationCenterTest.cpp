@@ -646,7 +646,7 @@ private Q_SLOTS:
                 u"Reminders cannot be kept: Another process is in charge of them"_s);
             QVERIFY(desk.display->shown.isEmpty());
         }
-        QCOMPARE(QCoro::waitFor(desk.center->deliverDue(1s)), NotificationDelivery::Done);
+        QCOMPARE(QCoro::waitFor(desk.center->deliverDue(20s)), NotificationDelivery::Done);
         QCOMPARE(desk.display->shown.size(), 1);
     }
 
@@ -683,10 +683,10 @@ private Q_SLOTS:
             desk.add({reminderOn({2026, 3, 18}, QString::number(i))});
         desk.add({reminderOn({2026, 3, 19}, u"tomorrow"_s)});
         desk.clock->set(at("2026-03-18T08:00:01Z"));
-        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(1s)), NotificationDelivery::Done);
+        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(20s)), NotificationDelivery::Done);
         QCOMPARE(desk.display->shown.size(), 5);
         QCOMPARE(desk.unattended->arranged.last(), at("2026-03-19T08:00:00Z"));
-        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(1s)), NotificationDelivery::Done);
+        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(20s)), NotificationDelivery::Done);
         QCOMPARE(desk.display->shown.size(), 5);
     }
 
@@ -700,7 +700,7 @@ private Q_SLOTS:
         QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(1s)), NotificationDelivery::NoDisplay);
         QCOMPARE(desk.unattended->arranged.last(), at("2026-03-18T08:10:00Z"));
         desk.display->isThere = true;
-        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(1s)), NotificationDelivery::Done);
+        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(20s)), NotificationDelivery::Done);
         QCOMPARE(desk.display->shown.size(), 1);
     }
 
@@ -711,7 +711,7 @@ private Q_SLOTS:
         desk.add({reminderOn({2026, 3, 18}, u"a"_s), reminderOn({2026, 3, 19}, u"b"_s)});
         desk.switches->positions.allows = false;
         desk.clock->set(at("2026-03-18T08:00:00Z"));
-        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(1s)), NotificationDelivery::Done);
+        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(20s)), NotificationDelivery::Done);
         QVERIFY(desk.display->shown.isEmpty());
         QCOMPARE(desk.unattended->arranged.last(), at("2026-03-19T08:00:00Z"));
     }

@@ -70,7 +70,7 @@ struct NotificationDesk {
             const auto lock = ProcessLock::take(lockFile);
             return lock && *lock;
         };
-        if (!QTest::qWaitFor(isFree))
+        if (!QTest::qWaitFor(isFree, 30'000))
             qFatal("a notification centre is still at work");
     }
     Q_DISABLE_COPY_MOVE(NotificationDesk)
