@@ -1,4 +1,5 @@
 #include "platform/curl/CurlHttpSession.h"
+#include "support/ClosedPort.h"
 #include "support/FaultServer.h"
 #include "support/Gzip.h"
 #include "support/StretchWatch.h"
@@ -605,11 +606,8 @@ private Q_SLOTS:
 
     void shouldFailWhereNobodyListens()
     {
-        QUrl url;
-        {
-            const FaultServer gone;
-            url = gone.url();
-        }
+        const ClosedPort closed;
+        const QUrl url = closed.url();
         CurlHttpSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(url)));
         QVERIFY(!outcome);
@@ -644,7 +642,7 @@ private Q_SLOTS:
     void shouldSayThatThereIsNoNetworkWhenItHasWaitedInVain()
     {
         HttpSessionConfiguration configuration;
-        configuration.resourceTimeout = 700ms;
+        configuration.resourceTimeout = 3s; // more than it takes to hear that the name is unknown
         CurlHttpSession session("Agent/1", configuration, std::make_shared<FakeConnectivity>());
         const Outcome outcome = QCoro::waitFor(session.send(get(QUrl(u"http://host.invalid/"_s))));
         QVERIFY(!outcome);
@@ -661,11 +659,8 @@ private Q_SLOTS:
 
     void shouldNeverWaitForAHostOfThisMachine()
     {
-        QUrl url;
-        {
-            const FaultServer gone;
-            url = gone.url(u"localhost"_s);
-        }
+        const ClosedPort closed;
+        const QUrl url = closed.url(u"localhost"_s);
         CurlHttpSession session("Agent/1", {}, std::make_shared<FakeConnectivity>());
         QElapsedTimer timer;
         timer.start();
@@ -748,14 +743,12 @@ private Q_SLOTS:
         const auto count = [](const QString &folder) {
             return QDir(folder).entryList(QDir::AllEntries | QDir::System).size();
         };
-        FaultServer server;
-        server.answerAll(FaultServer::whole(200, "{}"));
-        QUrl nobody;
-        {
-            const FaultServer gone;
-            nobody = gone.url();
-        }
+        const ClosedPort closed;
+        const QUrl nobody = closed.url();
         const auto comeAndGo = [&] {
+            // The server too, which has its connections for a moment longer.
+            FaultServer server;
+            server.answerAll(FaultServer::whole(200, "{}"));
             CurlHttpSession first("Agent/1");
             CurlHttpSession second("Agent/2");
             auto answered = first.send(get(server.url()));
