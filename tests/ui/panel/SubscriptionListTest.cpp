@@ -1,6 +1,7 @@
 #include "ui/panel/SubscriptionList.h"
 
 #include "support/PanelScenes.h"
+#include "support/ProcessorTime.h"
 #include "support/WidgetTestMain.h"
 #include "timeline/TimelineBuilder.h"
 #include "ui/kit/ThemedLabel.h"
@@ -13,6 +14,7 @@
 #include <QSignalSpy>
 #include <QVBoxLayout>
 
+#include <chrono>
 #include <optional>
 
 using namespace orbitledge;
@@ -152,14 +154,15 @@ private Q_SLOTS:
     {
         m_desk->show(manySubscriptions(10'000));
         QScrollBar *const bar = m_desk->list->verticalScrollBar();
-        QElapsedTimer passed;
-        passed.start();
+        const auto before = workOfThisThread();
         constexpr int steps = 200;
         for (int i = 1; i <= steps; ++i) {
             bar->setValue(i * 300);
             (void)m_desk->window.grab();
         }
-        const double perFrame = double(passed.elapsed()) / steps;
+        // On a machine where others work too it takes longer, but is no more work.
+        const std::chrono::duration<double, std::milli> work = workOfThisThread() - before;
+        const double perFrame = work.count() / steps;
         // The toolkit's own limit is a frame of 16 ms; debug builds are slower.
         QVERIFY2(perFrame < 16, qPrintable(QString::number(perFrame)));
     }
