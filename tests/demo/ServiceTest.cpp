@@ -127,12 +127,12 @@ private Q_SLOTS:
     void shouldForgetSessionsWhenTheirTimeIsOver()
     {
         DemoService brief;
-        QVERIFY2(brief.start({}, {u"--session-lifetime"_s, u"1"_s}), qPrintable(brief.problem()));
+        QVERIFY2(brief.start({}, {u"--session-lifetime"_s, u"4"_s}), qPrintable(brief.problem()));
         const HttpExchange other(brief.port());
         const QByteArray cookie = other.signIn(DemoService::email, DemoService::password);
         QCOMPARE(other.get("/auth/profile", cookie).status, 200);
         Answer answer;
-        QTRY_VERIFY_WITH_TIMEOUT((answer = other.get("/auth/profile", cookie)).status == 401, 5'000);
+        QTRY_VERIFY_WITH_TIMEOUT((answer = other.get("/auth/profile", cookie)).status == 401, 20'000);
         QCOMPARE(object(answer)[u"error_code"_s].toString(), u"session_expired"_s);
         // A page leads to the sign-in, and says why.
         const Answer page = other.get("/calendar", cookie);
@@ -910,7 +910,7 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(shows("Password for hal@example.com: "), 20'000);
             terminal.write(typed);
             QTRY_VERIFY_WITH_TIMEOUT(shows(typed.endsWith('\n') ? "status 0" : "status 130"), 20'000);
-            QTRY_COMPARE(terminal.state(), QProcess::NotRunning);
+            QTRY_COMPARE_WITH_TIMEOUT(terminal.state(), QProcess::NotRunning, 20'000);
             QVERIFY(!shown.contains(typed.chopped(1)));
         }
         DemoService service;
