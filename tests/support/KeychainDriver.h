@@ -94,18 +94,23 @@ public:
         return result(startRemoving(item, prompt)).status;
     }
 
-    /// Ends the probe in good order. Did its event loop turn all the time?
+    /// Ends the probe in good order. Did its event loop turn all the time? On a busy machine it may have to
+    /// wait for another thread or the bus, who wait for a processor, but never for as long as for a silent
+    /// service.
     bool ranSmoothly()
     {
-        constexpr double limit = 50; // milliseconds
+        constexpr double busy = 50; // milliseconds, as the others
+        constexpr double limit = 50;
+        constexpr double limitWhereBusy = 300;
         send("quit");
         DesktopLab::await("the probe to end", [&] {
             receive();
             return m_probe.state() == QProcess::NotRunning && m_stretch.has_value();
         });
-        if (m_probe.exitCode() == 0 && *m_stretch <= limit)
+        if (m_probe.exitCode() == 0 && *m_stretch <= (m_processorWait < busy ? limit : limitWhereBusy))
             return true;
-        qWarning("exit code %d; the event loop stood still for %.1f ms", m_probe.exitCode(), *m_stretch);
+        qWarning("exit code %d; the event loop stood still for %.1f ms, and %.1f ms for want of a processor",
+            m_probe.exitCode(), *m_stretch, m_processorWait);
         return false;
     }
 
@@ -127,6 +132,7 @@ private:
             const QList<QByteArray> words = m_probe.readLine().trimmed().split(' ');
             if (words[0] == "stretch") {
                 m_stretch = words.value(1).toDouble();
+                m_processorWait = words.value(2).toDouble();
                 continue;
             }
             const int number = words[0].toInt();
@@ -142,6 +148,7 @@ private:
     QMap<int, Result> m_results;
     QList<int> m_ended;
     std::optional<double> m_stretch;
+    double m_processorWait = 0;
 };
 
 inline char *toString(const KeychainDriver::Result &result)

@@ -7,8 +7,9 @@
 ///     destroy
 ///
 /// It does not wait for one operation before it starts the next. When one ended, it says "NUMBER STATUS" and,
-/// for what was read, the secret. At the end of its input, or after "quit", it says "stretch TIME" and ends:
-/// the longest time in milliseconds for which it was kept from its event loop.
+/// for what was read, the secret. At the end of its input, or after "quit", it says "stretch TIME WAIT" and
+/// ends: the longest time in milliseconds for which it was kept from its event loop, and for how long it had
+/// to wait for a processor all in all.
 ///
 /// Arguments: the time limit of an operation, and how long a service may take to come up, in milliseconds.
 
@@ -103,6 +104,7 @@ int main(int argc, char **argv)
     const testing::CommandInput input(
         [&probe](const auto &words) { probe.obey(words); }, [] { QCoreApplication::quit(); });
     const int status = QCoreApplication::exec();
-    say("stretch " + QByteArray::number(watch.longestMilliseconds()));
+    say("stretch " + QByteArray::number(watch.longestMilliseconds()) + ' '
+        + QByteArray::number(watch.processorWaitMilliseconds()));
     return status;
 }

@@ -55,6 +55,11 @@ public:
         }
         return std::chrono::duration<double, std::milli>(longest).count();
     }
+    /// For how long, all in all, the thread had to wait for a processor: whether the machine was busy.
+    [[nodiscard]] double processorWaitMilliseconds() const
+    {
+        return std::chrono::duration<double, std::milli>(m_wait.total()).count();
+    }
     /// How often it looked; a watch that never did proves nothing.
     [[nodiscard]] int count() const { return m_count; }
 
