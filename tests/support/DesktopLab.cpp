@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patience = 20'000; // milliseconds; only reached by what will never come
+constexpr int patience = 60'000; // milliseconds; only reached by what will never come
 
 const QString keyringName = u"org.freedesktop.secrets"_s;
 const QString prompterName = u"org.gnome.keyring.SystemPrompter"_s;
@@ -54,7 +54,7 @@ DesktopLab::DesktopLab(const Options &options)
 {
     for (const char *const name : {"WAYLAND_DISPLAY", "DISPLAY", "XAUTHORITY", "XDG_CURRENT_DESKTOP",
              "DESKTOP_SESSION", "KDE_FULL_SESSION", "KDE_SESSION_VERSION", "GNOME_DESKTOP_SESSION_ID",
-             "GNOME_KEYRING_CONTROL", "SSH_AUTH_SOCK", "QT_NO_GLIB"})
+             "GNOME_KEYRING_CONTROL", "SSH_AUTH_SOCK", "QT_NO_GLIB", "QT_QPA_PLATFORM"})
         m_environment.remove(QLatin1StringView(name));
     const auto makeFolder = [&](const QString &variable, const QString &name) {
         if (!QDir().mkpath(path(name))
