@@ -67,8 +67,11 @@ public:
     /// What the whole screen shows.
     [[nodiscard]] QImage screen()
     {
-        const QString file = m_lab.path(QStringLiteral("screen.png"));
-        m_lab.run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), file});
+        // A kind of file that is quickly written.
+        const QString file = m_lab.path(QStringLiteral("screen.ppm"));
+        m_lab.run(QStringLiteral("import"),
+            {QStringLiteral("-window"), QStringLiteral("root"), QStringLiteral("-depth"), QStringLiteral("8"),
+                file});
         return QImage(file).convertToFormat(QImage::Format_RGB32);
     }
 
