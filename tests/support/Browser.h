@@ -208,7 +208,7 @@ private:
         const QJsonObject wanted{{QStringLiteral("browserName"), QStringLiteral("chrome")},
             {QStringLiteral("goog:chromeOptions"), options},
             // How long an element is waited for.
-            {QStringLiteral("timeouts"), QJsonObject{{QStringLiteral("implicit"), 5'000}}}};
+            {QStringLiteral("timeouts"), QJsonObject{{QStringLiteral("implicit"), 20'000}}}};
         return {{QStringLiteral("capabilities"), QJsonObject{{QStringLiteral("alwaysMatch"), wanted}}}};
     }
 

@@ -101,7 +101,7 @@ public:
     }
 
 private:
-    static constexpr int limit = 20'000;
+    static constexpr int limit = 60'000; // milliseconds; only reached by what will never come
 
     [[nodiscard]] QByteArray common(const QByteArray &cookie) const
     {
