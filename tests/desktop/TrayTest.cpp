@@ -371,10 +371,12 @@ private Q_SLOTS:
     {
         Session session;
         session.desk.startWindowManager(XfceDesk::Compositing::Off);
-        session.desk.startBar();
+        // Before the bar, so that it is an ordinary window, which stays.
         Tray other(session.lab.environment());
         other.tell("open");
+        QCOMPARE(other.tell("manner"), "window");
         other.awaitFocus();
+        session.desk.startBar();
         Tray tray(session);
         tray.tell("badge 3");
         session.desk.click(session.desk.awaitBadge().center());
