@@ -385,11 +385,14 @@ private Q_SLOTS:
         // It was not looked at yet.
         const QPoint elsewhere = other.panel().place.topLeft() + QPoint(60, 300);
         QVERIFY(!place.contains(elsewhere));
+        session.desk.settleWindows();
         session.desk.click(elsewhere);
         other.awaitFocus();
         QVERIFY(!QTest::qWaitFor([&] { return !tray.panel().isVisible; }, 500));
+        session.desk.settleWindows();
         session.desk.click(place.center());
         tray.awaitFocus();
+        session.desk.settleWindows();
         session.desk.click(elsewhere);
         tray.awaitLine("hidden");
         QVERIFY(!tray.panel().isVisible);

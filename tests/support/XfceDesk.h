@@ -51,6 +51,19 @@ public:
     }
     void killTrayOfWindows() { m_lab.killService(QStringLiteral("trayer")); }
 
+    /// Until the window manager has done what it was asked for up to now. A click that is older than the last
+    /// change of the focus is too late for it.
+    void settleWindows()
+    {
+        m_desktops = m_desktops == 1 ? 2 : 1;
+        const QString count = QString::number(m_desktops);
+        m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("set_num_desktops"), count});
+        DesktopLab::await("the window manager", [&] {
+            return m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("get_num_desktops")}).trimmed()
+                == count.toLatin1();
+        });
+    }
+
     enum class Compositing { Off, On };
     /// One that gives the focus to what is clicked.
     void startWindowManager(Compositing compositing)
@@ -197,6 +210,7 @@ private:
     }
 
     DesktopLab &m_lab;
+    int m_desktops = 1;
 };
 
 } // namespace orbitledge::testing
