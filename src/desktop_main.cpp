@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QIcon>
 #include <QLoggingCategory>
 
 #include <iostream>
@@ -61,6 +62,8 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Orbitledge"_s);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
+    // On X11, where not every task bar looks for the desktop entry of a window.
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(QString::fromLatin1(build::applicationId)));
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the application owns the style
