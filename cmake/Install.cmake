@@ -35,3 +35,5 @@ install(FILES data/completions/_orbitledge DESTINATION "${CMAKE_INSTALL_DATADIR}
     COMPONENT elsewhere)
 install(FILES data/man/orbitledge.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT elsewhere)
 install(FILES LICENSE DESTINATION "${ORBITLEDGE_DOCDIR}" COMPONENT elsewhere)
+
+include(DebianPackage)
