@@ -1,5 +1,9 @@
 # `cpack` in the build folder makes a package for Debian 12; scripts/package does all of it.
 
+# The build number decides which of two releases is newer, for the program as for the package. The rest tells which
+# Debian it was built for, and lets a package of Debian's own with the same number take its place.
+set(CPACK_DEBIAN_PACKAGE_RELEASE "${ORBITLEDGE_BUILD_NUMBER}~deb12")
+
 # Installed into the package only.
 install(FILES data/completions/_orbitledge DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions"
     COMPONENT debian EXCLUDE_FROM_ALL)
@@ -10,7 +14,7 @@ install(FILES packaging/debian/lintian-overrides DESTINATION "${CMAKE_INSTALL_DA
 install(CODE "
     set(ORBITLEDGE_SOURCE [[${PROJECT_SOURCE_DIR}]])
     set(ORBITLEDGE_BUILD [[${PROJECT_BINARY_DIR}]])
-    set(ORBITLEDGE_VERSION [[${PROJECT_VERSION}-${ORBITLEDGE_BUILD_NUMBER}]])
+    set(ORBITLEDGE_VERSION [[${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}]])
     set(ORBITLEDGE_MAINTAINER [[${ORBITLEDGE_MAINTAINER}]])
     include([[${PROJECT_SOURCE_DIR}/cmake/InstallDebianDocuments.cmake]])"
     COMPONENT debian EXCLUDE_FROM_ALL)
@@ -28,8 +32,6 @@ set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
 set(CPACK_COMPONENTS_ALL Unspecified debian)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-# The build number decides which of two releases is newer, for the program as for the package.
-set(CPACK_DEBIAN_PACKAGE_RELEASE "${ORBITLEDGE_BUILD_NUMBER}")
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${ORBITLEDGE_HOMEPAGE_URL}")
