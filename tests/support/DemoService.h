@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
+#include <sys/prctl.h>
+
 #include <csignal>
 #include <memory>
 #include <optional>
@@ -44,6 +46,8 @@ public:
         stop();
         m_dataFolder = dataFolder.isEmpty() ? temporaryFolder() : dataFolder;
         m_process = std::make_unique<QProcess>();
+        // It ends with the test also where that crashes.
+        m_process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
         m_process->start(QStringLiteral(ORBITLEDGE_DEMO_SERVICE_PROGRAM),
             QStringList{QStringLiteral("--port"), QStringLiteral("0"), QStringLiteral("--data"), m_dataFolder}
                 + arguments);
