@@ -1,6 +1,7 @@
 #include "composition/SystemParts.h"
 
 #include "BuildInfo.h"
+#include "composition/OwnFiles.h"
 #include "platform/MonotonicTimer.h"
 #include "platform/curl/CurlHttpSession.h"
 #include "platform/linux/AutostartEntry.h"
@@ -50,7 +51,7 @@ DesktopNotificationCenter::Parts notificationParts(Presence presence)
     const std::filesystem::path temporary = directories.temporary();
     auto files = std::make_shared<PosixFileStore>();
     return {
-        .file = directories.state().value_or(temporary) / build::applicationId / "reminders.json",
+        .file = own::remindersFile(directories),
         .files = files,
         .clock = std::make_shared<SystemClock>(),
         .timeZone = TimeZone::system,
@@ -105,11 +106,9 @@ tl::expected<SystemParts, QString> SystemParts::make(Presence presence)
     auto http = std::make_shared<CurlHttpSession>(
         QByteArray("Orbitledge/") + build::version, HttpSessionConfiguration{}, connectivity);
     auto credentials = std::make_shared<SessionCredentialStore>(
-        std::make_shared<DesktopKeychain>(), applicationId(), u"session"_s, u"Orbitledge session"_s);
+        std::make_shared<DesktopKeychain>(), applicationId(), own::keyringAccount(), u"Orbitledge session"_s);
     auto notifications = makeNotifications(presence);
-    auto defaults
-        = std::make_shared<SettingsFile>(directories.configuration().value_or(directories.temporary())
-            / build::applicationId / "settings.json");
+    auto defaults = std::make_shared<SettingsFile>(own::settingsFile(directories));
     const auto autostart = AutostartEntry::defaultLocation(directories);
     auto workspace = std::make_shared<DesktopWorkspace>(
         autostart ? std::optional(autostart->parent_path()) : std::nullopt);

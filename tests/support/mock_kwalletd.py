@@ -36,6 +36,10 @@ class Daemon(dbus.service.Object):
     def users(self, wallet):
         return dbus.Array(sorted(self.users_of_wallet), signature="s")
 
+    @dbus.service.method(WALLET, in_signature="s", out_signature="b")
+    def isOpen(self, wallet):
+        return bool(self.users_of_wallet)
+
     @dbus.service.method(WALLET, in_signature="sss", out_signature="b")
     def keyDoesNotExist(self, wallet, folder, key):
         return (folder, key) not in self.entries

@@ -5,6 +5,7 @@
 #include "platform/Turns.h"
 #include "platform/linux/keychain/BusCalls.h"
 #include "platform/linux/keychain/KWallet.h"
+#include "platform/linux/keychain/PreferredWallet.h"
 #include "platform/linux/keychain/SecretService.h"
 
 #include <QAbstractEventDispatcher>
@@ -25,29 +26,6 @@ using std::chrono::milliseconds;
 namespace {
 
 Q_LOGGING_CATEGORY(lcKeychain, "orbitledge.keychain")
-
-/// The daemon of the wallets that QtKeychain prefers in this session, if it does. It decides by these
-/// variables, and falls back to the Secret Service where the daemon does not answer.
-QString preferredWalletDaemon()
-{
-    const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP");
-    const QByteArray session = qgetenv("DESKTOP_SESSION");
-    const QByteArray version = qgetenv("KDE_SESSION_VERSION");
-    bool isKde = desktop == "KDE";
-    if (!isKde && desktop != "GNOME" && desktop != "Unity" && desktop != "XFCE") {
-        if (session == "kde4")
-            return u"org.kde.kwalletd"_s;
-        const bool isOther = session == "gnome" || session.contains("xfce") || session == "xubuntu";
-        isKde = session == "kde"
-            || (!isOther && qEnvironmentVariableIsEmpty("GNOME_DESKTOP_SESSION_ID")
-                && !qEnvironmentVariableIsEmpty("KDE_FULL_SESSION"));
-    }
-    if (isKde && version == "5")
-        return u"org.kde.kwalletd5"_s;
-    if (isKde && version == "4")
-        return u"org.kde.kwalletd"_s;
-    return {};
-}
 
 /// What the first operation of all has to do and to load, away from the thread of the windows: to connect to
 /// the bus means to wait for it.

@@ -44,6 +44,16 @@ QCoro::Task<tl::expected<QString, KeychainStatus>> KWallet::wallet()
     co_return name->arguments().value(0).toString();
 }
 
+QCoro::Task<tl::expected<bool, KeychainStatus>> KWallet::isOpen(QString wallet)
+{
+    QDBusMessage ask = method(u"isOpen"_s);
+    ask << wallet;
+    const auto reply = co_await m_calls.call(ask);
+    if (!reply)
+        co_return tl::unexpected(daemonFailure(reply.error()));
+    co_return reply->arguments().value(0).toBool();
+}
+
 QCoro::Task<tl::expected<bool, KeychainStatus>> KWallet::isSurelyAbsent(QString wallet, KeychainItem item)
 {
     QDBusMessage ask = method(u"keyDoesNotExist"_s);

@@ -20,6 +20,9 @@ public:
     /// The wallet for passwords; NotAvailable where the person does without wallets.
     QCoro::Task<tl::expected<QString, KeychainStatus>> wallet();
 
+    /// Never prompts.
+    QCoro::Task<tl::expected<bool, KeychainStatus>> isOpen(QString wallet);
+
     /// Whether it is certain that there is no such entry. Never prompts, also with a closed wallet.
     QCoro::Task<tl::expected<bool, KeychainStatus>> isSurelyAbsent(QString wallet, KeychainItem item);
 

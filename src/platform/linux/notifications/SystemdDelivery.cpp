@@ -20,7 +20,7 @@ using Outcome = tl::expected<void, QString>;
 struct SystemdDelivery::State {
     explicit State(Settings someSettings)
         : settings(std::move(someSettings))
-        , name(settings.applicationId + u".reminders"_s)
+        , name(unitName(settings.applicationId))
         , files(std::make_shared<SystemdUnitFiles>(name,
               SystemdUnitFiles::Folders{
                   .configuration = settings.configurationFolder, .data = settings.dataFolder},
@@ -46,6 +46,11 @@ SystemdDelivery::SystemdDelivery(Settings settings)
 }
 
 SystemdDelivery::~SystemdDelivery() = default;
+
+QString SystemdDelivery::unitName(const QString &applicationId)
+{
+    return applicationId + u".reminders"_s;
+}
 
 QCoro::Task<tl::expected<void, QString>> SystemdDelivery::arrange(std::optional<Instant> next)
 {

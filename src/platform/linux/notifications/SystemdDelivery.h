@@ -42,6 +42,9 @@ public:
     explicit SystemdDelivery(Settings settings);
     ~SystemdDelivery() override;
 
+    /// What the timer and its service are called, without ".timer" and ".service".
+    static QString unitName(const QString &applicationId);
+
     QCoro::Task<tl::expected<void, QString>> arrange(std::optional<Instant> next) override;
 
 private:
