@@ -13,6 +13,7 @@
 #include <QLoggingCategory>
 
 #include <iostream>
+#include <string_view>
 
 using namespace orbitledge;
 using namespace orbitledge::ui;
@@ -52,12 +53,23 @@ QString noticeFor(const QDBusConnection &bus)
                              : u"There is no session bus, so signing in and reminders will not work."_s;
 }
 
+/// For the command that tells what is missing, which loads nothing graphical itself.
+int tellOfTray()
+{
+    const auto hasTray = TrayHost::hasEmbedderNow();
+    std::cout << (!hasTray ? "unknown" : *hasTray ? "yes" : "no") << '\n';
+    return 0;
+}
+
 } // namespace
 
-/// The program with windows, which orbitledge turns into. Besides --background it takes --picture FILE.
+/// The program with windows, which orbitledge turns into. Besides --background it takes --picture FILE, and
+/// alone --tray-of-x11, which tells in a word whether the X server has a tray.
 int main(int argc, char **argv)
 {
     occupyStandardDescriptors();
+    if (argc == 2 && argv[1] == std::string_view("--tray-of-x11"))
+        return tellOfTray();
     QLoggingCategory::setFilterRules(u"*.debug=false\nqt.*=false"_s);
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Orbitledge"_s);

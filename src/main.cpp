@@ -1,5 +1,6 @@
-#include "BuildInfo.h"
 #include "cli/CommandLine.h"
+#include "composition/OwnFiles.h"
+#include "composition/SystemDiagnosis.h"
 #include "composition/SystemParts.h"
 #include "platform/linux/InstalledPrograms.h"
 #include "platform/linux/PasswordInput.h"
@@ -71,6 +72,13 @@ tl::expected<ExitCode, QString> withStore(int argc, char **argv, const StoreComm
     return end;
 }
 
+Findings lookAround(int argc, char **argv)
+{
+    silenceLibraries();
+    const QCoreApplication application(argc, argv);
+    return QCoro::waitFor(makeDiagnosis()->findings());
+}
+
 QString becomeDesktop(const std::vector<QByteArray> &arguments)
 {
     std::error_code error;
@@ -103,15 +111,14 @@ Environment systemEnvironment(int argc, char **argv)
         .userDefaults =
             [variable] {
                 const XdgDirectories directories(variable);
-                return std::make_shared<const SettingsFile>(
-                    directories.configuration().value_or(directories.temporary()) / build::applicationId
-                    / "settings.json");
+                return std::make_shared<const SettingsFile>(own::settingsFile(directories));
             },
         .readStandardInput = [] { return PosixFileStore::readDescriptor(STDIN_FILENO); },
         .readPassword
         = [](const QString &prompt) { return readPassword(STDIN_FILENO, prompt.toLocal8Bit()); },
         .withStore = [argc, argv](const StoreCommand &command) { return withStore(argc, argv, command); },
         .deliverReminders = [argc, argv] { return deliverReminders(argc, argv); },
+        .lookAround = [argc, argv] { return lookAround(argc, argv); },
         .becomeDesktop = becomeDesktop,
         .writeOutput
         = [](const QByteArray &bytes) { return PosixFileStore::writeDescriptor(STDOUT_FILENO, bytes); },

@@ -2,6 +2,7 @@
 
 #include "BuildInfo.h"
 #include "cli/DeliverRemindersCommand.h"
+#include "cli/DoctorCommand.h"
 #include "cli/HelpTexts.h"
 #include "cli/PanelCommand.h"
 #include "cli/RemindersCommand.h"
@@ -29,6 +30,8 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
         return runReminders(rest, environment);
     if (command == "deliver-reminders")
         return runDeliverReminders(rest, environment);
+    if (command == "doctor")
+        return runDoctor(rest, environment);
     if (command == "sign-in")
         return runSignIn(rest, environment);
     if (command == "refresh")

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/Diagnosis.h"
 #include "platform/FileStore.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotificationCenter.h"
@@ -50,6 +51,8 @@ struct Environment {
     std::function<tl::expected<ExitCode, QString>(const StoreCommand &)> withStore;
     /// Shows the reminders that are due, with an event loop of its own.
     std::function<NotificationDelivery()> deliverReminders;
+    /// What the machine and the desktop offer, asked with an event loop of its own.
+    std::function<Findings()> lookAround;
     /// Replaces this process by the program with windows. Comes back only where that failed, with a reason
     /// for people.
     std::function<QString(const std::vector<QByteArray> &arguments)> becomeDesktop;

@@ -18,6 +18,7 @@ Commands:
   sign-out     sign out, and remove what was fetched
   deliver-reminders
                show the reminders that are due; a timer does that for you
+  doctor       tell what works here and what is missing
 
 Options:
   --background  start with the icon only, as at login
@@ -113,6 +114,24 @@ Options:
   -h, --help        print this help
 
 Exit status: 0 on success, 1 where a reminder is due that cannot be shown, 2
+where an argument is wrong.
+)");
+}
+
+QString doctorHelp()
+{
+    return QStringLiteral(R"(Usage: orbitledge doctor [OPTION]...
+Tells what Orbitledge finds here of what it works with, and what to do about
+what is missing. Nothing is changed or started, and nothing is sent anywhere.
+
+There is no password, name, e-mail address or amount in it, so that it can be
+part of a report of a fault.
+
+Options:
+  --json            print one JSON object, for programs
+  -h, --help        print this help
+
+Exit status: 0 where nothing that is needed is missing, 1 where something is, 2
 where an argument is wrong.
 )");
 }

@@ -10,6 +10,7 @@ QString timelineHelp();
 QString statusHelp();
 QString remindersHelp();
 QString deliverRemindersHelp();
+QString doctorHelp();
 QString signInHelp();
 QString refreshHelp();
 QString signOutHelp();

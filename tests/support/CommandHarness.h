@@ -44,6 +44,9 @@ struct CommandHarness {
     /// How showing what is due ends.
     NotificationDelivery delivery = NotificationDelivery::Done;
 
+    /// What is found of the machine and the desktop.
+    Findings findings;
+
     /// With what the program with windows was started; absent where it was not.
     std::optional<std::vector<QByteArray>> desktopArguments;
 
@@ -71,6 +74,7 @@ struct CommandHarness {
             return QCoro::waitFor(command(makeStore()));
         },
         .deliverReminders = [this] { return delivery; },
+        .lookAround = [this] { return findings; },
         .becomeDesktop =
             [this](const std::vector<QByteArray> &arguments) {
                 desktopArguments = arguments;

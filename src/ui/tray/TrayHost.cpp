@@ -7,16 +7,27 @@ namespace orbitledge::ui {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr auto embedderSelection = "_NET_SYSTEM_TRAY_S";
+
+} // namespace
+
 TrayHost::TrayHost(bool hasX11, QObject *parent)
     : QObject(parent)
 {
     if (hasX11)
-        m_embedder = std::make_unique<X11SelectionWatch>("_NET_SYSTEM_TRAY_S");
+        m_embedder = std::make_unique<X11SelectionWatch>(embedderSelection);
 }
 
 bool TrayHost::windowsAreOnX11()
 {
     return QGuiApplication::platformName() == "xcb"_L1;
+}
+
+std::optional<bool> TrayHost::hasEmbedderNow()
+{
+    return X11SelectionWatch::isOwnedNow(embedderSelection);
 }
 
 void TrayHost::start()

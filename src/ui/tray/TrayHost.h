@@ -7,6 +7,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 namespace orbitledge::ui {
 
@@ -32,6 +33,10 @@ public:
 
     /// Whether this program's windows are shown by X11.
     static bool windowsAreOnX11();
+
+    /// Whether the X server has one of the kind Embedder, for who has no application object. Waits for the
+    /// server; absent where there is none.
+    static std::optional<bool> hasEmbedderNow();
 
     /// Asks, and follows from then on; `known` comes when it is clear whether there is one. Call it once.
     void start();

@@ -88,6 +88,12 @@ X11SelectionWatch::X11SelectionWatch(QByteArray namePrefix, QObject *parent)
 
 X11SelectionWatch::~X11SelectionWatch() = default;
 
+std::optional<bool> X11SelectionWatch::isOwnedNow(const QByteArray &namePrefix)
+{
+    const Connection connection(namePrefix);
+    return connection.isGood ? std::optional(connection.isOwned) : std::nullopt;
+}
+
 QCoro::Task<> X11SelectionWatch::start()
 {
     const QPointer<X11SelectionWatch> self(this);

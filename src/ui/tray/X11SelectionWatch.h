@@ -6,6 +6,7 @@
 #include <QSocketNotifier>
 
 #include <memory>
+#include <optional>
 
 struct xcb_connection_t;
 
@@ -26,6 +27,9 @@ public:
     QCoro::Task<> start();
 
     [[nodiscard]] bool isOwned() const { return m_isOwned; }
+
+    /// The same, asked once. Waits for the server; absent where none answers as it should.
+    static std::optional<bool> isOwnedNow(const QByteArray &namePrefix);
 
 Q_SIGNALS:
     void changed();
