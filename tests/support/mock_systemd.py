@@ -23,9 +23,29 @@ ROOT = "/org/freedesktop/systemd1"
 INTERFACE = ROOT[1:].replace("/", ".") + ".Manager"
 
 
+class Unit(dbus.service.Object):
+    @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v")
+    def Get(self, interface, name):
+        if name == "ActiveState":
+            return "failed" if BEHAVIOUR == "fail" else "active"
+        return dbus.UInt64(1773824400000000)  # 2026-03-18T09:00:00Z
+
+
 class Manager(dbus.service.Object):
     jobs = 0
     unfinished = []
+
+    @dbus.service.method(
+        dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v", async_callbacks=("reply", "error")
+    )
+    def Get(self, interface, name, reply, error):
+        self.answer(["Get", name], reply, error, ("252.38",))
+
+    @dbus.service.method(
+        INTERFACE, in_signature="s", out_signature="o", async_callbacks=("reply", "error")
+    )
+    def GetUnit(self, unit, reply, error):
+        self.answer(["GetUnit", unit], reply, error, (dbus.ObjectPath(ROOT + "/unit/one"),))
 
     def answer(self, call, reply, error, value=()):
         with open(RECORD, "a", encoding="utf-8") as record:
@@ -34,7 +54,7 @@ class Manager(dbus.service.Object):
         if BEHAVIOUR == "refuse":
             name = "org.freedesktop.DBus.Error.AccessDenied"
             error(dbus.DBusException("You may not do that.\nReally.", name=name))
-        elif BEHAVIOUR == "forget" and call[0] != "Reload":
+        elif BEHAVIOUR == "forget" and call[0] not in ("Reload", "Get"):
             name = "org.freedesktop.systemd1.NoSuchUnit"
             error(dbus.DBusException("Unit " + call[1] + " not found.", name=name))
         elif BEHAVIOUR != "mute":
@@ -85,5 +105,6 @@ class Manager(dbus.service.Object):
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 bus = dbus.SessionBus()
 manager = Manager(bus, ROOT)
+unit = Unit(bus, ROOT + "/unit/one")
 name = dbus.service.BusName("org.freedesktop.systemd1", bus)
 GLib.MainLoop().run()
