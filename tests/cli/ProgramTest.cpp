@@ -54,6 +54,15 @@ private:
 private Q_SLOTS:
     void cleanup() { QFile::remove(ownCache()); }
 
+    void shouldLoadNothingThatCommandsDoNotNeed()
+    {
+        // The loader prints what it would load, and ends.
+        const Result result = run({}, {}, {{u"LD_TRACE_LOADED_OBJECTS"_s, u"1"_s}});
+        QVERIFY(result.output.contains("libQt6Core"));
+        for (const auto *const library : {"libQt6Gui", "libcurl", "libssl", "libgnutls"})
+            QVERIFY2(!result.output.contains(library), library);
+    }
+
     void shouldShowTheSavedData()
     {
         save(encodeCacheSnapshot(sampleSnapshot(3)));

@@ -1,12 +1,15 @@
 #include "platform/curl/CurlVersion.h"
 
-#include <curl/curl.h>
+#include "platform/curl/CurlLibrary.h"
 
 namespace orbitledge {
 
 QString curlVersion()
 {
-    const curl_version_info_data *const information = curl_version_info(CURLVERSION_NOW);
+    const CurlLibrary *const library = CurlLibrary::shared();
+    if (library == nullptr)
+        return QStringLiteral("missing");
+    const curl_version_info_data *const information = library->versionInfo(CURLVERSION_NOW);
     const QString version = QString::fromLatin1(information->version);
     if (information->ssl_version == nullptr)
         return version;

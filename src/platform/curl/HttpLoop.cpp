@@ -2,8 +2,7 @@
 
 #include "model/WebAddress.h"
 #include "platform/curl/BodyDecoder.h"
-
-#include <curl/curl.h>
+#include "platform/curl/CurlLibrary.h"
 
 #include <algorithm>
 #include <array>
@@ -96,20 +95,15 @@ QByteArray combinedValue(const QList<HttpHeader> &headers, QByteArrayView name)
     return values.join(", ");
 }
 
-template <typename... Value> void setOption(CURL *easy, CURLoption option, Value... value)
-{
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg,hicpp-vararg): the library's only way
-    curl_easy_setopt(easy, option, value...);
-}
-
 } // namespace
 
 /// One attempt, redirects included.
 class HttpLoop::Exchange {
 public:
-    Exchange(CURLM *multi, Order order)
-        : m_multi(multi)
-        , m_easy(curl_easy_init())
+    Exchange(const CurlLibrary &curl, CURLM *multi, Order order)
+        : m_curl(curl)
+        , m_multi(multi)
+        , m_easy(curl.easyInit())
         , m_request(std::move(order.request))
         , m_options(std::move(order.options))
         , m_result(order.result)
@@ -122,9 +116,9 @@ public:
     Exchange &operator=(const Exchange &) = delete;
     ~Exchange()
     {
-        curl_multi_remove_handle(m_multi, m_easy);
-        curl_easy_cleanup(m_easy);
-        curl_slist_free_all(m_headerList);
+        m_curl.multiRemoveHandle(m_multi, m_easy);
+        m_curl.easyCleanup(m_easy);
+        m_curl.slistFreeAll(m_headerList);
     }
 
     [[nodiscard]] CURL *handle() const { return m_easy; }
@@ -152,7 +146,7 @@ public:
         }
         long status = 0;
         // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg,hicpp-vararg)
-        curl_easy_getinfo(m_easy, CURLINFO_RESPONSE_CODE, &status);
+        m_curl.easyGetinfo(m_easy, CURLINFO_RESPONSE_CODE, &status);
         if (isRedirect(status) && follow(status))
             return;
         auto body = m_decoder ? m_decoder->finish() : QByteArray();
@@ -182,48 +176,48 @@ private:
         m_headerBytes = 0;
         m_headersEnded = false;
         m_decoder.reset();
-        curl_easy_reset(m_easy);
-        curl_slist_free_all(std::exchange(m_headerList, nullptr));
+        m_curl.easyReset(m_easy);
+        m_curl.slistFreeAll(std::exchange(m_headerList, nullptr));
 
         // Without user information, which would be sent as a password, and without the fragment.
         const QByteArray address
             = m_request.url.toEncoded(QUrl::FullyEncoded | QUrl::RemoveUserInfo | QUrl::RemoveFragment);
-        setOption(m_easy, CURLOPT_URL, address.constData());
-        setOption(m_easy, CURLOPT_PATH_AS_IS, 1L);
-        setOption(m_easy, CURLOPT_PROTOCOLS_STR, "http,https");
+        setOption(CURLOPT_URL, address.constData());
+        setOption(CURLOPT_PATH_AS_IS, 1L);
+        setOption(CURLOPT_PROTOCOLS_STR, "http,https");
         // Version 1.1 on a connection of its own: on a connection that was used before, or on one of
         // version 2, the library sends a request again where the server closed it.
-        setOption(m_easy, CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
-        setOption(m_easy, CURLOPT_FRESH_CONNECT, 1L);
-        setOption(m_easy, CURLOPT_FORBID_REUSE, 1L);
-        setOption(m_easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
+        setOption(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
+        setOption(CURLOPT_FRESH_CONNECT, 1L);
+        setOption(CURLOPT_FORBID_REUSE, 1L);
+        setOption(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
         if (!m_options.certificateAuthorities.isEmpty())
-            setOption(m_easy, CURLOPT_CAINFO, m_options.certificateAuthorities.constData());
-        setOption(m_easy, CURLOPT_NOSIGNAL, 1L);
+            setOption(CURLOPT_CAINFO, m_options.certificateAuthorities.constData());
+        setOption(CURLOPT_NOSIGNAL, 1L);
         // A name server that does not answer must not hold up the end of the program.
-        setOption(m_easy, CURLOPT_QUICK_EXIT, 1L);
-        setOption(m_easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-        setOption(m_easy, CURLOPT_MAXFILESIZE_LARGE, curl_off_t{m_options.largestBody});
+        setOption(CURLOPT_QUICK_EXIT, 1L);
+        setOption(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+        setOption(CURLOPT_MAXFILESIZE_LARGE, curl_off_t{m_options.largestBody});
         // The environment's proxies are used, but what is meant for this machine stays on it.
         if (isLoopback(m_request.url))
-            setOption(m_easy, CURLOPT_NOPROXY, "*");
+            setOption(CURLOPT_NOPROXY, "*");
 
         if (m_request.body) {
-            setOption(m_easy, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t{m_request.body->size()});
-            setOption(m_easy, CURLOPT_POSTFIELDS, m_request.body->constData());
+            setOption(CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t{m_request.body->size()});
+            setOption(CURLOPT_POSTFIELDS, m_request.body->constData());
         }
         if (!isToken(m_request.method)) {
             fail(Kind::Other);
             return;
         }
         if (m_request.method == "HEAD")
-            setOption(m_easy, CURLOPT_NOBODY, 1L);
+            setOption(CURLOPT_NOBODY, 1L);
         else
-            setOption(m_easy, CURLOPT_CUSTOMREQUEST, m_request.method.constData());
+            setOption(CURLOPT_CUSTOMREQUEST, m_request.method.constData());
 
         // "Name:" alone takes a header of the library away, "Name;" sends one without a value.
-        m_headerList = curl_slist_append(m_headerList, "Expect:");
-        m_headerList = curl_slist_append(m_headerList, "Accept-Encoding: gzip");
+        m_headerList = m_curl.slistAppend(m_headerList, "Expect:");
+        m_headerList = m_curl.slistAppend(m_headerList, "Accept-Encoding: gzip");
         QList<HttpHeader> headers = m_request.headers;
         headers.append({"User-Agent", m_options.userAgent});
         for (const HttpHeader &header : std::as_const(headers)) {
@@ -233,18 +227,18 @@ private:
             }
             const QByteArray line
                 = header.name + (header.value.isEmpty() ? QByteArray(";") : ": " + header.value);
-            m_headerList = curl_slist_append(m_headerList, line.constData());
+            m_headerList = m_curl.slistAppend(m_headerList, line.constData());
         }
-        setOption(m_easy, CURLOPT_HTTPHEADER, m_headerList);
+        setOption(CURLOPT_HTTPHEADER, m_headerList);
 
-        setOption(m_easy, CURLOPT_HEADERFUNCTION, &Exchange::headerCame);
-        setOption(m_easy, CURLOPT_HEADERDATA, this);
-        setOption(m_easy, CURLOPT_WRITEFUNCTION, &Exchange::bodyCame);
-        setOption(m_easy, CURLOPT_WRITEDATA, this);
-        setOption(m_easy, CURLOPT_XFERINFOFUNCTION, &Exchange::progressed);
-        setOption(m_easy, CURLOPT_XFERINFODATA, this);
-        setOption(m_easy, CURLOPT_NOPROGRESS, 0L);
-        curl_multi_add_handle(m_multi, m_easy);
+        setOption(CURLOPT_HEADERFUNCTION, &Exchange::headerCame);
+        setOption(CURLOPT_HEADERDATA, this);
+        setOption(CURLOPT_WRITEFUNCTION, &Exchange::bodyCame);
+        setOption(CURLOPT_WRITEDATA, this);
+        setOption(CURLOPT_XFERINFOFUNCTION, &Exchange::progressed);
+        setOption(CURLOPT_XFERINFODATA, this);
+        setOption(CURLOPT_NOPROGRESS, 0L);
+        m_curl.multiAddHandle(m_multi, m_easy);
     }
 
     static std::size_t headerCame(const char *data, std::size_t /*one*/, std::size_t size, void *self)
@@ -343,7 +337,7 @@ private:
                 return header.name.compare("Content-Type", Qt::CaseInsensitive) == 0;
             });
         }
-        curl_multi_remove_handle(m_multi, m_easy);
+        m_curl.multiRemoveHandle(m_multi, m_easy);
         begin();
         return true;
     }
@@ -354,6 +348,13 @@ private:
             std::exchange(m_result, nullptr)->give(std::move(attempt));
     }
 
+    template <typename... Value> void setOption(CURLoption option, Value... value)
+    {
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg,hicpp-vararg): the library's only way
+        m_curl.easySetopt(m_easy, option, value...);
+    }
+
+    const CurlLibrary &m_curl;
     CURLM *m_multi;
     CURL *m_easy;
     curl_slist *m_headerList = nullptr;
@@ -375,14 +376,15 @@ private:
 /// What the loop's thread holds: everything that is under way.
 class HttpLoop::Thread {
 public:
-    explicit Thread(CURLM *multi)
-        : m_multi(multi)
+    Thread(const CurlLibrary &curl, CURLM *multi)
+        : m_curl(curl)
+        , m_multi(multi)
     {
     }
 
     void start(Order order)
     {
-        auto exchange = std::make_unique<Exchange>(m_multi, std::move(order));
+        auto exchange = std::make_unique<Exchange>(m_curl, m_multi, std::move(order));
         CURL *const handle = exchange->handle();
         if (!exchange->isOver())
             m_exchanges.emplace(handle, std::move(exchange));
@@ -391,9 +393,9 @@ public:
     void perform()
     {
         int running = 0;
-        curl_multi_perform(m_multi, &running);
+        m_curl.multiPerform(m_multi, &running);
         int left = 0;
-        while (const CURLMsg *const message = curl_multi_info_read(m_multi, &left)) {
+        while (const CURLMsg *const message = m_curl.multiInfoRead(m_multi, &left)) {
             if (message->msg != CURLMSG_DONE)
                 continue;
             const auto found = m_exchanges.find(message->easy_handle);
@@ -420,7 +422,7 @@ public:
         const auto now = SteadyClock::now();
         for (const auto &[handle, exchange] : m_exchanges)
             longest = std::min(longest, std::chrono::ceil<milliseconds>(exchange->deadline() - now));
-        curl_multi_poll(m_multi, nullptr, 0, std::max(0, static_cast<int>(longest.count())), nullptr);
+        m_curl.multiPoll(m_multi, nullptr, 0, std::max(0, static_cast<int>(longest.count())), nullptr);
     }
 
     void cancelAll()
@@ -431,19 +433,10 @@ public:
     }
 
 private:
+    const CurlLibrary &m_curl;
     CURLM *m_multi;
     std::map<CURL *, std::unique_ptr<Exchange>> m_exchanges;
 };
-
-void HttpLoop::MultiDeleter::operator()(void *multi) const
-{
-    curl_multi_cleanup(multi);
-}
-
-HttpLoop::HttpLoop()
-    : m_multi(curl_multi_init())
-{
-}
 
 HttpLoop::~HttpLoop()
 {
@@ -452,17 +445,20 @@ HttpLoop::~HttpLoop()
 
 void HttpLoop::attempt(HttpRequest request, HttpAttemptOptions options, Handover<HttpAttempt> &result)
 {
+    Kind refusal = Kind::Cancelled;
     {
         const std::scoped_lock lock(m_mutex);
-        if (!m_isShutDown) {
+        if (!m_isShutDown && !m_isWithoutLibrary) {
             m_orders.push_back({std::move(request), std::move(options), &result});
             if (!m_thread.joinable())
                 m_thread = std::jthread([this](const std::stop_token &stop) { run(stop); });
-            curl_multi_wakeup(m_multi.get());
+            wake();
             return;
         }
+        if (!m_isShutDown)
+            refusal = Kind::Other;
     }
-    result.give({tl::make_unexpected(TransportFailure{Kind::Cancelled}), true});
+    result.give({tl::make_unexpected(TransportFailure{refusal}), true});
 }
 
 void HttpLoop::shutDown()
@@ -473,9 +469,19 @@ void HttpLoop::shutDown()
     }
     if (m_thread.joinable()) {
         m_thread.request_stop();
-        curl_multi_wakeup(m_multi.get());
+        {
+            const std::scoped_lock lock(m_mutex);
+            wake();
+        }
         m_thread.join();
     }
+}
+
+/// Before the thread has its library it does not sleep.
+void HttpLoop::wake()
+{
+    if (m_multi != nullptr)
+        CurlLibrary::shared()->multiWakeup(m_multi);
 }
 
 std::deque<HttpLoop::Order> HttpLoop::takeOrders()
@@ -486,7 +492,29 @@ std::deque<HttpLoop::Order> HttpLoop::takeOrders()
 
 void HttpLoop::run(const std::stop_token &stop)
 {
-    Thread thread(m_multi.get());
+    const CurlLibrary *const curl = CurlLibrary::shared();
+    CURLM *const multi = curl == nullptr ? nullptr : curl->multiInit();
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_multi = multi;
+        m_isWithoutLibrary = multi == nullptr;
+    }
+    if (multi == nullptr) {
+        for (const Order &order : takeOrders())
+            order.result->give({tl::make_unexpected(TransportFailure{Kind::Other}), false});
+        return;
+    }
+    work(*curl, stop);
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_multi = nullptr;
+    }
+    curl->multiCleanup(multi);
+}
+
+void HttpLoop::work(const CurlLibrary &curl, const std::stop_token &stop)
+{
+    Thread thread(curl, m_multi);
     while (true) {
         // Asked before the orders are taken: none comes after the stop, so that none is left behind.
         const bool isLast = stop.stop_requested();

@@ -5,12 +5,13 @@
 
 #include <chrono>
 #include <deque>
-#include <memory>
 #include <mutex>
 #include <stop_token>
 #include <thread>
 
 namespace orbitledge {
+
+struct CurlLibrary;
 
 /// What one attempt to get an answer is given.
 struct HttpAttemptOptions {
@@ -30,10 +31,10 @@ struct HttpAttempt {
 };
 
 /// One thread on which all of libcurl's work happens. It starts with the first attempt and sleeps between
-/// attempts.
+/// attempts. Where the library is not installed, every attempt fails.
 class HttpLoop {
 public:
-    HttpLoop();
+    HttpLoop() = default;
     HttpLoop(const HttpLoop &) = delete;
     HttpLoop &operator=(const HttpLoop &) = delete;
     ~HttpLoop();
@@ -55,16 +56,15 @@ private:
         Handover<HttpAttempt> *result = nullptr;
     };
 
-    struct MultiDeleter {
-        void operator()(void *multi) const;
-    };
-
     void run(const std::stop_token &stop);
+    void work(const CurlLibrary &curl, const std::stop_token &stop);
+    void wake();
     std::deque<Order> takeOrders();
 
-    /// libcurl's CURLM, whose header stays out of ours.
-    std::unique_ptr<void, MultiDeleter> m_multi;
     std::mutex m_mutex;
+    /// libcurl's CURLM, whose header stays out of ours; there while the thread works.
+    void *m_multi = nullptr;
+    bool m_isWithoutLibrary = false;
     std::deque<Order> m_orders;
     bool m_isShutDown = false;
     std::jthread m_thread;
