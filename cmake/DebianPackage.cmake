@@ -48,10 +48,10 @@ line, as a table, as JSON, or as a line for status bars.")
 
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# What is loaded while it runs, which no list of linked libraries tells: the secure store's client, readers of WebP
+# What is loaded while it runs, which no list of linked libraries tells: HTTP, the secure store's client, readers of WebP
 # pictures, zones and certificates, and the folder structure of icons.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-    "libsecret-1-0, qt6-image-formats-plugins, tzdata, ca-certificates, hicolor-icon-theme")
+    "libcurl4, libsecret-1-0, qt6-image-formats-plugins, tzdata, ca-certificates, hicolor-icon-theme")
 # A keyring for the session, something that shows reminders, something that opens pages, a bus, and windows on Wayland.
 # The first of each is what apt brings where there is none, so that is a small one and not a whole desktop.
 string(CONCAT CPACK_DEBIAN_PACKAGE_RECOMMENDS

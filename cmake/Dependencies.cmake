@@ -11,6 +11,7 @@ find_package(Boost 1.74 REQUIRED)
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb xcb-xfixes)
+pkg_check_modules(fontconfig REQUIRED IMPORTED_TARGET fontconfig)
 
 if(ORBITLEDGE_DEMO_SERVICE)
     # The product links none of these.

@@ -4,6 +4,7 @@
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/preferences/PortalPreferences.h"
 #include "ui/OrbitledgeApp.h"
+#include "ui/kit/FontConfiguration.h"
 #include "ui/kit/Typography.h"
 #include "ui/panel/LoadedLogoImages.h"
 
@@ -70,6 +71,7 @@ int main(int argc, char **argv)
     occupyStandardDescriptors();
     if (argc == 2 && argv[1] == std::string_view("--tray-of-x11"))
         return tellOfTray();
+    std::jthread readingFonts = readFontConfiguration();
     QLoggingCategory::setFilterRules(u"*.debug=false\nqt.*=false"_s);
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Orbitledge"_s);
@@ -86,6 +88,7 @@ int main(int argc, char **argv)
     const auto parts = SystemParts::make(picture < 0 ? Presence::Resident : Presence::Short);
     if (!parts)
         return fail(parts.error());
+    readingFonts.join();
     if (picture >= 0)
         return drawPicture(*parts, arguments.value(picture + 1));
     parts->notifications->start();
