@@ -4,6 +4,7 @@
 #include "ui/kit/Palette.h"
 #include "ui/tray/Compositing.h"
 #include "ui/tray/TrayHost.h"
+#include "ui/tray/WindowActivation.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -108,7 +109,7 @@ void PanelWindow::takeManner()
     setWindowFlags(flags);
 }
 
-void PanelWindow::showAt(const PanelAnchor &anchor)
+void PanelWindow::showAt(const PanelAnchor &anchor, const QString &activationToken)
 {
     m_leaveGrace.stop();
     if (!isVisible()) {
@@ -120,10 +121,7 @@ void PanelWindow::showAt(const PanelAnchor &anchor)
         show();
         Q_EMIT shown();
     }
-    // Elsewhere whoever arranges windows decides what is in front.
-    if (TrayHost::windowsAreOnX11())
-        raise();
-    activateWindow();
+    bringForward(*this, activationToken);
 }
 
 void PanelWindow::toggle(const PanelAnchor &anchor)

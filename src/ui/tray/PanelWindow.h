@@ -37,8 +37,9 @@ public:
     /// Asked at each Escape; where it answers true it has closed something within the content.
     void setTakesEscape(std::function<bool()> takesEscape) { m_takesEscape = std::move(takesEscape); }
 
-    /// Shows it, or brings it to the front.
-    void showAt(const PanelAnchor &anchor);
+    /// Shows it, or brings it to the front. `activationToken` is the desktop's word that a person asked for
+    /// it; empty where there is none.
+    void showAt(const PanelAnchor &anchor, const QString &activationToken = {});
     /// For a click on the icon. The click has taken the focus away before it comes here: a panel that was
     /// closed by that stays closed.
     void toggle(const PanelAnchor &anchor);
