@@ -149,7 +149,7 @@ Verdict windowsVerdict(WindowsProgram program)
     case WindowsProgram::Mute:
         return {.level = Warning,
             .state = "no-answer",
-            .text = u"the X server does not answer orbitledge-desktop"_s,
+            .text = u"the program orbitledge-desktop takes too long, or the X server does not answer it"_s,
             .advice = u"See whether other programs can open windows on this display."_s};
     case WindowsProgram::Working:
         break;
@@ -504,7 +504,9 @@ Verdict autostartVerdict(const Autostart &entry)
         }
         return {.level = Warning,
             .state = "stale",
-            .text = u"%1 starts %2, which is not there"_s.arg(entry.file, entry.program),
+            .text = (entry.isProgramThere ? u"%1 does not start %2: it asks for something that is not there"_s
+                                          : u"%1 starts %2, which is not there"_s)
+                .arg(entry.file, entry.program),
             .advice = again};
     case LoginItemStatus::Enabled:
         break;

@@ -50,6 +50,7 @@ Findings badFindings()
     found.delivery.systemd = Presence::Absent;
     found.autostart.status = LoginItemStatus::NotFound;
     found.autostart.program = u"/media/ada/orbitledge"_s;
+    found.autostart.isProgramThere = false;
     found.folders[0].isWritable = false;
     found.folders[1].mode = 0755;
     found.files[0].mode = 0644;

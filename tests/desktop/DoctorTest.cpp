@@ -159,8 +159,9 @@ private:
         if (found.json.isEmpty() || found.json[u"healthy"_s].toBool() != (found.exitCode == 0))
             qFatal("doctor contradicts itself: %s", json.text.constData());
         if (const QString keep = qEnvironmentVariable("ORBITLEDGE_TEST_OUTPUTS"); !keep.isEmpty()) {
-            QFile file(keep + u'/' + QString::fromLatin1(QTest::currentTestFunction()) + u'-'
-                + QString::fromLatin1(QTest::currentDataTag()) + u".txt"_s);
+            static int count = 0;
+            QFile file(keep + u"/%1-"_s.arg(++count, 3, 10, QLatin1Char('0'))
+                + QString::fromLatin1(QTest::currentTestFunction()) + u".txt"_s);
             if (file.open(QIODevice::WriteOnly))
                 file.write(text.text + "exit " + QByteArray::number(text.exitCode) + '\n');
         }

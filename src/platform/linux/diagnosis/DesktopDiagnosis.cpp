@@ -91,13 +91,13 @@ QCoro::Task<Findings> askEverybody(std::shared_ptr<const Settings> settings)
     found.versions = inspectVersions();
     found.versions.http = settings->httpVersion;
     found.session = inspectSession(settings->variable);
-    found.home = QString::fromLocal8Bit(settings->variable("HOME"));
+    found.home = homeFolder(settings->variable);
     found.userNames = userNames(settings->variable);
     found.hasOpener = firstAvailable({{u"xdg-open"_s, {}}}).has_value();
     found.isOffline = RouteConnectivity().isOffline();
 
     auto looking = lookAtDisk(settings);
-    auto windows = inspectWindowsProgram(settings->desktopProgram, settings->patience);
+    auto windows = inspectWindowsProgram(settings->desktopProgram, settings->startPatience);
     auto reaching = reachBus(settings);
     OnDisk onDisk = co_await looking;
     found.autostart = std::move(onDisk.autostart);

@@ -37,6 +37,8 @@ public:
         QString httpVersion;
         /// For each one who is asked.
         std::chrono::milliseconds patience = std::chrono::seconds(2);
+        /// For a program of ours, whose libraries may have to come from the disk first.
+        std::chrono::milliseconds startPatience = std::chrono::seconds(5);
     };
 
     explicit DesktopDiagnosis(Settings settings);

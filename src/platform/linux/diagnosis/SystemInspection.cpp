@@ -53,6 +53,23 @@ QString kernelName()
         + QString::fromLocal8Bit(names.machine);
 }
 
+/// In the user database; empty where there is none.
+struct UserEntry {
+    QString name;
+    QString home;
+};
+
+UserEntry ownEntry()
+{
+    constexpr std::size_t bufferSize = 16384;
+    std::vector<char> buffer(bufferSize);
+    passwd entry{};
+    passwd *found = nullptr;
+    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr)
+        return {};
+    return {.name = QString::fromLocal8Bit(found->pw_name), .home = QString::fromLocal8Bit(found->pw_dir)};
+}
+
 } // namespace
 
 findings::Versions inspectVersions()
@@ -76,6 +93,12 @@ findings::Session inspectSession(const std::function<QByteArray(const char *)> &
     };
 }
 
+QString homeFolder(const std::function<QByteArray(const char *)> &variable)
+{
+    const QByteArray home = variable("HOME");
+    return home.isEmpty() ? ownEntry().home : QString::fromLocal8Bit(home);
+}
+
 QStringList userNames(const std::function<QByteArray(const char *)> &variable)
 {
     QStringList names;
@@ -83,12 +106,7 @@ QStringList userNames(const std::function<QByteArray(const char *)> &variable)
         if (!name.isEmpty() && !names.contains(name))
             names.append(name);
     };
-    constexpr std::size_t bufferSize = 16384;
-    std::vector<char> buffer(bufferSize);
-    passwd entry{};
-    passwd *found = nullptr;
-    if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr)
-        add(QString::fromLocal8Bit(found->pw_name));
+    add(ownEntry().name);
     for (const char *const name : {"USER", "LOGNAME"})
         add(QString::fromLocal8Bit(variable(name)));
     return names;

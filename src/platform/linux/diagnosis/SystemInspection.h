@@ -17,6 +17,9 @@ findings::Versions inspectVersions();
 
 findings::Session inspectSession(const std::function<QByteArray(const char *)> &variable);
 
+/// As the environment names it, or else the user database.
+QString homeFolder(const std::function<QByteArray(const char *)> &variable);
+
 /// The names under which this machine knows the person.
 QStringList userNames(const std::function<QByteArray(const char *)> &variable);
 
