@@ -57,7 +57,7 @@ QByteArray socketNameOf(const QByteArray &address, const std::function<QByteArra
     for (const QByteArray &pair : address.sliced(5).split(',')) {
         const auto equals = pair.indexOf('=');
         const QByteArray key = pair.first(std::max<qsizetype>(equals, 0));
-        const QByteArray value = QByteArray::fromPercentEncoding(pair.sliced(equals + 1));
+        QByteArray value = QByteArray::fromPercentEncoding(pair.sliced(equals + 1));
         if (key == "path")
             return value;
         if (key == "abstract")

@@ -91,7 +91,7 @@ QCoro::Task<Keyring> inspectWallet(QString daemon, Presence presence, KeychainIt
 
 } // namespace
 
-QCoro::Task<Keyring> inspectKeyring(BusNames names, KeychainItem item, milliseconds limit)
+QCoro::Task<Keyring> inspectKeyring(const BusNames &names, const KeychainItem &item, milliseconds limit)
 {
     const QString daemon = preferredWalletDaemon();
     const Presence wallet = daemon.isEmpty() ? Presence::Absent : names.presenceOf(daemon);

@@ -12,6 +12,6 @@ namespace orbitledge {
 
 /// The keyring that the program would use here, and whether it keeps the item. Nobody is prompted.
 QCoro::Task<findings::Keyring> inspectKeyring(
-    BusNames names, KeychainItem item, std::chrono::milliseconds limit);
+    const BusNames &names, const KeychainItem &item, std::chrono::milliseconds limit);
 
 } // namespace orbitledge

@@ -55,7 +55,7 @@ QCoro::Task<Truth> askGnome(milliseconds limit)
 }
 
 /// Each daemon tells in a way of its own whether it keeps quiet just now.
-QCoro::Task<Truth> askDoNotDisturb(QString daemon, milliseconds limit)
+QCoro::Task<Truth> askDoNotDisturb(const QString &daemon, milliseconds limit)
 {
     if (daemon == "dunst"_L1)
         return askProperty(u"org.dunstproject.cmd0"_s, u"paused"_s, limit);
