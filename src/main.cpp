@@ -2,6 +2,7 @@
 #include "composition/OwnFiles.h"
 #include "composition/SystemDiagnosis.h"
 #include "composition/SystemParts.h"
+#include "logos/cache/LogoCache.h"
 #include "platform/linux/InstalledPrograms.h"
 #include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
@@ -64,6 +65,10 @@ tl::expected<ExitCode, QString> withStore(int argc, char **argv, const StoreComm
     if (!parts)
         return tl::make_unexpected(std::move(parts.error()));
     auto store = std::make_shared<AppStore>(parts->store, parts->identity);
+    QObject::connect(store.get(), &AppStore::forgotten, store.get(), [] {
+        const XdgDirectories directories([](const char *name) { return qgetenv(name); });
+        LogoCache(LogoCache::defaultLocation(directories), std::make_shared<PosixFileStore>()).clear();
+    });
     const ExitCode end
         = QCoro::waitFor(command({store, parts->store.cache, parts->store.notifier, parts->credentials}));
     // What is due today is shown today, and this process does not stay for what comes later.

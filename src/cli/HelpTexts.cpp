@@ -177,8 +177,8 @@ QString signOutHelp()
 {
     return QStringLiteral(R"(Usage: orbitledge sign-out
 Ends your session at the service, where that can be reached, and removes it from
-your desktop's keyring, along with the subscriptions that were fetched and the
-reminders of them.
+your desktop's keyring, along with the subscriptions that were fetched, their
+logos, and the reminders of them.
 
 Options:
   -h, --help        print this help

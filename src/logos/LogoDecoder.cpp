@@ -1,6 +1,7 @@
 #include "logos/LogoDecoder.h"
 
 #include "logos/EncodedPicture.h"
+#include "logos/cache/LogoCache.h"
 
 #include <QBuffer>
 #include <QImageReader>

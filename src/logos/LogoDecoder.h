@@ -9,9 +9,6 @@
 
 namespace orbitledge {
 
-/// Of a logo as it is sent.
-inline constexpr qsizetype largestLogo = qsizetype{1} << 20;
-
 /// A picture with a longer side is refused by its header, before there is memory for it.
 inline constexpr int longestLogoSide = 2048;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "logos/LogoCache.h"
+#include "logos/cache/LogoCache.h"
 #include "platform/Clock.h"
 #include "platform/HttpSession.h"
 

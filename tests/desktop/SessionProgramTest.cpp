@@ -194,8 +194,12 @@ private Q_SLOTS:
         QCOMPARE(timeline.exitCode, 0);
         QVERIFY(timeline.output.contains("Northlight Video"));
 
+        const QString logos = m_lab->path(u"cache/app.orbitledge.Orbitledge/logos"_s);
+        QVERIFY(QDir().mkpath(logos) && QFile::copy(QStringLiteral(ORBITLEDGE_PROGRAM), logos + u"/logo"_s));
+
         const Result signOut = run({u"sign-out"_s});
         QCOMPARE(signOut.errors, ""_ba);
+        QVERIFY(!QFile::exists(logos));
         QCOMPARE(signOut.output, "Signed out.\n"_ba);
         QVERIFY(!QFile::exists(cacheFile()));
         QVERIFY(!keyringItem().contains("Orbitledge"));

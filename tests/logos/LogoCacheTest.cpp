@@ -1,4 +1,4 @@
-#include "logos/LogoCache.h"
+#include "logos/cache/LogoCache.h"
 
 #include "platform/linux/PosixFileStore.h"
 #include "support/TestMain.h"

@@ -13,6 +13,9 @@
 
 namespace orbitledge {
 
+/// Of a logo as it is sent.
+inline constexpr qsizetype largestLogo = qsizetype{1} << 20;
+
 /// A logo as it was sent, with what its server said of it.
 struct KeptLogo {
     QByteArray content;

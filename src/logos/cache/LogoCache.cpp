@@ -1,7 +1,6 @@
-#include "logos/LogoCache.h"
+#include "logos/cache/LogoCache.h"
 
 #include "BuildInfo.h"
-#include "logos/LogoDecoder.h"
 
 #include <QCryptographicHash>
 #include <QList>
