@@ -188,8 +188,9 @@ QRect Style::subControlRect(
         || (control == CC_SpinBox && part == SC_SpinBoxEditField);
     if (isEditField && option) {
         const int chevron = qRound(atScale(widget, chevronRoom));
-        // What is in a spin box has a margin of its own.
-        const int inset = qRound(atScale(widget, fieldInset)) + (control == CC_ComboBox ? 1 : 0);
+        // What is in a spin box, or in a day that looks like a combo box, has a margin of its own.
+        const bool hasMargin = control == CC_SpinBox || qobject_cast<const QAbstractSpinBox *>(widget);
+        const int inset = qRound(atScale(widget, fieldInset)) + (hasMargin ? 0 : 1);
         return visualRect(option->direction, option->rect, option->rect.adjusted(inset, 2, -chevron, -2));
     }
     if (control == CC_SpinBox && option && (part == SC_SpinBoxUp || part == SC_SpinBoxDown)) {

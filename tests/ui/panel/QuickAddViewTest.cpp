@@ -749,6 +749,20 @@ private Q_SLOTS:
             QRect(form.error->mapTo(&form.window, QPoint()), form.error->size())));
     }
 
+    void shouldBeginAllTextsInOneLine()
+    {
+        Form form;
+        form.show();
+        form.fill();
+        const auto startOf = [&](QLineEdit *text) {
+            text->home(false);
+            const QRectF cursor = text->inputMethodQuery(Qt::ImCursorRectangle).toRectF();
+            return text->mapTo(form.view, cursor.center().toPoint()).x();
+        };
+        QCOMPARE(startOf(form.renewal->findChild<QLineEdit *>()), startOf(form.name));
+        QCOMPARE(startOf(form.price), startOf(form.name));
+    }
+
     void shouldNotHaveSuggestionsLieOnEachOther()
     {
         Form form;
