@@ -33,9 +33,11 @@ private:
     std::optional<StoreDesk> m_desk;
     std::unique_ptr<SettingsView> m_view;
 
-    void open(qreal textScale = 1)
+    void open(qreal textScale = 1, const QByteArray &locale = "en_US")
     {
-        m_view = std::make_unique<SettingsView>(*m_desk->store, localeNamed("en_US"), sampleAbout());
+        m_view = std::make_unique<SettingsView>(*m_desk->store, localeNamed(locale), sampleAbout());
+        if (locale.startsWith("ar"))
+            m_view->setLayoutDirection(Qt::RightToLeft);
         applyColorScheme(*m_view, ui::ColorScheme::Light);
         applyTextScale(*m_view, textScale);
         m_view->resize(m_view->sizeHint());
@@ -522,13 +524,19 @@ private Q_SLOTS:
         QTest::addColumn<int>("scene");
         QTest::addColumn<qreal>("textScale");
         QTest::addColumn<bool>("isNarrow");
+        QTest::addColumn<QByteArray>("locale");
         const auto scenes = settingsScenes();
         for (int i = 0; i < int(scenes.size()); ++i) {
             for (const qreal scale : {1.0, 1.5, 2.0}) {
                 const QByteArray name = scenes[std::size_t(i)].name.toLatin1();
-                QTest::addRow("%s at %g", name.constData(), scale) << i << scale << false;
-                QTest::addRow("%s at %g, narrow", name.constData(), scale) << i << scale << true;
+                QTest::addRow("%s at %g", name.constData(), scale)
+                    << i << scale << false << QByteArray("en_US");
+                QTest::addRow("%s at %g, narrow", name.constData(), scale)
+                    << i << scale << true << QByteArray("en_US");
             }
+            for (const char *locale : {"de_DE", "ar_EG", "ja_JP"})
+                QTest::addRow("%s at 2 in %s", scenes[std::size_t(i)].name.toLatin1().constData(), locale)
+                    << i << 2.0 << false << QByteArray(locale);
         }
     }
     void shouldCutNothingOff()
@@ -536,8 +544,10 @@ private Q_SLOTS:
         QFETCH(int, scene);
         QFETCH(qreal, textScale);
         QFETCH(bool, isNarrow);
+        QFETCH(QByteArray, locale);
+        m_desk->calendar = [&] { return Calendar(zoneNamed("UTC"), localeNamed(locale)); };
         settingsScenes()[std::size_t(scene)].prepare(*m_desk);
-        open(textScale);
+        open(textScale, locale);
         if (isNarrow)
             m_view->resize(m_view->minimumSizeHint());
         QCoreApplication::processEvents();
