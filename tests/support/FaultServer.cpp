@@ -307,7 +307,10 @@ bool FaultServer::perform(Connection &connection, const Answer &answer)
         }
         bool operator()(const SendForever &step) const
         {
-            while (connection.send(step.bytes)) { }
+            // Many times at once: a busy machine must not be what makes it slow.
+            constexpr qsizetype enough = qsizetype{64} << 10;
+            const QByteArray bytes = step.bytes.repeated(enough / step.bytes.size() + 1);
+            while (connection.send(bytes)) { }
             return false;
         }
         bool operator()(const Wait &step) const { return sleepFor(step.duration, connection.stop()); }
