@@ -1,10 +1,9 @@
 #include "model/RecordCodecs.h"
 #include "support/JsonDocuments.h"
 #include "support/Printing.h"
+#include "support/ProcessorTime.h"
 #include "support/TestMain.h"
 #include "support/TimeLimit.h"
-
-#include <QElapsedTimer>
 
 #include <sys/mman.h>
 
@@ -645,8 +644,7 @@ void HostileJsonTest::shouldRefuseAMillionBracketsQuickly_data()
 void HostileJsonTest::shouldRefuseAMillionBracketsQuickly()
 {
     QFETCH(QByteArray, json);
-    QElapsedTimer timer;
-    timer.start();
+    const WorkTimer timer;
     QVERIFY(!decodeJson<CreateSubscriptionRequest>(json));
     QVERIFY(!decodeJson<SubscriptionMutationResponse>(json));
     QVERIFY(!decodeJson<QList<Subscription>>(json));
@@ -683,8 +681,7 @@ void HostileJsonTest::shouldReadManyKeysQuickly()
 {
     QFETCH(QByteArray, members);
     const QByteArray json = '{' + members + R"(,"name":"n","cost":1,"billing_cycle":"m"})";
-    QElapsedTimer timer;
-    timer.start();
+    const WorkTimer timer;
     const auto decoded = decodeJson<CreateSubscriptionRequest>(json);
     QVERIFY2(timer.elapsed() < longestMilliseconds, qPrintable(QString::number(timer.elapsed())));
     QVERIFY2(decoded, decoded ? "" : qPrintable(decoded.error().debugDescription));
@@ -723,8 +720,7 @@ void HostileJsonTest::shouldReadATextOfManyMegabytes()
 void HostileJsonTest::shouldReadANumberOfManyMegabytes()
 {
     constexpr qsizetype many = 8 << 20;
-    QElapsedTimer timer;
-    timer.start();
+    const WorkTimer timer;
     const auto decoded = decodeJson<CreateSubscriptionRequest>(
         R"({"name":"n","billing_cycle":"m","cost":0.)" + QByteArray(many, '3') + '}');
     QVERIFY(decoded);

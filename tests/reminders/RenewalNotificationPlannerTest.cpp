@@ -1,11 +1,10 @@
 #include "reminders/RenewalNotificationPlanner.h"
 
 #include "model/UuidText.h"
+#include "support/ProcessorTime.h"
 #include "support/SampleRecords.h"
 #include "support/TestMain.h"
 #include "support/TimeLimit.h"
-
-#include <QElapsedTimer>
 
 using namespace orbitledge;
 using namespace orbitledge::testing;
@@ -405,8 +404,7 @@ private Q_SLOTS:
         for (int i = 0; i < 10'000; ++i)
             subscriptions.append(renewing(
                 LocalDate::fromDaysSinceEpoch(LocalDate{2026, 3, 19}.daysSinceEpoch() + i % 366), i));
-        QElapsedTimer timer;
-        timer.start();
+        const WorkTimer timer;
         const auto planning = planReminders(
             subscriptions, settings(3), at("2026-03-18T12:00:00Z"), calendarIn("Europe/Berlin"), {});
         const qint64 elapsed = timer.elapsed();

@@ -55,4 +55,17 @@ inline std::chrono::nanoseconds workOfThisThread()
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+/// A stopwatch for work: it stops while the thread that made it has no processor or waits.
+class WorkTimer {
+public:
+    /// In milliseconds, since it was made.
+    [[nodiscard]] qint64 elapsed() const
+    {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(workOfThisThread() - m_start).count();
+    }
+
+private:
+    std::chrono::nanoseconds m_start = workOfThisThread();
+};
+
 } // namespace orbitledge::testing
