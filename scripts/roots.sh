@@ -43,13 +43,15 @@ new_root() {
 }
 
 # in_root ROOT COMMAND...: runs it there. What it starts and mounts ends with it. A folder named by LENT_CCACHE lies
-# there at /var/cache/ccache.
+# there at /var/cache/ccache. With OFFLINE=yes it has no network, and no X server of this machine in reach either.
 in_root() {
     local root=$1
     shift
+    local apart=(--mount --pid --fork --kill-child)
+    [[ "${OFFLINE:-}" != yes ]] || apart+=(--net)
     # $1 is the inner shell's
     # shellcheck disable=SC2016
-    unshare --mount --pid --fork --kill-child bash -ec '
+    unshare "${apart[@]}" bash -ec '
         mount --make-rprivate /
         mount -t proc proc "$1/proc"
         mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
