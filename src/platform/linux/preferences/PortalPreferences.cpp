@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 namespace orbitledge {
 
@@ -25,9 +26,9 @@ constexpr auto gnomeAccessGroup = "org.gnome.desktop.a11y.interface"_L1;
 /// A portal may have to be started first.
 constexpr auto patience = 10s;
 
-DesktopPreferences::Colors colorsOf(const QVariant &value)
+DesktopPreferences::Colors colorsOf(uint value)
 {
-    switch (value.toUInt()) {
+    switch (value) {
     case 1:
         return DesktopPreferences::Colors::Dark;
     case 2:
@@ -50,6 +51,8 @@ QCoro::Task<void> PortalPreferences::begin(QPointer<PortalPreferences> preferenc
     if (!hasBus || !preferences)
         co_return;
     QDBusConnection bus = QDBusConnection::sessionBus();
+    // The slot is looked for by the names of its types, and nothing may have named this one yet.
+    qRegisterMetaType<QDBusVariant>();
     // From whomever: to ask for the owner of the name would wait.
     bus.connect(QString(), path, interface, u"SettingChanged"_s, preferences,
         SLOT(settingChanged(QString, QString, QDBusVariant)));
@@ -66,43 +69,61 @@ QCoro::Task<void> PortalPreferences::read(QPointer<PortalPreferences> preference
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, u"ReadAll"_s);
     call << QStringList{QString(appearanceGroup), QString(gnomeGroup), QString(gnomeAccessGroup)};
     call.setAutoStartService(true);
-    const QDBusMessage answer = co_await callSessionBus(call, patience);
-    if (!preferences || answer.type() != QDBusMessage::ReplyMessage || answer.signature() != u"a{sa{sv}}")
+    ++preferences->m_readCount;
+    auto calling = callSessionBus(call, patience);
+    const QDBusMessage answer = co_await calling;
+    if (!preferences)
+        co_return;
+    const QList<Setting> toldMeanwhile = preferences->m_toldMeanwhile;
+    if (--preferences->m_readCount == 0)
+        preferences->m_toldMeanwhile.clear();
+    if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != u"a{sa{sv}}")
         co_return;
     const auto groups
         = qdbus_cast<QMap<QString, QVariantMap>>(answer.arguments().constFirst().value<QDBusArgument>());
-    bool isChanged = false;
+    // What it does not tell is not preferred, whatever another portal told before.
+    Look look;
     for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
         for (auto setting = group->cbegin(); setting != group->cend(); ++setting)
-            isChanged = preferences->take(group.key(), setting.key(), *setting) || isChanged;
+            take(look, {.group = group.key(), .key = setting.key(), .value = *setting});
     }
-    if (isChanged)
-        Q_EMIT preferences->changed();
+    for (const Setting &setting : toldMeanwhile)
+        take(look, setting);
+    preferences->show(look);
 }
 
-bool PortalPreferences::take(const QString &group, const QString &key, const QVariant &value)
+void PortalPreferences::take(Look &look, const Setting &setting)
 {
-    const auto replace
-        = [](auto &member, auto newValue) { return std::exchange(member, newValue) != newValue; };
-    if (group == appearanceGroup && key == u"color-scheme")
-        return replace(m_colors, colorsOf(value));
-    if (group == appearanceGroup && key == u"contrast")
-        return replace(m_increasesContrast, value.toUInt() == 1);
-    if (group == gnomeAccessGroup && key == u"high-contrast")
-        return replace(m_isGnomeHighContrast, value.toBool());
-    if (group == gnomeGroup && key == u"enable-animations")
-        return replace(m_reducesMotion, !value.toBool());
-    if (group == gnomeGroup && key == u"text-scaling-factor") {
+    const auto &[group, key, value] = setting;
+    if (group == appearanceGroup && key == u"color-scheme" && value.typeId() == QMetaType::UInt)
+        look.colors = colorsOf(value.toUInt());
+    if (group == appearanceGroup && key == u"contrast" && value.typeId() == QMetaType::UInt)
+        look.increasesContrast = value.toUInt() == 1;
+    if (group == gnomeAccessGroup && key == u"high-contrast" && value.typeId() == QMetaType::Bool)
+        look.isGnomeHighContrast = value.toBool();
+    if (group == gnomeGroup && key == u"enable-animations" && value.typeId() == QMetaType::Bool)
+        look.reducesMotion = !value.toBool();
+    if (group == gnomeGroup && key == u"text-scaling-factor" && value.typeId() == QMetaType::Double) {
         const double scale = value.toDouble();
-        return std::isfinite(scale) && scale > 0 && replace(m_textScale, scale);
+        if (std::isfinite(scale) && scale > 0)
+            look.textScale = scale;
     }
-    return false;
+}
+
+void PortalPreferences::show(const Look &look)
+{
+    if (std::exchange(m_look, look) != look)
+        Q_EMIT changed();
 }
 
 void PortalPreferences::settingChanged(const QString &group, const QString &key, const QDBusVariant &value)
 {
-    if (take(group, key, value.variant()))
-        Q_EMIT changed();
+    const Setting setting{.group = group, .key = key, .value = value.variant()};
+    if (m_readCount > 0)
+        m_toldMeanwhile.append(setting);
+    Look look = m_look;
+    take(look, setting);
+    show(look);
 }
 
 void PortalPreferences::ownerChanged(

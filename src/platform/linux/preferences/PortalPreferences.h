@@ -5,6 +5,7 @@
 #include <QCoroTask>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
+#include <QList>
 #include <QPointer>
 #include <QVariant>
 
@@ -21,30 +22,46 @@ class PortalPreferences final : public DesktopPreferences {
 public:
     PortalPreferences();
 
-    [[nodiscard]] Colors colors() const override { return m_colors; }
+    [[nodiscard]] Colors colors() const override { return m_look.colors; }
     [[nodiscard]] bool increasesContrast() const override
     {
-        return m_increasesContrast || m_isGnomeHighContrast;
+        return m_look.increasesContrast || m_look.isGnomeHighContrast;
     }
-    [[nodiscard]] bool reducesMotion() const override { return m_reducesMotion; }
-    [[nodiscard]] double textScale() const override { return m_textScale; }
+    [[nodiscard]] bool reducesMotion() const override { return m_look.reducesMotion; }
+    [[nodiscard]] double textScale() const override { return m_look.textScale; }
 
 private:
+    struct Look {
+        Colors colors = Colors::NoPreference;
+        bool increasesContrast = false;
+        bool isGnomeHighContrast = false;
+        bool reducesMotion = false;
+        double textScale = 1;
+
+        bool operator==(const Look &) const = default;
+    };
+    struct Setting {
+        QString group;
+        QString key;
+        QVariant value;
+    };
+
     static QCoro::Task<void> begin(QPointer<PortalPreferences> preferences);
     static QCoro::Task<void> read(QPointer<PortalPreferences> preferences);
-    /// True where that is another value than before.
-    bool take(const QString &group, const QString &key, const QVariant &value);
+    /// Settings of a type that they do not have are passed over.
+    static void take(Look &look, const Setting &setting);
+    void show(const Look &look);
 
     // Called by the bus.
     Q_SLOT void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
     Q_SLOT void ownerChanged(const QString &service, const QString &oldOwner, const QString &newOwner);
 
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
-    Colors m_colors = Colors::NoPreference;
-    bool m_increasesContrast = false;
-    bool m_isGnomeHighContrast = false;
-    bool m_reducesMotion = false;
-    double m_textScale = 1;
+    Look m_look;
+    int m_readCount = 0;
+    /// What was told while an answer was waited for. The answer may be handed on later than what came after
+    /// it.
+    QList<Setting> m_toldMeanwhile;
 };
 
 } // namespace orbitledge
