@@ -43,6 +43,8 @@ public:
     [[nodiscard]] DesktopLab &lab() { return m_lab; }
     [[nodiscard]] XfceDesk &desk() { return m_desk; }
     [[nodiscard]] DemoService &service() { return m_service; }
+    /// Of what is started from now on.
+    [[nodiscard]] QProcessEnvironment &environment() { return m_environment; }
     [[nodiscard]] const QProcessEnvironment &environment() const { return m_environment; }
 
     /// For what is started from now on.
@@ -66,11 +68,15 @@ public:
     }
 
     /// As people start it: by the program that turns into the one with windows.
-    void start(const QStringList &arguments = {})
+    /// What it says on its standard error goes to a file where one is named.
+    void start(const QStringList &arguments = {}, const QString &errorFile = {})
     {
         m_program = std::make_unique<QProcess>();
         m_program->setProcessEnvironment(m_environment);
-        m_program->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        if (errorFile.isEmpty())
+            m_program->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        else
+            m_program->setStandardErrorFile(errorFile);
         m_program->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
         m_program->start(QStringLiteral(ORBITLEDGE_PROGRAM), arguments);
         if (!m_program->waitForStarted())

@@ -426,12 +426,15 @@ void ScreenReader::awaitGone(const QString &role, const QString &name, const QSt
 
 Accessible ScreenReader::focused()
 {
+    Accessible found;
     for (const Accessible &accessible : read()) {
-        if (accessible.is(u"focused") && accessible.role != u"frame" && accessible.role != u"window"
-            && accessible.role != u"dialog")
-            return accessible;
+        const bool isWindow = accessible.role == u"frame" || accessible.role == u"window"
+            || accessible.role == u"dialog" || accessible.role == u"alert";
+        // What hands the keyboard on to something within it says that it has it, too.
+        if (accessible.is(u"focused") && !isWindow)
+            found = accessible;
     }
-    return {};
+    return found;
 }
 
 Accessible ScreenReader::awaitFocus(const QString &role, const QString &name)

@@ -1,13 +1,11 @@
 #include "ui/panel/ErrorLine.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/ThemedLabel.h"
 #include "ui/kit/Typography.h"
 #include "ui/panel/SymbolView.h"
 
-#include <QAccessible>
 #include <QHBoxLayout>
-
-#include <utility>
 
 namespace orbitledge::ui {
 
@@ -31,7 +29,6 @@ bool ErrorLine::setMessage(const std::optional<QString> &message)
     if (message == m_message)
         return false;
     m_message = message;
-    m_isTold = false;
     m_text->setText(message.value_or(QString()));
     setAccessibleName(message ? m_introduction + *message : QString());
     setVisible(message.has_value());
@@ -42,20 +39,8 @@ void ErrorLine::announce()
 {
     if (!m_message)
         return;
-    QAccessibleEvent alert(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
-    // Which the toolkit does not hand on everywhere; an alert that appears is read out everywhere.
-    if (!std::exchange(m_isTold, false)) {
-        QAccessibleEvent appearance(this, QAccessible::ObjectShow);
-        QAccessible::updateAccessibility(&appearance);
-    }
+    ui::announce(*this, accessibleName());
     Q_EMIT announced(accessibleName());
-}
-
-void ErrorLine::showEvent(QShowEvent *event)
-{
-    Component::showEvent(event);
-    m_isTold = true;
 }
 
 void ErrorLine::measure()

@@ -36,14 +36,11 @@ Q_SIGNALS:
 
 protected:
     void measure() final;
-    void showEvent(QShowEvent *event) override;
 
 private:
     QString m_introduction;
     Look m_look;
     std::optional<QString> m_message;
-    /// The toolkit has just told that it appeared.
-    bool m_isTold = false;
     QHBoxLayout *m_row;
     ThemedLabel *m_text;
 };

@@ -8,6 +8,8 @@
 
 #include <QAccessibleWidget>
 
+#include <algorithm>
+
 namespace orbitledge::ui {
 
 namespace {
@@ -21,7 +23,51 @@ public:
     }
 
     int childCount() const override { return 0; }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        // Where there is no description the toolkit takes the tooltip, which may be the name once more.
+        const QString text = QAccessibleWidget::text(kind);
+        const bool isRepeated
+            = kind == QAccessible::Description && text == QAccessibleWidget::text(QAccessible::Name);
+        return isRepeated ? QString() : text;
+    }
 };
+
+/// What is in a list, from top to bottom. As parts of the widget the rows lie in the order in which they were
+/// needed, which changes while one scrolls.
+class ListContentInterface : public QAccessibleWidget {
+public:
+    explicit ListContentInterface(QWidget *viewport)
+        : QAccessibleWidget(viewport, QAccessible::Client)
+    {
+    }
+
+    int childCount() const override { return static_cast<int>(content().size()); }
+    QAccessibleInterface *child(int index) const override
+    {
+        return QAccessible::queryAccessibleInterface(content().value(index));
+    }
+    int indexOfChild(const QAccessibleInterface *child) const override
+    {
+        return child == nullptr ? -1 : static_cast<int>(content().indexOf(child->object()));
+    }
+
+private:
+    [[nodiscard]] QList<QWidget *> content() const
+    {
+        QList<QWidget *> parts = widget()->findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
+        parts.removeIf([](const QWidget *part) { return part->isHidden(); });
+        std::ranges::stable_sort(parts, {}, &QWidget::y);
+        return parts;
+    }
+};
+
+bool isContentOfList(QObject *object)
+{
+    const auto *const list = qobject_cast<SubscriptionList *>(object->parent());
+    return list != nullptr && list->viewport() == object;
+}
 
 class RowInterface : public QAccessibleWidget {
 public:
@@ -83,6 +129,8 @@ QAccessibleInterface *interfaceOf(const QString & /*className*/, QObject *object
         return new SingleInterface(error, QAccessible::AlertMessage);
     if (auto *const list = qobject_cast<SubscriptionList *>(object))
         return new QAccessibleWidget(list, QAccessible::List);
+    if (isContentOfList(object))
+        return new ListContentInterface(qobject_cast<QWidget *>(object));
     return nullptr;
 }
 

@@ -1,11 +1,10 @@
 #include "ui/panel/SessionRecoveryPanel.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/PlainButton.h"
 #include "ui/kit/PrimaryButton.h"
 #include "ui/kit/ThemedLabel.h"
 #include "ui/panel/SymbolView.h"
-
-#include <QAccessible>
 
 namespace orbitledge::ui {
 
@@ -59,8 +58,7 @@ void SessionRecoveryPanel::showEvent(QShowEvent *event)
 
 void SessionRecoveryPanel::announce()
 {
-    QAccessibleEvent event(m_message, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
+    ui::announce(*m_message, m_message->text());
 }
 
 } // namespace orbitledge::ui

@@ -29,6 +29,7 @@ SubscriptionList::SubscriptionList(RowActions actions, LogoImages *images, QWidg
     , m_actions(std::move(actions))
     , m_images(images)
 {
+    setAccessibleName(QStringLiteral("Subscriptions"));
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

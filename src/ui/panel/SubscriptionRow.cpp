@@ -223,6 +223,11 @@ bool SubscriptionRow::takeKey(QKeyEvent &event)
     case Qt::Key_Right:
         focusNextControl((event.key() == Qt::Key_Right) == (layoutDirection() == Qt::LeftToRight));
         return true;
+    case Qt::Key_F10:
+        // On keyboards without the other key; here the toolkit leaves it to us.
+        if (event.modifiers() != Qt::ShiftModifier)
+            return false;
+        [[fallthrough]];
     case Qt::Key_Menu:
         openContextMenu(mapToGlobal(rect().center()));
         return true;

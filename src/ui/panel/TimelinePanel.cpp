@@ -2,6 +2,7 @@
 
 #include "model/UuidText.h"
 #include "presentation/PanelScreen.h"
+#include "ui/kit/Accessibility.h"
 #include "ui/panel/Divider.h"
 #include "ui/panel/EmptyPanel.h"
 #include "ui/panel/LoadingPanel.h"
@@ -58,6 +59,9 @@ TimelinePanel::TimelinePanel(
     , m_updateRow(new PanelUpdateRow)
     , m_footer(new PanelFooter)
 {
+    // It has the keyboard before anybody presses a key.
+    setAccessibleRole(*this, QAccessible::Grouping);
+    setAccessibleName(u"Upcoming renewals"_s);
     // In large letters there may be room for no list between what stands above and below it.
     auto *const upper = new QWidget;
     auto *const upperColumn = columnOf(upper);

@@ -35,8 +35,8 @@ void AboutSettings::addUpdates()
 
     SettingsRow *const row = addRow();
     auto *const manner = new NoteLabel;
-    manner->setNote(u"Orbitledge checks for a new version on launch and roughly every six hours."_s);
     row->add(manner);
+    manner->setNote(u"Orbitledge checks for a new version on launch and roughly every six hours."_s);
     row->addButton(m_check);
     row->add(m_lastCheck);
     connect(m_check, &QAbstractButton::clicked, this, [this] {

@@ -1,8 +1,8 @@
 #include "ui/settings/NoteLabel.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/Typography.h"
 
-#include <QAccessible>
 #include <QEvent>
 
 namespace orbitledge::ui {
@@ -36,8 +36,9 @@ void NoteLabel::setNote(const std::optional<QString> &note)
     setVisible(!wanted.isEmpty());
     if (wanted.isEmpty() || !isVisible())
         return;
-    QAccessibleEvent news(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&news);
+    // What was there before the window was is no news.
+    if (isActiveWindow())
+        announce(*this, wanted);
     Q_EMIT arrived();
 }
 

@@ -57,8 +57,8 @@ void ReminderSettings::addLeadDays()
     auto *const row = new SettingsRow(u"Remind me"_s, m_leadDays);
     addRow(row);
     auto *const hour = new NoteLabel;
-    hour->setNote(u"Notifications are delivered at 09:00 local time."_s);
     row->add(hour);
+    hour->setNote(u"Notifications are delivered at 09:00 local time."_s);
     row->add(m_budget);
     connect(m_leadDays, &QSpinBox::valueChanged, this, [this](int days) {
         showLeadDays(days);

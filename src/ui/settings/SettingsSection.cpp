@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsSection.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/ThemedLabel.h"
 #include "ui/kit/Typography.h"
 #include "ui/settings/SettingsGroup.h"
@@ -19,6 +20,7 @@ SettingsSection::SettingsSection(const QString &heading, QWidget *parent)
     label->setHeading(true);
     m_layout->addWidget(label);
     m_layout->addWidget(m_group);
+    setAccessibleRole(*m_group, QAccessible::Grouping);
     m_group->setAccessibleName(heading);
     SettingsSection::measure();
 }

@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsView.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/Typography.h"
 #include "ui/panel/ScrollArea.h"
 #include "ui/settings/AboutSettings.h"
@@ -36,6 +37,7 @@ SettingsView::SettingsView(AppStore &store, const Locale &locale, const AboutPro
     auto *const all = new QVBoxLayout(this);
     all->setContentsMargins({});
     all->addWidget(m_scroll);
+    setAccessibleRole(*m_form, QAccessible::Grouping);
     m_form->setAccessibleName(QStringLiteral("Settings"));
     m_scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     add(new GeneralSettings(store));

@@ -1,5 +1,7 @@
 #include "ui/settings/SettingsWindow.h"
 
+#include "ui/kit/Accessibility.h"
+
 #include <QCursor>
 #include <QEvent>
 #include <QGuiApplication>
@@ -49,6 +51,7 @@ SettingsWindow::SettingsWindow(QWidget *content)
     : m_content(content)
 {
     setWindowTitle(u"Orbitledge Settings"_s);
+    setAccessibleRole(*this, QAccessible::Window);
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
         | Qt::WindowCloseButtonHint);
     setAttribute(Qt::WA_QuitOnClose, false);

@@ -1,5 +1,6 @@
 #include "ui/tray/PanelWindow.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/Drawing.h"
 #include "ui/kit/Palette.h"
 #include "ui/tray/Compositing.h"
@@ -74,6 +75,7 @@ PanelWindow::PanelWindow(QWidget *content)
     , m_edge(new Edge(*this))
 {
     setWindowTitle(u"Orbitledge"_s);
+    setAccessibleRole(*this, QAccessible::Window);
     setAttribute(Qt::WA_QuitOnClose, false);
     setFixedSize(panelSize);
     m_content->setParent(this);
