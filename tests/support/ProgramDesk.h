@@ -67,8 +67,8 @@ public:
             qFatal("signing in failed: %s", program.readAllStandardError().constData());
     }
 
-    /// As people start it: by the program that turns into the one with windows.
-    /// What it says on its standard error goes to a file where one is named.
+    /// As people start it: by the program that turns into the one with windows. What it says on its standard
+    /// error goes to a file where one is named.
     void start(const QStringList &arguments = {}, const QString &errorFile = {})
     {
         m_program = std::make_unique<QProcess>();
