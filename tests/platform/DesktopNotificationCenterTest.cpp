@@ -319,6 +319,43 @@ private Q_SLOTS:
         QCOMPARE(next.size(), 0);
     }
 
+    void shouldLeaveAClickToWhoHasShownItAsLongAsThatIsThere()
+    {
+        NotificationDesk desk("2026-03-18T08:00:00Z");
+        desk.display->ownSender = u":1.7"_s;
+        desk.startCenter();
+        desk.add({reminderAtOnce()});
+        desk.alarm->moveTo(at("2026-03-18T08:00:02Z"));
+        QTRY_VERIFY(desk.pending().isEmpty());
+        desk.settle();
+        desk.display->ownSender = u":1.8"_s;
+        desk.display->senders = {u":1.7"_s};
+        desk.startCenter();
+        desk.settle();
+        QSignalSpy chosen(desk.center.get(), &UserNotificationCenter::chosen);
+        Q_EMIT desk.display->chosen(1, {});
+        QCOMPARE(chosen.size(), 0);
+        desk.display->senders.clear();
+        Q_EMIT desk.display->chosen(1, {});
+        QCOMPARE(chosen.size(), 1);
+    }
+
+    void shouldSayWhetherSomethingIsDueForWhoDoesNotDeliver()
+    {
+        NotificationDesk desk("2026-03-18T07:00:00Z");
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18})});
+        QVERIFY(QCoro::waitFor(desk.center->save()));
+        desk.center.reset();
+        desk.makeCenter();
+        QVERIFY(!QCoro::waitFor(desk.center->prepareDelivery()));
+        desk.clock->set(at("2026-03-18T08:00:00Z"));
+        desk.unattended->arranged.clear();
+        QVERIFY(QCoro::waitFor(desk.center->prepareDelivery()));
+        QCOMPARE(desk.unattended->arranged.size(), 1);
+        QVERIFY(desk.display->shown.isEmpty());
+    }
+
     // ---- the clock ----
 
     void shouldFollowStepsOfTheClock_data()

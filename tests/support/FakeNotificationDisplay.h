@@ -43,6 +43,12 @@ public:
 
     [[nodiscard]] QString name() const override { return m_name; }
 
+    QString ownSender = QStringLiteral(":1.100");
+    /// Other processes that are there.
+    QStringList senders;
+    [[nodiscard]] QString sender() const override { return ownSender; }
+    QCoro::Task<bool> isSenderThere(QString sender) override { co_return senders.contains(sender); }
+
     QCoro::Task<std::optional<quint32>> show(NotificationContent content, quint32 replaced) override
     {
         if (!isThere)

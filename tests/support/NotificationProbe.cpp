@@ -113,6 +113,11 @@ public:
         m_step->come("after-show");
         co_return number;
     }
+    [[nodiscard]] QString sender() const override { return m_display.sender(); }
+    QCoro::Task<bool> isSenderThere(QString sender) override
+    {
+        return m_display.isSenderThere(std::move(sender));
+    }
     void close(quint32 number) override { m_display.close(number); }
 
 private:

@@ -121,6 +121,7 @@ public:
     static QCoro::Task<Result> save(Self self);
 
     static QCoro::Task<NotificationDelivery> deliverDue(Self self, milliseconds limit);
+    static QCoro::Task<bool> prepareDelivery(Self self);
     static QCoro::Task<Result> forget(Self self, QString prefix);
     static QCoro::Task<NotificationSettings> settings(Self self);
 
@@ -128,6 +129,10 @@ public:
     /// Once it is open.
     NotificationQueue &queue() { return m_queue; }
     void setAlarm();
+    [[nodiscard]] QList<ShownNotification> shown() const
+    {
+        return m_queue.freshlyShown(m_parts.display->name());
+    }
 
 private:
     static constexpr milliseconds longestPause = 1h;
@@ -139,6 +144,7 @@ private:
     /// shown.
     [[nodiscard]] std::optional<Instant> nextDelivery();
 
+    static QCoro::Task<void> choose(Self self, quint32 number, QString token);
     static QCoro::Task<void> openFile(Self self, milliseconds patience);
     static QCoro::Task<void> begin(Self self);
     static QCoro::Task<bool> deliver(Self self);
@@ -192,12 +198,28 @@ void DesktopNotificationCenter::State::start(const Self &self)
         if (m_isOpen)
             m_queue.recordClosed(m_parts.display->name(), number);
     });
-    connect(display, &NotificationDisplay::chosen, this, [this](quint32 number, const QString &token) {
-        const auto shown = m_queue.shown(m_parts.display->name(), number);
-        if (shown)
-            Q_EMIT m_center->chosen(shown->userInfo, token);
-    });
+    connect(display, &NotificationDisplay::chosen, this,
+        [weak = std::weak_ptr<State>(self)](quint32 number, const QString &token) {
+            if (const Self state = weak.lock())
+                choose(state, number, token);
+        });
     begin(self);
+}
+
+/// Some displays tell everybody of a click, and some the one who has shown it. So that it has one effect, it
+/// is for the one who has shown it, as long as that is there.
+QCoro::Task<void> DesktopNotificationCenter::State::choose(Self self, quint32 number, QString token)
+{
+    const auto shown = self->m_queue.shown(self->m_parts.display->name(), number);
+    if (!shown)
+        co_return;
+    if (!shown->isFresh && !shown->sender.isEmpty()) {
+        const bool isForAnother = co_await self->m_parts.display->isSenderThere(shown->sender);
+        if (isForAnother)
+            co_return;
+    }
+    if (!self->isClosed())
+        Q_EMIT self->m_center->chosen(shown->userInfo, token);
 }
 
 void DesktopNotificationCenter::State::close()
@@ -400,7 +422,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::showBatch(Self self, Notific
     const auto number = co_await display.show(batch.content, isReplacing ? batch.replaced->number : 0);
     if (!number)
         co_return false;
-    const bool isWanted = self->m_queue.recordShown(batch, self->now(), name, *number);
+    const bool isWanted = self->m_queue.recordShown(batch, self->now(), name, *number, display.sender());
     if (!isWanted && display.name() == name)
         display.close(*number);
     co_return true;
@@ -442,6 +464,15 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
         co_await arrangeUnattended(self, self->nextDelivery());
     }
     co_return isDone ? NotificationDelivery::Done : NotificationDelivery::NoDisplay;
+}
+
+QCoro::Task<bool> DesktopNotificationCenter::State::prepareDelivery(Self self)
+{
+    const bool isOpen = co_await opened(self, 0ms);
+    if (!isOpen)
+        co_return false;
+    co_await arrangeUnattended(self, self->nextDelivery());
+    co_return self->m_queue.hasDue(self->now());
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
@@ -502,6 +533,16 @@ void DesktopNotificationCenter::start()
 QCoro::Task<NotificationDelivery> DesktopNotificationCenter::deliverDue(milliseconds limit)
 {
     return State::deliverDue(m_state, limit);
+}
+
+QCoro::Task<bool> DesktopNotificationCenter::prepareDelivery()
+{
+    return State::prepareDelivery(m_state);
+}
+
+QList<ShownNotification> DesktopNotificationCenter::shown() const
+{
+    return m_state->shown();
 }
 
 QCoro::Task<NotificationSettings> DesktopNotificationCenter::settings()

@@ -6,6 +6,7 @@
 #include "platform/UserNotificationCenter.h"
 #include "platform/WallClockAlarm.h"
 #include "platform/linux/notifications/NotificationDisplay.h"
+#include "platform/linux/notifications/NotificationQueue.h"
 #include "platform/linux/notifications/NotificationSwitches.h"
 #include "platform/linux/notifications/UnattendedDelivery.h"
 
@@ -53,6 +54,14 @@ public:
     /// Shows what is due, without `start`, and has the next delivery started. Ends after `limit`. Where the
     /// person switched the program's notifications off, nothing is shown.
     QCoro::Task<NotificationDelivery> deliverDue(std::chrono::milliseconds limit);
+
+    /// For a process that does not deliver: has the next delivery started, and tells whether something is due
+    /// already. By then nothing else of this is under way.
+    QCoro::Task<bool> prepareDelivery();
+
+    /// What this process has shown and is shown yet, as far as is known, for who follows the clicks on it
+    /// when this one has gone.
+    [[nodiscard]] QList<ShownNotification> shown() const;
 
     QCoro::Task<NotificationSettings> settings() override;
     QCoro::Task<tl::expected<bool, NotificationError>> requestAuthorization(

@@ -11,6 +11,7 @@ DesktopNotificationDisplay::DesktopNotificationDisplay(
     : m_daemon(std::make_shared<NotificationDaemon>(std::move(sender), patience))
 {
     connect(m_daemon.get(), &NotificationDaemon::appeared, this, &NotificationDisplay::appeared);
+    connect(m_daemon.get(), &NotificationDaemon::gone, this, &NotificationDisplay::gone);
     connect(m_daemon.get(), &NotificationDaemon::chosen, this, &NotificationDisplay::chosen);
     connect(m_daemon.get(), &NotificationDaemon::closed, this, &NotificationDisplay::closed);
 }
@@ -29,6 +30,16 @@ QCoro::Task<std::optional<quint32>> DesktopNotificationDisplay::show(
     NotificationContent content, quint32 replaced)
 {
     return NotificationDaemon::show(m_daemon, std::move(content), replaced);
+}
+
+QString DesktopNotificationDisplay::sender() const
+{
+    return m_daemon->sender();
+}
+
+QCoro::Task<bool> DesktopNotificationDisplay::isSenderThere(QString sender)
+{
+    return NotificationDaemon::isSenderThere(m_daemon, std::move(sender));
 }
 
 void DesktopNotificationDisplay::close(quint32 number)

@@ -22,6 +22,8 @@ public:
     QCoro::Task<bool> awaken() override;
     [[nodiscard]] QString name() const override;
     QCoro::Task<std::optional<quint32>> show(NotificationContent content, quint32 replaced) override;
+    [[nodiscard]] QString sender() const override;
+    QCoro::Task<bool> isSenderThere(QString sender) override;
     void close(quint32 number) override;
 
 private:

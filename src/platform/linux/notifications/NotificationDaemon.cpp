@@ -84,6 +84,20 @@ QCoro::Task<std::optional<quint32>> NotificationDaemon::show(
     co_return number;
 }
 
+QString NotificationDaemon::sender() const
+{
+    return m_isListening ? QDBusConnection::sessionBus().baseService() : QString();
+}
+
+QCoro::Task<bool> NotificationDaemon::isSenderThere(
+    std::shared_ptr<NotificationDaemon> daemon, QString sender)
+{
+    QDBusMessage ask = busMethod(u"NameHasOwner"_s);
+    ask << sender;
+    const QDBusMessage answer = co_await callSessionBus(ask, daemon->m_patience);
+    co_return answer.arguments().value(0).toBool();
+}
+
 void NotificationDaemon::close(quint32 number) const
 {
     if (m_owner.isEmpty())
@@ -107,6 +121,8 @@ void NotificationDaemon::listen()
         SLOT(activationToken(uint, QString, QDBusMessage)));
     bus.connect(anybody, objectPath, serviceName, u"NotificationClosed"_s, this,
         SLOT(notificationClosed(uint, uint, QDBusMessage)));
+    bus.connect(anybody, u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
+        this, SLOT(ownerLost()));
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &NotificationDaemon::followOwner);
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     m_watcher.setConnection(bus);
@@ -116,10 +132,18 @@ void NotificationDaemon::listen()
 void NotificationDaemon::followOwner(
     const QString & /*service*/, const QString & /*oldOwner*/, const QString &newOwner)
 {
-    m_owner.clear();
-    m_name.clear();
+    ownerLost();
     if (!newOwner.isEmpty())
         Q_EMIT appeared();
+}
+
+void NotificationDaemon::ownerLost()
+{
+    const bool hadOne = !m_owner.isEmpty();
+    m_owner.clear();
+    m_name.clear();
+    if (hadOne)
+        Q_EMIT gone();
 }
 
 QList<QVariant> NotificationDaemon::arguments(const NotificationContent &content, quint32 replaced) const

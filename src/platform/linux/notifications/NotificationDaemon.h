@@ -28,6 +28,8 @@ public:
     static QCoro::Task<bool> awaken(std::shared_ptr<NotificationDaemon> daemon);
     static QCoro::Task<std::optional<quint32>> show(
         std::shared_ptr<NotificationDaemon> daemon, NotificationContent content, quint32 replaced);
+    [[nodiscard]] QString sender() const;
+    static QCoro::Task<bool> isSenderThere(std::shared_ptr<NotificationDaemon> daemon, QString sender);
     void close(quint32 number) const;
     [[nodiscard]] const QString &name() const { return m_name; }
 
@@ -35,6 +37,7 @@ Q_SIGNALS:
     void appeared();
     void chosen(quint32 number, const QString &activationToken);
     void closed(quint32 number);
+    void gone();
 
 private:
     void listen();
@@ -45,6 +48,7 @@ private:
     // Called by the bus.
     Q_SLOT void actionInvoked(uint number, const QString &action, const QDBusMessage &message);
     Q_SLOT void activationToken(uint number, const QString &token, const QDBusMessage &message);
+    Q_SLOT void ownerLost();
     Q_SLOT void notificationClosed(uint number, uint reason, const QDBusMessage &message);
 
     NotificationSender m_sender;

@@ -30,12 +30,19 @@ public:
         NotificationContent content, quint32 replaced)
         = 0;
 
+    /// As whom this process shows, on the same bus: another name for each process. Empty before `awaken`.
+    [[nodiscard]] virtual QString sender() const = 0;
+    /// Is the process still there that shows as this one?
+    [[nodiscard]] virtual QCoro::Task<bool> isSenderThere(QString sender) = 0;
+
     /// Takes one back; no error where it is not there any more.
     virtual void close(quint32 number) = 0;
 
 Q_SIGNALS:
     /// There is one, or another one, which was not awakened yet.
     void appeared();
+    /// It has gone, and what it showed with it.
+    void gone();
     /// A person chose the notification of that number. Also those of other programs: who listens has to know
     /// the own ones.
     void chosen(quint32 number, const QString &activationToken);

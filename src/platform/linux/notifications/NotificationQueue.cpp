@@ -99,7 +99,7 @@ bool NotificationQueue::add(NotificationRequest request, Instant now)
     } else if (plus(added.due, std::chrono::minutes(1)) <= now) {
         return true; // its minute is over
     }
-    if (m_delivered.contains(request.identifier) && freshlyShown(request.identifier) == nullptr)
+    if (m_delivered.contains(request.identifier) && freshlyShownAlone(request.identifier) == nullptr)
         return true; // nobody is told twice
     added.request = std::move(request);
     added.serial = ++m_lastSerial;
@@ -151,7 +151,7 @@ void NotificationQueue::expire(Instant now, const LocalDate &today)
     std::erase_if(m_queued, [&](const QueuedNotification &queued) {
         const auto &[identifier, content, trigger, lastDay] = queued.request;
         const bool isOver = lastDay && *lastDay < today;
-        const bool wasTold = m_delivered.contains(identifier) && freshlyShown(identifier) == nullptr;
+        const bool wasTold = m_delivered.contains(identifier) && freshlyShownAlone(identifier) == nullptr;
         return queued.due <= now && (isOver || wasTold);
     });
     m_delivered.removeIf([&](const auto &entry) {
@@ -185,7 +185,7 @@ std::optional<NotificationBatch> NotificationQueue::nextBatch(Instant now, Insta
     } else {
         late = {due.front()};
         batch.content = due.front()->request.content;
-        if (const auto *const shown = freshlyShown(due.front()->request.identifier))
+        if (const auto *const shown = freshlyShownAlone(due.front()->request.identifier))
             batch.replaced = *shown;
     }
     for (const QueuedNotification *const queued : late) {
@@ -195,8 +195,8 @@ std::optional<NotificationBatch> NotificationQueue::nextBatch(Instant now, Insta
     return batch;
 }
 
-bool NotificationQueue::recordShown(
-    const NotificationBatch &batch, Instant now, const QString &display, quint32 number)
+bool NotificationQueue::recordShown(const NotificationBatch &batch, Instant now, const QString &display,
+    quint32 number, const QString &sender)
 {
     // Another one may have been added under the same identifier meanwhile: it will replace the text.
     QStringList wanted;
@@ -217,7 +217,7 @@ bool NotificationQueue::recordShown(
     recordClosed(display, number);
     if (batch.replaced)
         recordClosed(batch.replaced->display, batch.replaced->number);
-    m_shown.push_back({display, number, wanted, batch.content.userInfo, true});
+    m_shown.push_back({display, number, wanted, batch.content.userInfo, true, sender});
     return true;
 }
 
@@ -226,6 +226,16 @@ std::optional<ShownNotification> NotificationQueue::shown(const QString &display
     const auto found = std::ranges::find_if(m_shown,
         [&](const ShownNotification &shown) { return shown.display == display && shown.number == number; });
     return found == m_shown.end() ? std::nullopt : std::optional(*found);
+}
+
+QList<ShownNotification> NotificationQueue::freshlyShown(const QString &display) const
+{
+    QList<ShownNotification> list;
+    for (const ShownNotification &shown : m_shown) {
+        if (shown.isFresh && shown.display == display)
+            list.append(shown);
+    }
+    return list;
 }
 
 void NotificationQueue::recordClosed(const QString &display, quint32 number)
@@ -239,7 +249,7 @@ void NotificationQueue::recordDisplay(const QString &display)
     std::erase_if(m_shown, [&](const ShownNotification &shown) { return shown.display != display; });
 }
 
-const ShownNotification *NotificationQueue::freshlyShown(const QString &identifier) const
+const ShownNotification *NotificationQueue::freshlyShownAlone(const QString &identifier) const
 {
     const auto found = std::ranges::find_if(m_shown, [&identifier](const ShownNotification &shown) {
         return shown.isFresh && shown.identifiers == QStringList{identifier};

@@ -22,6 +22,8 @@ struct ShownNotification {
     QMap<QString, QString> userInfo;
     /// In this run of the program, and not closed since as far as is known.
     bool isFresh = false;
+    /// The process that has shown it, as the display's bus knows it; empty where that is not known.
+    QString sender;
 
     friend bool operator==(const ShownNotification &, const ShownNotification &) = default;
 };
@@ -100,10 +102,13 @@ public:
     [[nodiscard]] std::optional<NotificationBatch> nextBatch(Instant now, Instant startOfRun) const;
 
     /// A batch was shown. False where nothing of it is wanted any more: then it should be taken back.
-    bool recordShown(const NotificationBatch &batch, Instant now, const QString &display, quint32 number);
+    bool recordShown(const NotificationBatch &batch, Instant now, const QString &display, quint32 number,
+        const QString &sender = {});
 
     /// The one with that number, if it is ours.
     [[nodiscard]] std::optional<ShownNotification> shown(const QString &display, quint32 number) const;
+    /// All of this run that this display shows.
+    [[nodiscard]] QList<ShownNotification> freshlyShown(const QString &display) const;
     [[nodiscard]] bool hasShown() const { return !m_shown.empty(); }
     void recordClosed(const QString &display, quint32 number);
     /// Keeps those alone that this one shows: the others ended, and their notifications with them.
@@ -112,7 +117,7 @@ public:
     friend bool operator==(const NotificationQueue &, const NotificationQueue &) = default;
 
 private:
-    [[nodiscard]] const ShownNotification *freshlyShown(const QString &identifier) const;
+    [[nodiscard]] const ShownNotification *freshlyShownAlone(const QString &identifier) const;
 
     std::vector<QueuedNotification> m_queued;
     QHash<QString, DeliveredNotification> m_delivered;

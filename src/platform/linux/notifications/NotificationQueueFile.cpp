@@ -145,6 +145,7 @@ std::optional<ShownNotification> decodedShown(const QJsonObject &object)
     for (const QJsonValue identifier : object[u"identifiers"_s].toArray())
         shown.identifiers.append(identifier.toString());
     shown.userInfo = userInfo(object[u"userInfo"_s]);
+    shown.sender = object[u"sender"_s].toString();
     if (!number || shown.display.isEmpty() || shown.identifiers.isEmpty())
         return std::nullopt;
     shown.number = static_cast<quint32>(*number);
@@ -175,6 +176,7 @@ QByteArray NotificationQueue::encoded() const
             {u"number"_s, static_cast<qint64>(notification.number)},
             {u"identifiers"_s, QJsonArray::fromStringList(notification.identifiers)},
             {u"userInfo"_s, orbitledge::encoded(notification.userInfo)},
+            {u"sender"_s, notification.sender},
         });
     }
     return QJsonDocument(QJsonObject{
