@@ -1,7 +1,13 @@
 #include "BuildInfo.h"
+#include "composition/ProgramLocks.h"
+#include "composition/SessionCommand.h"
 #include "composition/SystemParts.h"
 #include "composition/logos/SystemLogos.h"
+#include "platform/Completion.h"
+#include "platform/OneShot.h"
 #include "platform/linux/StandardDescriptors.h"
+#include "platform/linux/application/DesktopApplication.h"
+#include "platform/linux/application/RunningApplication.h"
 #include "platform/linux/preferences/PortalPreferences.h"
 #include "ui/OrbitledgeApp.h"
 #include "ui/kit/FontConfiguration.h"
@@ -10,10 +16,14 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QDeadlineTimer>
 #include <QIcon>
 #include <QLoggingCategory>
 
+#include <chrono>
 #include <iostream>
+#include <memory>
+#include <optional>
 #include <string_view>
 
 using namespace orbitledge;
@@ -62,10 +72,97 @@ int tellOfTray()
     return 0;
 }
 
+/// What this start is for; absent where nothing is to be shown, as at login.
+std::optional<ApplicationAction> actionOf(const QStringList &arguments)
+{
+    if (arguments.contains(u"--background"_s))
+        return std::nullopt;
+    for (const ApplicationAction action :
+        {ApplicationAction::QuickAdd, ApplicationAction::Settings, ApplicationAction::Quit}) {
+        if (arguments.contains(u"--"_s + nameOf(action)))
+            return action;
+    }
+    return ApplicationAction::Open;
+}
+
+/// The desktop's word that a person asked for this start, before the toolkit takes it for its own windows.
+QString ownActivationToken()
+{
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    return token.isEmpty() ? qEnvironmentVariable("DESKTOP_STARTUP_ID") : token;
+}
+
+QCoro::Task<void> pause()
+{
+    constexpr auto duration = std::chrono::milliseconds(50);
+    OneShot<bool> never;
+    (void)co_await never.settledWithin(duration);
+}
+
+/// The lock beside the name on the bus, for a machine without one. Who is just about to end still has it for
+/// a moment. Absent where another program keeps it.
+QCoro::Task<ProgramLocks::Attempt> takeInstance()
+{
+    const QDeadlineTimer deadline(std::chrono::seconds(3));
+    while (true) {
+        ProgramLocks::Attempt attempt = ProgramLocks::takeInstance();
+        if (!attempt || *attempt || deadline.hasExpired())
+            co_return attempt;
+        co_await pause();
+    }
+}
+
+/// How this process begins: as the one that runs, or, with the status that it ends with, as another.
+QCoro::Task<std::optional<int>> claim(
+    std::shared_ptr<DesktopApplication> service, std::optional<ApplicationAction> action, QString token)
+{
+    const RunningApplication running(QString::fromLatin1(build::applicationId));
+    while (true) {
+        const DesktopApplication::Claim end = co_await service->claim();
+        if (end != DesktopApplication::Claim::Elsewhere)
+            break;
+        if (!action)
+            co_return 0;
+        auto asking = running.request(*action, token);
+        const auto heard = co_await asking;
+        if (!heard)
+            co_return fail(heard.error());
+        if (*heard)
+            co_return 0;
+        co_await pause(); // it has just ended
+    }
+    if (action == ApplicationAction::Quit)
+        co_return 0;
+    co_return std::nullopt;
+}
+
+/// That the session is this program's, and from when on.
+struct SessionTurn {
+    std::optional<ProcessLock> lock;
+    std::shared_ptr<Completion> begins = std::make_shared<Completion>();
+};
+
+/// The session is another process's as long as that is at work on it.
+QCoro::Task<void> takeSession(SystemParts parts, std::shared_ptr<AppStore> store,
+    std::shared_ptr<DesktopApplication> service, std::shared_ptr<SessionTurn> turn)
+{
+    ProgramLocks::Attempt attempt = ProgramLocks::takeSession();
+    while (attempt && !*attempt) {
+        co_await pause();
+        attempt = ProgramLocks::takeSession();
+    }
+    if (attempt)
+        turn->lock = *std::move(attempt);
+    parts.notifications->start();
+    service->serve(parts.makeSession(store), sessionPlace(parts.api));
+    turn->begins->complete();
+}
+
 } // namespace
 
-/// The program with windows, which orbitledge turns into. Besides --background it takes --picture FILE, and
-/// alone --tray-of-x11, which tells in a word whether the X server has a tray.
+/// The program with windows, which orbitledge turns into. It takes one of --background, --quick-add,
+/// --settings and --quit, or --picture FILE, and alone --tray-of-x11, which tells in a word whether the X server
+/// has a tray.
 int main(int argc, char **argv)
 {
     occupyStandardDescriptors();
@@ -73,6 +170,7 @@ int main(int argc, char **argv)
         return tellOfTray();
     std::jthread readingFonts = readFontConfiguration();
     QLoggingCategory::setFilterRules(u"*.debug=false\nqt.*=false"_s);
+    const QString token = ownActivationToken();
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Orbitledge"_s);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
@@ -85,15 +183,27 @@ int main(int argc, char **argv)
     const QStringList arguments = QCoreApplication::arguments();
     // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
     const qsizetype picture = arguments.indexOf(u"--picture"_s);
-    const auto parts = SystemParts::make(picture < 0 ? Presence::Resident : Presence::Short);
+    if (picture >= 0) {
+        const auto parts = SystemParts::make(Presence::Short);
+        return parts ? drawPicture(*parts, arguments.value(picture + 1)) : fail(parts.error());
+    }
+    const std::optional<ApplicationAction> action = actionOf(arguments);
+    const auto service = std::make_shared<DesktopApplication>(QString::fromLatin1(build::applicationId));
+    if (const std::optional<int> end = QCoro::waitFor(claim(service, action, token)))
+        return *end;
+    const ProgramLocks::Attempt instance = QCoro::waitFor(takeInstance());
+    if (instance && !*instance)
+        return action ? fail(u"Orbitledge is running already, but cannot be reached over the session bus."_s)
+                      : 0;
+
+    const auto parts = SystemParts::make(Presence::Resident);
     if (!parts)
         return fail(parts.error());
     readingFonts.join();
-    if (picture >= 0)
-        return drawPicture(*parts, arguments.value(picture + 1));
-    parts->notifications->start();
+    const auto store = std::make_shared<AppStore>(parts->store, parts->identity);
+    const auto turn = std::make_shared<SessionTurn>();
     OrbitledgeApp app({
-        .store = std::make_shared<AppStore>(parts->store, parts->identity),
+        .store = store,
         .settings = parts->store.settings,
         .notifications = parts->notifications,
         .workspace = parts->store.workspace,
@@ -109,9 +219,16 @@ int main(int argc, char **argv)
         },
         .notice = noticeFor(QDBusConnection::sessionBus()),
         .desktop = qgetenv("XDG_CURRENT_DESKTOP"),
+        .turn = turn->begins,
     });
     QObject::connect(&app, &OrbitledgeApp::quitRequested, &application, &QCoreApplication::quit);
-    const bool isInBackground = arguments.contains(u"--background"_s);
-    app.launch(isInBackground ? OrbitledgeApp::Start::Background : OrbitledgeApp::Start::Open);
+    QObject::connect(service.get(), &ApplicationService::requested, &app, &OrbitledgeApp::perform);
+    QObject::connect(service.get(), &ApplicationService::pageRequested, &app, &OrbitledgeApp::openPage);
+    app.launch(OrbitledgeApp::Start::Background);
+    takeSession(*parts, store, service, turn);
+    // Of its own start the toolkit has the token.
+    if (action)
+        app.perform(*action, QString());
+    service->begin();
     return QCoreApplication::exec();
 }

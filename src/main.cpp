@@ -1,8 +1,8 @@
 #include "cli/CommandLine.h"
 #include "composition/OwnFiles.h"
+#include "composition/SessionCommand.h"
 #include "composition/SystemDiagnosis.h"
 #include "composition/SystemParts.h"
-#include "logos/cache/LogoCache.h"
 #include "platform/linux/InstalledPrograms.h"
 #include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
@@ -53,28 +53,16 @@ NotificationDelivery deliverReminders(int argc, char **argv)
 {
     silenceLibraries();
     const QCoreApplication application(argc, argv);
-    const auto notifications = SystemParts::makeNotifications(Presence::Short);
+    const auto notifications
+        = SystemParts::makeNotifications(SystemParts::makeNotificationDisplay(Presence::Short));
     return QCoro::waitFor(notifications->deliverDue(deliveryLimit));
 }
 
-tl::expected<ExitCode, QString> withStore(int argc, char **argv, const StoreCommand &command)
+tl::expected<SessionOutcome, QString> performWithEvents(int argc, char **argv, SessionRequest request)
 {
     silenceLibraries();
     const QCoreApplication application(argc, argv);
-    auto parts = SystemParts::make(Presence::Short);
-    if (!parts)
-        return tl::make_unexpected(std::move(parts.error()));
-    auto store = std::make_shared<AppStore>(parts->store, parts->identity);
-    QObject::connect(store.get(), &AppStore::forgotten, store.get(), [] {
-        const XdgDirectories directories([](const char *name) { return qgetenv(name); });
-        LogoCache(LogoCache::defaultLocation(directories), std::make_shared<PosixFileStore>()).clear();
-    });
-    const ExitCode end
-        = QCoro::waitFor(command({store, parts->store.cache, parts->store.notifier, parts->credentials}));
-    // What is due today is shown today, and this process does not stay for what comes later.
-    if (end == ExitCode::Success)
-        (void)QCoro::waitFor(parts->notifications->deliverDue(deliveryLimit));
-    return end;
+    return QCoro::waitFor(performSession(std::move(request)));
 }
 
 Findings lookAround(int argc, char **argv)
@@ -121,7 +109,8 @@ Environment systemEnvironment(int argc, char **argv)
         .readStandardInput = [] { return PosixFileStore::readDescriptor(STDIN_FILENO); },
         .readPassword
         = [](const QString &prompt) { return readPassword(STDIN_FILENO, prompt.toLocal8Bit()); },
-        .withStore = [argc, argv](const StoreCommand &command) { return withStore(argc, argv, command); },
+        .performSession
+        = [argc, argv](SessionRequest request) { return performWithEvents(argc, argv, std::move(request)); },
         .deliverReminders = [argc, argv] { return deliverReminders(argc, argv); },
         .lookAround = [argc, argv] { return lookAround(argc, argv); },
         .becomeDesktop = becomeDesktop,

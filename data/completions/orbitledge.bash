@@ -4,7 +4,7 @@ _orbitledge() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline status reminders deliver-reminders sign-out doctor --background --help --version' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline status reminders deliver-reminders sign-out doctor --background --quick-add --settings --quit --help --version' -- "$word")
         return
     fi
     if [[ ${COMP_WORDS[1]} =~ ^(sign-in|refresh|deliver-reminders|sign-out)$ ]]; then

@@ -20,7 +20,7 @@ ExitCode runCommandLine(std::span<const QByteArray> words, const Environment &en
         return runPanel(words, environment);
     const QByteArray &command = words.front();
     const auto rest = words.subspan(1);
-    if (command == "--background")
+    if (isPanelOption(command))
         return runPanel(words, environment);
     if (command == "timeline")
         return runTimeline(rest, environment);

@@ -3,11 +3,9 @@
 #include "platform/Clock.h"
 #include "platform/Diagnosis.h"
 #include "platform/FileStore.h"
+#include "platform/SessionService.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotificationCenter.h"
-#include "reminders/RenewalNotifier.h"
-#include "service/SessionCredentialStoring.h"
-#include "state/AppStore.h"
 
 #include <QByteArray>
 
@@ -22,17 +20,6 @@ namespace orbitledge {
 /// What a command ends with.
 enum class ExitCode { Success = 0, Failure = 1, Usage = 2 };
 
-/// The program's state, and those of its parts that can be asked what the state does not tell.
-struct StoreAccess {
-    std::shared_ptr<AppStore> store;
-    std::shared_ptr<SnapshotCache> cache;
-    std::shared_ptr<RenewalNotifier> notifier;
-    std::shared_ptr<SessionCredentialStoring> credentials;
-};
-
-/// The part of a command that works with the store.
-using StoreCommand = std::function<QCoro::Task<ExitCode>(StoreAccess)>;
-
 /// Everything of the machine that a command uses, handed in so that commands can be tried without one.
 struct Environment {
     std::shared_ptr<const Clock> clock;
@@ -46,9 +33,9 @@ struct Environment {
     /// From the terminal without echo, with this text before it, or all of standard input where that is no
     /// terminal; the line's end included. On failure a reason for people.
     std::function<tl::expected<QByteArray, QString>(const QString &prompt)> readPassword;
-    /// Runs the command with an event loop and a store that works with the service at the addresses that are
-    /// in force. On failure why there is none, for people; then nothing was run.
-    std::function<tl::expected<ExitCode, QString>(const StoreCommand &)> withStore;
+    /// Has the one who is in charge of the session do it: the program that runs, or this process, with an
+    /// event loop of its own. On failure why nobody could, for people.
+    std::function<tl::expected<SessionOutcome, QString>(SessionRequest)> performSession;
     /// Shows the reminders that are due, with an event loop of its own.
     std::function<NotificationDelivery()> deliverReminders;
     /// What the machine and the desktop offer, asked with an event loop of its own.

@@ -4,7 +4,7 @@ namespace orbitledge {
 
 QString generalHelp()
 {
-    return QStringLiteral(R"(Usage: orbitledge [--background]
+    return QStringLiteral(R"(Usage: orbitledge [--background | --quick-add | --settings | --quit]
        orbitledge COMMAND [OPTION]...
 Shows what your subscriptions are about to charge: without a command in the
 panel, with an icon in the tray.
@@ -22,6 +22,9 @@ Commands:
 
 Options:
   --background  start with the icon only, as at login
+  --quick-add   open the panel with the form for adding a subscription
+  --settings    open the settings
+  --quit        end the program that runs
   -h, --help    print this help, or that of a command
   --version     print the version
 
@@ -105,10 +108,11 @@ is wrong.
 QString deliverRemindersHelp()
 {
     return QStringLiteral(R"(Usage: orbitledge deliver-reminders
-Shows the reminders that are due on your desktop, and ends. Where systemd runs
-for you, a timer of its calls this while Orbitledge is not running. Each
-reminder is shown once, whoever shows it; where Orbitledge is running, this does
-nothing.
+Shows the reminders that are due on your desktop, and ends; a part of it stays
+in the background for a day, or as long as they are shown, and starts Orbitledge
+when you click on one. Where systemd runs for you, a timer of its calls this
+while Orbitledge is not running. Each reminder is shown once, whoever shows it;
+where Orbitledge is running, this does nothing.
 
 Options:
   -h, --help        print this help

@@ -1,17 +1,22 @@
 #include "cli/PanelCommand.h"
 
 #include <algorithm>
+#include <array>
 
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;
 
+bool isPanelOption(const QByteArray &word)
+{
+    constexpr std::array options{"--background", "--quick-add", "--settings", "--quit"};
+    return std::ranges::any_of(options, [&word](const char *option) { return word == option; });
+}
+
 ExitCode runPanel(std::span<const QByteArray> words, const Environment &environment)
 {
-    const auto unknown
-        = std::ranges::find_if(words, [](const QByteArray &word) { return word != "--background"; });
-    if (unknown != words.end()) {
-        reportError(environment, u"\"%1\" was not expected"_s.arg(QString::fromUtf8(*unknown)));
+    if (words.size() > 1) {
+        reportError(environment, u"\"%1\" was not expected"_s.arg(QString::fromUtf8(words[1])));
         return ExitCode::Usage;
     }
     const auto isSet = [&](const char *name) { return !environment.variable(name).isEmpty(); };

@@ -6,7 +6,10 @@
 
 namespace orbitledge {
 
-/// Turns into the program with windows: nothing, or "--background".
+/// Is it an option of the program with windows, like "--background"?
+bool isPanelOption(const QByteArray &word);
+
+/// Turns into the program with windows: nothing, or one of its options.
 ExitCode runPanel(std::span<const QByteArray> words, const Environment &environment);
 
 } // namespace orbitledge

@@ -3,26 +3,16 @@
 #include "cli/HelpTexts.h"
 #include "cli/Operands.h"
 #include "cli/Terminal.h"
-#include "state/AppStore.h"
+#include "service/ServiceAddresses.h"
+
+#include <functional>
+#include <utility>
 
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// What was saved could not be changed.
-ExitCode fail(const Environment &environment, const FileError &error)
-{
-    return failure(environment,
-        QString::fromStdString(environment.cacheFile.string()) + u": "_s + error.errorDescription);
-}
-
-ExitCode runWithStore(const Environment &environment, const StoreCommand &command)
-{
-    const auto result = environment.withStore(command);
-    return result ? *result : failure(environment, result.error());
-}
 
 /// Nothing but the line's end that the terminal, or echo, put there.
 void dropLineBreak(QByteArray &text)
@@ -48,64 +38,35 @@ tl::expected<QString, QString> askPassword(const Environment &environment, const
     return *std::move(password);
 }
 
-// Free functions, as a coroutine must not outlive the lambda that it was; the environment lives until the
-// command has ended.
-// NOLINTBEGIN(cppcoreguidelines-avoid-reference-coroutine-parameters)
-
-/// What was fetched is for the next command, so it must have been saved.
-ExitCode tellFetched(const Environment &environment, const StoreAccess &access, const QString &success)
+/// Tells how it ended; `success` is what is said where it is done.
+ExitCode performed(const Environment &environment, SessionRequest request,
+    const std::function<QString(const SessionOutcome &)> &success)
 {
-    if (const auto &failed = access.cache->lastFailure())
-        return fail(environment, *failed);
-    const AppState &state = access.store->state();
-    if (state.notificationFailureMessage)
-        reportError(environment, *state.notificationFailureMessage);
-    const qsizetype count = state.subscriptions.size();
+    const auto outcome = environment.performSession(std::move(request));
+    if (!outcome)
+        return failure(environment, outcome.error());
+    if (!outcome->isDone)
+        return failure(environment, outcome->problem);
+    if (!outcome->problem.isEmpty())
+        reportError(environment, outcome->problem);
+    return finish(environment, writeText(environment, success(*outcome) + u'\n'));
+}
+
+QString withCount(const QString &sentence, const SessionOutcome &outcome)
+{
+    const qint64 count = outcome.subscriptionCount;
     const QString what = count == 1 ? u"1 subscription"_s : u"%1 subscriptions"_s.arg(count);
-    return finish(environment, writeText(environment, success + u' ' + what + u" fetched.\n"_s));
+    return sentence + u' ' + what + u" fetched."_s;
 }
 
-QCoro::Task<ExitCode> signIn(const Environment &environment, StoreAccess access, QString email)
+/// Before anything else, so that nobody types a password for nothing.
+tl::expected<void, QString> checkAddresses(const Environment &environment)
 {
-    // Blocks, while there is nothing else that could go on.
-    auto password = askPassword(environment, email);
-    if (!password)
-        co_return failure(environment, password.error());
-    const auto signedIn = co_await access.store->signIn(email, *std::move(password));
-    if (!signedIn)
-        co_return failure(environment, access.store->state().errorMessage.value_or(QString()));
-    co_return tellFetched(environment, access, u"Signed in as %1."_s.arg(printable(email)));
+    const auto addresses = ServiceAddresses::fromEnvironment(environment.variable);
+    if (!addresses)
+        return tl::make_unexpected(addresses.error());
+    return {};
 }
-
-QCoro::Task<ExitCode> refresh(const Environment &environment, StoreAccess access)
-{
-    co_await access.store->refresh();
-    const AppState &state = access.store->state();
-    if (state.errorMessage)
-        co_return failure(environment, *state.errorMessage);
-    if (state.authState != AuthState::SignedIn)
-        co_return failure(environment, u"You are not signed in."_s);
-    co_return tellFetched(environment, access, u"Up to date."_s);
-}
-
-/// The store tells nothing of how it ended, and has asked the person where that was needed.
-QCoro::Task<ExitCode> signOut(const Environment &environment, StoreAccess access)
-{
-    co_await access.store->signOut();
-    if (const auto &failed = access.cache->lastFailure())
-        co_return fail(environment, *failed);
-    const auto forgotten = co_await access.credentials->clear(KeychainPrompt::Forbidden);
-    if (!forgotten) {
-        const QString reason = forgotten.error().errorDescription();
-        co_return failure(environment, u"The session could not be removed: "_s + reason);
-    }
-    const auto removed = co_await access.notifier->removeAll();
-    if (!removed)
-        co_return failure(environment, removed.error().errorDescription);
-    co_return finish(environment, writeText(environment, u"Signed out.\n"_s));
-}
-
-// NOLINTEND(cppcoreguidelines-avoid-reference-coroutine-parameters)
 
 } // namespace
 
@@ -122,8 +83,16 @@ ExitCode runSignIn(std::span<const QByteArray> words, const Environment &environ
     if (!email)
         return usageError(environment, command, u"the e-mail address is not in your locale's encoding"_s);
 
-    return runWithStore(
-        environment, [&](StoreAccess access) { return signIn(environment, std::move(access), *email); });
+    const auto checked = checkAddresses(environment);
+    if (!checked)
+        return failure(environment, checked.error());
+    auto password = askPassword(environment, *email);
+    if (!password)
+        return failure(environment, password.error());
+    return performed(environment, SignInRequest{.email = *email, .password = *std::move(password)},
+        [&email](const SessionOutcome &outcome) {
+            return withCount(u"Signed in as %1."_s.arg(printable(*email)), outcome);
+        });
 }
 
 ExitCode runRefresh(std::span<const QByteArray> words, const Environment &environment)
@@ -131,8 +100,8 @@ ExitCode runRefresh(std::span<const QByteArray> words, const Environment &enviro
     ExitCode end{};
     if (!operandsOf(words, 0, "refresh"_L1, refreshHelp, environment, end))
         return end;
-    return runWithStore(
-        environment, [&](StoreAccess access) { return refresh(environment, std::move(access)); });
+    return performed(environment, RefreshRequest(),
+        [](const SessionOutcome &outcome) { return withCount(u"Up to date."_s, outcome); });
 }
 
 ExitCode runSignOut(std::span<const QByteArray> words, const Environment &environment)
@@ -140,8 +109,8 @@ ExitCode runSignOut(std::span<const QByteArray> words, const Environment &enviro
     ExitCode end{};
     if (!operandsOf(words, 0, "sign-out"_L1, signOutHelp, environment, end))
         return end;
-    return runWithStore(
-        environment, [&](StoreAccess access) { return signOut(environment, std::move(access)); });
+    return performed(
+        environment, SignOutRequest(), [](const SessionOutcome & /*outcome*/) { return u"Signed out."_s; });
 }
 
 } // namespace orbitledge

@@ -20,6 +20,7 @@
 #include "service/APIClient.h"
 #include "service/ServiceAddresses.h"
 #include "service/SessionCredentialStore.h"
+#include "state/StoreSession.h"
 
 #include <QCoreApplication>
 
@@ -39,13 +40,7 @@ QString applicationId()
     return QString::fromLatin1(build::applicationId);
 }
 
-/// What others are to start.
-std::filesystem::path programPath()
-{
-    return InstalledPrograms::besides(QCoreApplication::applicationFilePath().toStdString()).command;
-}
-
-DesktopNotificationCenter::Parts notificationParts(Presence presence)
+DesktopNotificationCenter::Parts notificationParts(std::shared_ptr<NotificationDisplay> display)
 {
     const XdgDirectories directories(variable);
     const std::filesystem::path temporary = directories.temporary();
@@ -56,11 +51,7 @@ DesktopNotificationCenter::Parts notificationParts(Presence presence)
         .clock = std::make_shared<SystemClock>(),
         .timeZone = TimeZone::system,
         .alarm = std::make_shared<TimerfdAlarm>(),
-        .display = std::make_shared<DesktopNotificationDisplay>(NotificationSender{
-            .name = u"Orbitledge"_s,
-            .applicationId = applicationId(),
-            .isShortLived = presence == Presence::Short,
-        }),
+        .display = std::move(display),
         .switches = std::make_shared<DesktopNotificationSwitches>(DesktopNotificationSwitches::Settings{
             .variable = variable,
             .desktopId = applicationId(),
@@ -68,7 +59,7 @@ DesktopNotificationCenter::Parts notificationParts(Presence presence)
         }),
         .unattended = std::make_shared<SystemdDelivery>(SystemdDelivery::Settings{
             .applicationId = applicationId(),
-            .programPath = programPath(),
+            .programPath = SystemParts::programPath(),
             .configurationFolder = directories.configuration().value_or(temporary),
             .dataFolder = directories.data().value_or(temporary),
             .variable = variable,
@@ -82,16 +73,42 @@ std::shared_ptr<LaunchAtLoginController> makeLaunchAtLogin(
 {
     // Without a place for a person's choices there is no entry, and making one fails.
     auto file = AutostartEntry::defaultLocation(directories).value_or(std::filesystem::path());
-    return std::make_shared<LaunchAtLoginController>(
-        std::make_shared<AutostartEntry>(std::move(file), programPath(), std::make_shared<PosixFileStore>(),
-            [workspace = std::move(workspace)] { return workspace->openLoginItemSettings(); }));
+    return std::make_shared<LaunchAtLoginController>(std::make_shared<AutostartEntry>(std::move(file),
+        SystemParts::programPath(), std::make_shared<PosixFileStore>(),
+        [workspace = std::move(workspace)] { return workspace->openLoginItemSettings(); }));
 }
 
 } // namespace
 
-std::shared_ptr<DesktopNotificationCenter> SystemParts::makeNotifications(Presence presence)
+std::filesystem::path SystemParts::programPath()
 {
-    return std::make_shared<DesktopNotificationCenter>(notificationParts(presence));
+    return InstalledPrograms::besides(QCoreApplication::applicationFilePath().toStdString()).command;
+}
+
+std::shared_ptr<NotificationDisplay> SystemParts::makeNotificationDisplay(Presence presence)
+{
+    return std::make_shared<DesktopNotificationDisplay>(NotificationSender{
+        .name = u"Orbitledge"_s,
+        .applicationId = applicationId(),
+        .isShortLived = presence == Presence::Short,
+    });
+}
+
+std::shared_ptr<DesktopNotificationCenter> SystemParts::makeNotifications(
+    std::shared_ptr<NotificationDisplay> display)
+{
+    return std::make_shared<DesktopNotificationCenter>(notificationParts(std::move(display)));
+}
+
+std::shared_ptr<SessionService> SystemParts::makeSession(std::shared_ptr<AppStore> appStore) const
+{
+    return std::make_shared<StoreSession>(StoreSession::Parts{
+        .store = std::move(appStore),
+        .cache = store.cache,
+        .notifier = store.notifier,
+        .credentials = credentials,
+        .cacheFile = SnapshotCache::defaultLocation(XdgDirectories(variable)),
+    });
 }
 
 tl::expected<SystemParts, QString> SystemParts::make(Presence presence)
@@ -107,7 +124,7 @@ tl::expected<SystemParts, QString> SystemParts::make(Presence presence)
         QByteArray("Orbitledge/") + build::version, HttpSessionConfiguration{}, connectivity);
     auto credentials = std::make_shared<SessionCredentialStore>(
         std::make_shared<DesktopKeychain>(), applicationId(), own::keyringAccount(), u"Orbitledge session"_s);
-    auto notifications = makeNotifications(presence);
+    auto notifications = makeNotifications(makeNotificationDisplay(presence));
     auto defaults = std::make_shared<SettingsFile>(own::settingsFile(directories));
     const auto autostart = AutostartEntry::defaultLocation(directories);
     auto workspace = std::make_shared<DesktopWorkspace>(

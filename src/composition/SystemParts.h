@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/SessionService.h"
 #include "platform/linux/notifications/DesktopNotificationCenter.h"
 #include "service/SessionCredentialStoring.h"
 #include "state/AppStore.h"
 
 #include <tl/expected.hpp>
 
+#include <filesystem>
 #include <memory>
 
 namespace orbitledge {
@@ -32,8 +34,16 @@ struct SystemParts {
     /// is wrong with the environment.
     static tl::expected<SystemParts, QString> make(Presence presence);
 
+    /// The session that this store has.
+    [[nodiscard]] std::shared_ptr<SessionService> makeSession(std::shared_ptr<AppStore> appStore) const;
+
     /// The part of it that shows reminders, alone.
-    static std::shared_ptr<DesktopNotificationCenter> makeNotifications(Presence presence);
+    static std::shared_ptr<NotificationDisplay> makeNotificationDisplay(Presence presence);
+    static std::shared_ptr<DesktopNotificationCenter> makeNotifications(
+        std::shared_ptr<NotificationDisplay> display);
+
+    /// What others are to start: "orbitledge".
+    static std::filesystem::path programPath();
 };
 
 } // namespace orbitledge

@@ -16,7 +16,12 @@ AppDelegate::AppDelegate(
 
 void AppDelegate::open(const QMap<QString, QString> &userInfo, const QString &activationToken) const
 {
-    const QUrl page(userInfo.value(u"url"_s), QUrl::StrictMode);
+    openPage(userInfo.value(u"url"_s), activationToken);
+}
+
+void AppDelegate::openPage(const QString &address, const QString &activationToken) const
+{
+    const QUrl page(address, QUrl::StrictMode);
     if (page.isValid() && !page.isEmpty())
         (void)m_workspace->open(page, activationToken); // goes on by itself
 }

@@ -16,6 +16,9 @@ class AppDelegate : public QObject {
 public:
     AppDelegate(std::shared_ptr<UserNotificationCenter> notifications, std::shared_ptr<Workspace> workspace);
 
+    /// Opens the page of a reminder, where it is one.
+    void openPage(const QString &address, const QString &activationToken) const;
+
 private:
     void open(const QMap<QString, QString> &userInfo, const QString &activationToken) const;
 

@@ -2,11 +2,14 @@
 
 #include "presentation/MenuBarContent.h"
 #include "presentation/PanelScreen.h"
+#include "ui/settings/SettingsWindow.h"
 #include "ui/tray/BarColors.h"
+#include "ui/tray/WindowActivation.h"
 
 #include <QCursor>
 
 #include <chrono>
+#include <utility>
 
 namespace orbitledge::ui {
 
@@ -58,7 +61,7 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
         m_window->setManner(PanelWindow::mannerFor(m_icon.isShown()));
         m_window->toggle(anchor);
     });
-    connect(&m_icon, &TrayIcon::openRequested, this, &OrbitledgeApp::openAt);
+    connect(&m_icon, &TrayIcon::openRequested, this, [this](const PanelAnchor &anchor) { openAt(anchor); });
     connect(&m_icon, &TrayIcon::settingsRequested, this, &OrbitledgeApp::openSettings);
     connect(&m_icon, &TrayIcon::quitRequested, this, &OrbitledgeApp::quitRequested);
     connect(m_window.get(), &PanelWindow::quitRequested, this, &OrbitledgeApp::quitRequested);
@@ -66,30 +69,89 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
     connect(m_panel, &PanelView::quitRequested, this, &OrbitledgeApp::quitRequested);
     connect(&m_settings, &SettingsWindowController::quitRequested, this, &OrbitledgeApp::quitRequested);
     // Each time that it is opened the data are fetched anew.
-    connect(m_window.get(), &PanelWindow::shown, this, [this] { m_parts.store->start(); });
+    connect(m_window.get(), &PanelWindow::shown, this, [this] {
+        if (!waitsForTurn())
+            m_parts.store->start();
+    });
+    connect(m_window.get(), &PanelWindow::hidden, this, [this] { m_isToAdd = false; });
+    connect(m_parts.store.get(), &AppStore::changed, this, &OrbitledgeApp::presentQuickAddWhenPossible,
+        Qt::QueuedConnection);
+    m_trayPatience.setSingleShot(true);
+    m_trayPatience.setInterval(trayPatience);
+    connect(&m_icon, &TrayIcon::isShownChanged, this, &OrbitledgeApp::openWhenTrayIsKnown);
+    connect(&m_trayPatience, &QTimer::timeout, this, &OrbitledgeApp::openWhenTrayIsKnown);
 }
 
 OrbitledgeApp::~OrbitledgeApp() = default;
 
 void OrbitledgeApp::launch(Start start)
 {
-    m_parts.store->start();
     updateIcon();
-    m_isToOpen = start == Start::Open;
-    if (m_isToOpen) {
-        connect(&m_icon, &TrayIcon::isShownChanged, this, &OrbitledgeApp::openWhenTrayIsKnown);
-        QTimer::singleShot(trayPatience, this, [this] {
-            if (m_isToOpen)
-                openPanel();
-        });
-    }
+    m_trayPatience.start();
+    if (start == Start::Open)
+        openWhenPossible(QString());
+    if (m_parts.turn)
+        beginInTurn(this);
+    else
+        begin();
     m_host.start();
+}
+
+QCoro::Task<void> OrbitledgeApp::beginInTurn(QPointer<OrbitledgeApp> app)
+{
+    const std::shared_ptr<Completion> turn = app->m_parts.turn;
+    co_await Completion::wait(turn);
+    if (app)
+        app->begin();
+}
+
+void OrbitledgeApp::begin()
+{
+    m_hasBegun = true;
+    m_parts.store->start();
+    if (std::exchange(m_isToShowSettings, false))
+        showSettings(std::exchange(m_activationToken, {}));
+}
+
+void OrbitledgeApp::perform(ApplicationAction action, const QString &activationToken)
+{
+    switch (action) {
+    case ApplicationAction::Open:
+        openWhenPossible(activationToken);
+        break;
+    case ApplicationAction::QuickAdd:
+        m_isToAdd = true;
+        openWhenPossible(activationToken);
+        presentQuickAddWhenPossible();
+        break;
+    case ApplicationAction::Settings:
+        showSettings(activationToken);
+        break;
+    case ApplicationAction::Quit:
+        Q_EMIT quitRequested();
+        break;
+    }
+}
+
+void OrbitledgeApp::openPage(const QString &address, const QString &activationToken) const
+{
+    m_delegate.openPage(address, activationToken);
+}
+
+void OrbitledgeApp::openWhenPossible(const QString &activationToken)
+{
+    if (m_trayPatience.isActive() && !m_icon.isShown()) {
+        m_isToOpen = true;
+        m_activationToken = activationToken;
+    } else {
+        openAt(pointerAnchor(), activationToken);
+    }
 }
 
 void OrbitledgeApp::openWhenTrayIsKnown()
 {
-    if (m_isToOpen && m_icon.isShown())
-        openPanel();
+    if (m_isToOpen && (m_icon.isShown() || !m_trayPatience.isActive()))
+        openAt(pointerAnchor(), std::exchange(m_activationToken, {}));
 }
 
 void OrbitledgeApp::openPanel()
@@ -99,14 +161,37 @@ void OrbitledgeApp::openPanel()
 
 void OrbitledgeApp::openSettings()
 {
-    m_settings.show();
+    showSettings(QString());
 }
 
-void OrbitledgeApp::openAt(const PanelAnchor &anchor)
+/// They look at the reminders, which are the other process's as long as it is at work.
+void OrbitledgeApp::showSettings(const QString &activationToken)
+{
+    if (waitsForTurn()) {
+        m_isToShowSettings = true;
+        m_activationToken = activationToken;
+        return;
+    }
+    m_settings.show();
+    bringForward(*m_settings.window(), activationToken);
+}
+
+/// Only where somebody is signed in; as long as that is not known, it is waited for.
+void OrbitledgeApp::presentQuickAddWhenPossible()
+{
+    const AppState &state = m_parts.store->state();
+    if (!m_isToAdd || state.authState == AuthState::Checking)
+        return;
+    m_isToAdd = false;
+    if (state.authState == AuthState::SignedIn && !state.isQuickAddPresented)
+        m_parts.store->setQuickAddPresented(true);
+}
+
+void OrbitledgeApp::openAt(const PanelAnchor &anchor, const QString &activationToken)
 {
     m_isToOpen = false;
     m_window->setManner(PanelWindow::mannerFor(m_icon.isShown()));
-    m_window->showAt(anchor);
+    m_window->showAt(anchor, activationToken);
 }
 
 void OrbitledgeApp::updateIcon()

@@ -2,6 +2,8 @@
 
 #include "locale/Locale.h"
 #include "locale/MoneyFormatter.h"
+#include "platform/ApplicationService.h"
+#include "platform/Completion.h"
 #include "platform/DesktopPreferences.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserNotificationCenter.h"
@@ -16,6 +18,7 @@
 #include "ui/tray/TrayIcon.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 
 #include <functional>
@@ -47,6 +50,9 @@ public:
         QString notice = {};
         /// As XDG_CURRENT_DESKTOP names it; may be empty.
         QByteArray desktop = {};
+        /// From then on the session is this program's to work with: until then another process is at work on
+        /// it. May be absent; then it is from the start.
+        std::shared_ptr<Completion> turn = nullptr;
     };
 
     enum class Start {
@@ -67,6 +73,12 @@ public:
 
     void openSettings();
 
+    /// Does what was asked for from outside. A tray that is only just coming is waited for a moment, so that
+    /// the panel opens beside its icon.
+    void perform(ApplicationAction action, const QString &activationToken);
+    /// Opens the page of a reminder.
+    void openPage(const QString &address, const QString &activationToken) const;
+
     PanelWindow &panelWindow() { return *m_window; }
     /// Absent until the settings were opened.
     SettingsWindow *settingsWindow() const { return m_settings.window(); }
@@ -75,11 +87,16 @@ Q_SIGNALS:
     void quitRequested();
 
 private:
-    void followStore();
+    static QCoro::Task<void> beginInTurn(QPointer<OrbitledgeApp> app);
+    void begin();
+    [[nodiscard]] bool waitsForTurn() const { return m_parts.turn && !m_hasBegun; }
     void updateIcon();
     void updateIconColors();
     void openWhenTrayIsKnown();
-    void openAt(const PanelAnchor &anchor);
+    void openWhenPossible(const QString &activationToken);
+    void openAt(const PanelAnchor &anchor, const QString &activationToken = {});
+    void showSettings(const QString &activationToken);
+    void presentQuickAddWhenPossible();
 
     Parts m_parts;
     AppDelegate m_delegate;
@@ -92,7 +109,14 @@ private:
     SettingsWindowController m_settings;
     /// So that several changes in a row draw the icon once.
     QTimer m_iconUpdate;
+    /// While a tray may still come.
+    QTimer m_trayPatience;
+    bool m_hasBegun = false;
+    // What was asked for, and cannot be done yet.
     bool m_isToOpen = false;
+    bool m_isToAdd = false;
+    bool m_isToShowSettings = false;
+    QString m_activationToken;
 };
 
 } // namespace orbitledge::ui

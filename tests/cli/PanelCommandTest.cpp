@@ -22,8 +22,10 @@ private Q_SLOTS:
     {
         m_harness->run({});
         QVERIFY(m_harness->desktopArguments == std::vector<QByteArray>{});
-        m_harness->run({"--background"});
-        QVERIFY(m_harness->desktopArguments == std::vector<QByteArray>{"--background"});
+        for (const char *option : {"--background", "--quick-add", "--settings", "--quit"}) {
+            m_harness->run({option});
+            QVERIFY(m_harness->desktopArguments == std::vector<QByteArray>{option});
+        }
         // It has come back, so there was none.
         QCOMPARE(m_harness->run({}), ExitCode::Failure);
         QCOMPARE(

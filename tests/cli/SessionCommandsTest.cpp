@@ -256,15 +256,25 @@ private Q_SLOTS:
         QVERIFY(saved() == sampleSnapshot(5));
     }
 
-    void shouldTellWhyThereIsNoService()
+    void shouldRefuseAnAddressBeforeAnythingElse()
     {
-        m_harness->noService = u"ORBITLEDGE_API_URL must begin with https://"_s;
+        m_harness->variables.insert("ORBITLEDGE_API_URL", "nowhere");
+        QCOMPARE(m_harness->run({"sign-in", "a@b"}), ExitCode::Failure);
+        QCOMPARE(m_harness->errors,
+            "orbitledge: ORBITLEDGE_API_URL is not a web address like https://example.com/\n"_ba);
+        // Nobody types a password for nothing.
+        QVERIFY(m_harness->prompts.isEmpty());
+        QVERIFY(m_harness->client->calls.isEmpty());
+    }
+
+    void shouldTellWhyNobodyCanBeAsked()
+    {
+        m_harness->noSession = u"Orbitledge is running, but does not answer."_s;
         for (const QList<QByteArray> &words :
             {QList<QByteArray>{"sign-in", "a@b"}, {"refresh"}, {"sign-out"}}) {
             QCOMPARE(m_harness->run(words), ExitCode::Failure);
-            QCOMPARE(m_harness->errors, "orbitledge: ORBITLEDGE_API_URL must begin with https://\n"_ba);
-            // Nobody types a password for nothing.
-            QVERIFY(m_harness->prompts.isEmpty());
+            QCOMPARE(m_harness->errors, "orbitledge: Orbitledge is running, but does not answer.\n"_ba);
+            QCOMPARE(m_harness->output, ""_ba);
         }
     }
 

@@ -2,6 +2,7 @@
 
 #include "cli/CommandLine.h"
 #include "service/SessionCredentialStore.h"
+#include "state/StoreSession.h"
 #include "support/FakeAPIClient.h"
 #include "support/FakeConnectivity.h"
 #include "support/FakeFileStore.h"
@@ -38,8 +39,8 @@ struct CommandHarness {
     QHash<QByteArray, QByteArray> variables{{"LANG", "en_US.UTF-8"}};
     /// What is typed, or piped in; a reason where that fails.
     tl::expected<QByteArray, QString> password = QByteArray();
-    /// Why there is no service.
-    std::optional<QString> noService;
+    /// Why nobody can be asked to do something about the session.
+    std::optional<QString> noSession;
 
     /// How showing what is due ends.
     NotificationDelivery delivery = NotificationDelivery::Done;
@@ -68,10 +69,11 @@ struct CommandHarness {
                 prompts.append(prompt);
                 return password;
             },
-        .withStore = [this](const StoreCommand &command) -> tl::expected<ExitCode, QString> {
-            if (noService)
-                return tl::make_unexpected(*noService);
-            return QCoro::waitFor(command(makeStore()));
+        .performSession = [this](SessionRequest request) -> tl::expected<SessionOutcome, QString> {
+            if (noSession)
+                return tl::make_unexpected(*noSession);
+            StoreSession session(makeStore());
+            return QCoro::waitFor(session.perform(std::move(request)));
         },
         .deliverReminders = [this] { return delivery; },
         .lookAround = [this] { return findings; },
@@ -91,7 +93,7 @@ struct CommandHarness {
     CommandHarness() = default;
     Q_DISABLE_COPY_MOVE(CommandHarness)
 
-    StoreAccess makeStore()
+    StoreSession::Parts makeStore()
     {
         const QUrl web(QStringLiteral("https://example.com/app/"));
         auto cache = std::make_shared<SnapshotCache>(cacheFile, files);
@@ -113,7 +115,7 @@ struct CommandHarness {
                 .connectivity = std::make_shared<FakeConnectivity>(),
             },
             AppStore::Identity{.currentVersion = {}, .currentBuild = {}, .webURL = web});
-        return {std::move(store), std::move(cache), std::move(notifier), credentials};
+        return {std::move(store), std::move(cache), std::move(notifier), credentials, cacheFile};
     }
 
     ExitCode run(const QList<QByteArray> &words)

@@ -33,6 +33,10 @@ private Q_SLOTS:
         const AppDelegate delegate(center, workspace);
         Q_EMIT center->chosen({{key, value}}, u"token"_s);
         QCOMPARE(workspace->opened, isOpened ? QList<QUrl>{QUrl(value)} : QList<QUrl>());
+        // Where another process was told of it.
+        workspace->opened.clear();
+        delegate.openPage(key == u"url" ? value : QString(), u"token"_s);
+        QCOMPARE(workspace->opened, isOpened ? QList<QUrl>{QUrl(value)} : QList<QUrl>());
     }
 };
 

@@ -22,7 +22,7 @@ private:
     std::shared_ptr<FakeDesktopPreferences> m_preferences;
     std::unique_ptr<OrbitledgeApp> m_app;
 
-    void make()
+    void make(std::shared_ptr<Completion> turn = nullptr)
     {
         m_desk.emplace();
         m_desk->api->isQuick = true;
@@ -40,6 +40,7 @@ private:
             .locale = localeNamed("en_US"),
             .logos = nullptr,
             .style = nullptr,
+            .turn = std::move(turn),
         });
     }
 
@@ -151,6 +152,68 @@ private Q_SLOTS:
         m_preferences->preferredColors = DesktopPreferences::Colors::Dark;
         m_preferences->announce();
         QCOMPARE(colorSchemeOf(m_app->settingsWindow()->palette()), ColorScheme::Dark);
+    }
+
+    void shouldOpenTheFormForAddingAsSoonAsItIsKnownThatSomebodyIsSignedIn()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Background);
+        m_app->perform(ApplicationAction::QuickAdd, QString());
+        QVERIFY(!m_store->state().isQuickAddPresented);
+        QTRY_VERIFY(m_store->state().isQuickAddPresented);
+        QTRY_VERIFY(m_app->panelWindow().isVisible());
+        // Asked for again, what is being written stays.
+        m_desk->settle();
+        QSignalSpy changes(m_store.get(), &AppStore::changed);
+        m_app->perform(ApplicationAction::QuickAdd, QString());
+        QCOMPARE(changes.size(), 0);
+    }
+
+    void shouldNotOpenTheFormForAddingWhereNobodyIsSignedIn()
+    {
+        make();
+        m_desk->api->hasSession = false;
+        m_app->launch(OrbitledgeApp::Start::Background);
+        m_app->perform(ApplicationAction::QuickAdd, QString());
+        QTRY_COMPARE(m_store->state().authState, AuthState::SignedOut);
+        QTRY_VERIFY(m_app->panelWindow().isVisible());
+        QVERIFY(!m_store->state().isQuickAddPresented);
+        // Nor later, when somebody has signed in for something else.
+        m_desk->api->hasSession = true;
+        QCoro::waitFor(m_store->refresh());
+        QCOMPARE(m_store->state().authState, AuthState::SignedIn);
+        m_desk->settle();
+        QVERIFY(!m_store->state().isQuickAddPresented);
+    }
+
+    void shouldDoWhatIsAskedForFromOutside()
+    {
+        make();
+        m_app->launch(OrbitledgeApp::Start::Background);
+        QTRY_COMPARE(m_store->state().authState, AuthState::SignedIn);
+        m_app->perform(ApplicationAction::Open, QString());
+        QTRY_VERIFY(m_app->panelWindow().isVisible());
+        m_app->perform(ApplicationAction::Settings, QString());
+        QVERIFY(m_app->settingsWindow()->isVisible());
+        QSignalSpy quit(m_app.get(), &OrbitledgeApp::quitRequested);
+        m_app->perform(ApplicationAction::Quit, QString());
+        QCOMPARE(quit.size(), 1);
+    }
+
+    void shouldNotTouchTheSessionBeforeItsTurn()
+    {
+        const auto turn = std::make_shared<Completion>();
+        make(turn);
+        m_app->launch(OrbitledgeApp::Start::Background);
+        m_app->perform(ApplicationAction::Open, QString());
+        m_app->perform(ApplicationAction::Settings, QString());
+        QTRY_VERIFY(m_app->panelWindow().isVisible());
+        QVERIFY(m_desk->api->calls.isEmpty());
+        QVERIFY(m_desk->center->calls.isEmpty());
+        QVERIFY(m_app->settingsWindow() == nullptr);
+        turn->complete();
+        QTRY_COMPARE(m_store->state().authState, AuthState::SignedIn);
+        QTRY_VERIFY(m_app->settingsWindow() != nullptr && m_app->settingsWindow()->isVisible());
     }
 
     void shouldMayBeDestroyedAtAnyTime()

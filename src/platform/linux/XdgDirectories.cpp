@@ -72,4 +72,9 @@ std::filesystem::path XdgDirectories::temporary() const
     return absolutePath("TMPDIR").value_or("/tmp");
 }
 
+std::optional<std::filesystem::path> XdgDirectories::runtime() const
+{
+    return absolutePath("XDG_RUNTIME_DIR");
+}
+
 } // namespace orbitledge

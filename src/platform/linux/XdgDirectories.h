@@ -20,6 +20,9 @@ public:
     [[nodiscard]] std::optional<std::filesystem::path> cache() const override;
     [[nodiscard]] std::filesystem::path temporary() const override;
 
+    /// Of this login; it is gone with the last one. There is no usual place where the variable is not set.
+    [[nodiscard]] std::optional<std::filesystem::path> runtime() const;
+
 private:
     [[nodiscard]] std::optional<std::filesystem::path> absolutePath(const char *name) const;
     [[nodiscard]] std::optional<std::filesystem::path> home() const;

@@ -1,0 +1,233 @@
+#include "platform/linux/application/RunningApplication.h"
+
+#include "platform/OneShot.h"
+#include "platform/linux/SealedMessage.h"
+#include "platform/linux/notifications/SessionBusCall.h"
+
+#include <QCoroDBusPendingCall>
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusPendingCall>
+#include <QDBusUnixFileDescriptor>
+#include <QDBusVariant>
+
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace orbitledge {
+
+using namespace Qt::StringLiterals;
+using std::chrono::milliseconds;
+
+namespace {
+
+using Reached = tl::expected<bool, QString>;
+using Performed = tl::expected<std::optional<SessionOutcome>, QString>;
+
+bool isAnswer(const QDBusMessage &message)
+{
+    return message.type() == QDBusMessage::ReplyMessage;
+}
+
+QString muteSentence()
+{
+    return u"Orbitledge is running, but does not answer. End it, then try again."_s;
+}
+
+/// Its name on the bus that no other process ever has; empty where it is not there.
+QCoro::Task<QString> ownerOf(QString name, milliseconds patience)
+{
+    const bool hasBus = co_await reachSessionBus();
+    if (!hasBus)
+        co_return QString();
+    QDBusMessage ask = busMethod(u"GetNameOwner"_s);
+    ask << name;
+    const QDBusMessage answer = co_await callSessionBus(ask, patience);
+    co_return isAnswer(answer) ? answer.arguments().value(0).toString() : QString();
+}
+
+/// Where an answer is missing: has it gone, or does it only say nothing?
+QCoro::Task<bool> isThere(QString owner, milliseconds patience)
+{
+    QDBusMessage ask = busMethod(u"NameHasOwner"_s);
+    ask << owner;
+    const QDBusMessage answer = co_await callSessionBus(ask, patience);
+    co_return answer.arguments().value(0).toBool();
+}
+
+QDBusMessage actionCall(const QString &destination, const QString &path, const QString &action,
+    const QVariantList &parameters, const QString &activationToken)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        destination, path, QLatin1StringView(ApplicationBus::freedesktopInterface), u"ActivateAction"_s);
+    call << action << QVariant(parameters) << ApplicationBus::platformData(activationToken);
+    return call;
+}
+
+QCoro::Task<Reached> sendAction(QString owner, QDBusMessage call, milliseconds patience)
+{
+    const QDBusMessage answer = co_await callSessionBus(call, patience);
+    if (isAnswer(answer))
+        co_return true;
+    const bool isStill = co_await isThere(owner, patience);
+    if (!isStill)
+        co_return false;
+    const bool isMute = QDBusError(answer).type() == QDBusError::NoReply;
+    co_return tl::make_unexpected(isMute ? muteSentence() : answer.errorMessage());
+}
+
+QDBusMessage sessionCall(
+    const QString &owner, const QString &path, const QString &method, const SessionPlace &place)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        owner, path, QLatin1StringView(ApplicationBus::sessionInterface), method);
+    call << place.api << place.cacheFile;
+    return call;
+}
+
+/// Its part that is of one kind alone. Absent where the system does not let us pass secrets on.
+std::optional<QDBusMessage> callFor(
+    const SessionRequest &request, const QString &owner, const QString &path, const SessionPlace &place)
+{
+    if (std::holds_alternative<RefreshRequest>(request))
+        return sessionCall(owner, path, u"Refresh"_s, place);
+    if (std::holds_alternative<SignOutRequest>(request))
+        return sessionCall(owner, path, u"SignOut"_s, place);
+    const auto &signIn = std::get<SignInRequest>(request);
+    const auto memory = SealedMessage::write(signIn.email.toUtf8() + '\0' + signIn.password.toUtf8());
+    if (!memory)
+        return std::nullopt;
+    QDBusMessage call = sessionCall(owner, path, u"SignIn"_s, place);
+    call << QVariant::fromValue(QDBusUnixFileDescriptor(memory->get()));
+    return call;
+}
+
+QCoro::Task<void> settleWhenAnswered(QDBusMessage call, std::shared_ptr<OneShot<QDBusMessage>> end)
+{
+    // Without limit: a person may be at a prompt of the keyring. The bus tells of one who went away.
+    const QDBusPendingCall pending
+        = QDBusConnection::sessionBus().asyncCall(call, std::numeric_limits<int>::max());
+    QDBusMessage answer = co_await pending;
+    end->settle(std::move(answer));
+}
+
+enum class Sign { Alive, Gone, Mute, Elsewhere };
+struct Life {
+    Sign sign = Sign::Alive;
+    QString sentence;
+};
+
+/// Is it there, does it answer, and does it work with the same?
+QCoro::Task<Life> lookAfter(QString owner, QDBusMessage check, milliseconds patience)
+{
+    const QDBusMessage answer = co_await callSessionBus(check, patience);
+    if (isAnswer(answer))
+        co_return Life{};
+    const bool isStill = co_await isThere(owner, patience);
+    if (!isStill)
+        co_return Life{.sign = Sign::Gone, .sentence = {}};
+    if (QDBusError(answer).type() == QDBusError::NoReply)
+        co_return Life{.sign = Sign::Mute, .sentence = muteSentence()};
+    co_return Life{.sign = Sign::Elsewhere, .sentence = answer.errorMessage()};
+}
+
+QCoro::Task<Performed> performAt(
+    QString owner, QString path, SessionRequest request, SessionPlace place, milliseconds patience)
+{
+    const QDBusMessage check = sessionCall(owner, path, u"Check"_s, place);
+    const Life life = co_await lookAfter(owner, check, patience);
+    if (life.sign == Sign::Gone)
+        co_return std::optional<SessionOutcome>();
+    if (life.sign != Sign::Alive)
+        co_return tl::make_unexpected(life.sentence);
+    const auto call = callFor(request, owner, path, place);
+    if (!call)
+        co_return tl::make_unexpected(u"The password cannot be passed on to Orbitledge, which is running."_s);
+
+    const auto end = std::make_shared<OneShot<QDBusMessage>>();
+    settleWhenAnswered(*call, end);
+    std::optional<QDBusMessage> answer;
+    while (true) {
+        answer = co_await end->settledWithin(patience);
+        if (answer)
+            break;
+        const Life still = co_await lookAfter(owner, check, patience);
+        if (still.sign == Sign::Mute)
+            co_return tl::make_unexpected(still.sentence);
+    }
+    if (isAnswer(*answer)) {
+        const QList<QVariant> values = answer->arguments();
+        co_return SessionOutcome{.isDone = values.value(0).toBool(),
+            .problem = values.value(1).toString(),
+            .subscriptionCount = values.value(2).toLongLong()};
+    }
+    // What it had begun may be done or not, and is not begun again.
+    if (QDBusError(*answer).type() == QDBusError::NoReply)
+        co_return tl::make_unexpected(u"Orbitledge ended before it was done with this. Try again."_s);
+    co_return tl::make_unexpected(answer->errorMessage());
+}
+
+QCoro::Task<Reached> requestFrom(
+    QString applicationId, ApplicationAction action, QString activationToken, milliseconds patience)
+{
+    const QString owner = co_await ownerOf(applicationId, patience);
+    if (owner.isEmpty())
+        co_return false;
+    const QDBusMessage call
+        = actionCall(owner, ApplicationBus::pathOf(applicationId), nameOf(action), {}, activationToken);
+    auto sending = sendAction(owner, call, patience);
+    co_return co_await sending;
+}
+
+QCoro::Task<Reached> openReminderBy(
+    QString applicationId, QString page, QString activationToken, milliseconds patience)
+{
+    const bool hasBus = co_await reachSessionBus();
+    if (!hasBus)
+        co_return false;
+    QDBusMessage call = actionCall(applicationId, ApplicationBus::pathOf(applicationId),
+        QLatin1StringView(ApplicationBus::openReminder), {QVariant::fromValue(QDBusVariant(page))},
+        activationToken);
+    call.setAutoStartService(true);
+    auto sending = sendAction(applicationId, call, patience);
+    co_return co_await sending;
+}
+
+QCoro::Task<Performed> performBy(
+    QString applicationId, SessionRequest request, SessionPlace place, milliseconds patience)
+{
+    const QString owner = co_await ownerOf(applicationId, patience);
+    if (owner.isEmpty())
+        co_return std::optional<SessionOutcome>();
+    auto performing = performAt(owner, ApplicationBus::pathOf(applicationId), request, place, patience);
+    co_return co_await performing;
+}
+
+} // namespace
+
+RunningApplication::RunningApplication(QString applicationId, milliseconds patience)
+    : m_applicationId(std::move(applicationId))
+    , m_patience(patience)
+{
+}
+
+QCoro::Task<tl::expected<bool, QString>> RunningApplication::request(
+    ApplicationAction action, QString activationToken) const
+{
+    return requestFrom(m_applicationId, action, std::move(activationToken), m_patience);
+}
+
+QCoro::Task<tl::expected<bool, QString>> RunningApplication::openReminder(
+    QString page, QString activationToken) const
+{
+    return openReminderBy(m_applicationId, std::move(page), std::move(activationToken), m_patience);
+}
+
+QCoro::Task<tl::expected<std::optional<SessionOutcome>, QString>> RunningApplication::perform(
+    SessionRequest request, SessionPlace place) const
+{
+    return performBy(m_applicationId, std::move(request), std::move(place), m_patience);
+}
+
+} // namespace orbitledge
