@@ -1,13 +1,14 @@
 #include "cli/CommandLine.h"
 #include "composition/OwnFiles.h"
+#include "composition/ReminderDelivery.h"
 #include "composition/SessionCommand.h"
 #include "composition/SystemDiagnosis.h"
-#include "composition/SystemParts.h"
 #include "platform/linux/InstalledPrograms.h"
 #include "platform/linux/PasswordInput.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/SettingsFile.h"
 #include "platform/linux/StandardDescriptors.h"
+#include "platform/linux/StayingBehind.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/XdgDirectories.h"
 #include "state/SnapshotCache.h"
@@ -24,6 +25,7 @@
 #include <chrono>
 #include <clocale>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -51,11 +53,15 @@ constexpr std::chrono::seconds deliveryLimit(60);
 
 NotificationDelivery deliverReminders(int argc, char **argv)
 {
-    silenceLibraries();
-    const QCoreApplication application(argc, argv);
-    const auto notifications
-        = SystemParts::makeNotifications(SystemParts::makeNotificationDisplay(Presence::Short));
-    return QCoro::waitFor(notifications->deliverDue(deliveryLimit));
+    const auto end = runAndLeaveBehind([argc, argv](const std::function<void(int)> &tell) {
+        silenceLibraries();
+        int count = argc; // which the application object may change
+        const QCoreApplication application(count, argv);
+        ReminderDelivery delivery;
+        tell(static_cast<int>(QCoro::waitFor(delivery.deliver(deliveryLimit))));
+        QCoro::waitFor(delivery.followClicks());
+    });
+    return end ? static_cast<NotificationDelivery>(*end) : NotificationDelivery::Unreadable;
 }
 
 tl::expected<SessionOutcome, QString> performWithEvents(int argc, char **argv, SessionRequest request)

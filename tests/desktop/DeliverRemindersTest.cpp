@@ -6,6 +6,7 @@
 #include "support/TestMain.h"
 #include "support/Times.h"
 
+#include <QDBusMessage>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 
@@ -75,6 +76,14 @@ struct Session {
     {
         lab.startService(Dunst::name(), u"/usr/bin/python3"_s,
             {QStringLiteral(ORBITLEDGE_TEST_SUPPORT) + u"/mock_notifications.py"_s, serverName});
+    }
+
+    /// For the mock.
+    void closeAll() const
+    {
+        const QDBusMessage message = QDBusMessage::createMethodCall(Dunst::name(),
+            u"/org/freedesktop/Notifications"_s, u"app.orbitledge.Test"_s, u"CloseAll"_s);
+        QCOMPARE(lab.bus().call(message).type(), QDBusMessage::ReplyMessage);
     }
 
     int sentCount(const QByteArray &title)
@@ -224,6 +233,8 @@ private Q_SLOTS:
             else
                 duration = std::clamp<qint64>(lived, 1, duration); // the machine is less busy than it was
             QCOMPARE(session.deliver().exitCode, 0);
+            // Or each would have somebody waiting for a click.
+            session.closeAll();
         }
 
         const QByteArray monitored = session.lab.monitored();

@@ -4,7 +4,8 @@
 usage: mock_notifications.py SERVER_NAME
 
 It tells everybody on the bus of what is chosen and closed, not the sender alone, as some do. Choose(number) of the
-interface app.orbitledge.Test stands for a person's click; it gives an activation token too.
+interface app.orbitledge.Test stands for a person's click; it gives an activation token too. CloseAll() closes what
+is shown.
 """
 
 import sys
@@ -47,6 +48,11 @@ class Notifications(dbus.service.Object):
     def Choose(self, number):
         self.ActivationToken(number, "token-%d" % number)
         self.ActionInvoked(number, "default")
+
+    @dbus.service.method("app.orbitledge.Test")
+    def CloseAll(self):
+        for number in range(1, self.count + 1):
+            self.NotificationClosed(number, 2)
 
     @dbus.service.signal(NAME, signature="us")
     def ActionInvoked(self, number, action):

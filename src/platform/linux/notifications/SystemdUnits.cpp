@@ -110,6 +110,8 @@ tl::expected<SystemdUnits, QString> unitsForReminders(Instant next, const std::f
               "Description=Deliver the reminders of Orbitledge\n\n"
               "[Service]\n"
               "Type=oneshot\n"
+              // Who waits for clicks on what was shown stays behind.
+              "KillMode=process\n"
             + environment + "ExecStart=" + commandLine(QByteArray::fromStdString(program.native())) + '\n',
         .timer = origin
             + "[Unit]\n"
