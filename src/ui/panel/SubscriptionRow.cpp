@@ -120,6 +120,11 @@ bool SubscriptionRow::showsActions() const
 
 bool SubscriptionRow::focusNextControl(bool next)
 {
+    // Who is quicker than the motion that brings the buttons does not wait for its first picture.
+    if (hasFocusWithin() && !m_buttons->isVisibleTo(this)) {
+        m_motion.stop();
+        setPresence(1);
+    }
     QList<QWidget *> controls{this, m_open, m_mutation};
     controls.removeIf(
         [this](const QWidget *control) { return control != this && !control->isVisibleTo(this); });

@@ -139,6 +139,26 @@ private Q_SLOTS:
         QTRY_VERIFY(!m_desk->hasButton(u"Open Tidewater Music in Web"_s));
     }
 
+    void shouldLoseNoKeyToItsMotion()
+    {
+        m_desk->show();
+        m_desk->window.setFocus();
+        QTest::mouseMove(m_desk->row, {50, 20});
+        QTRY_VERIFY(m_desk->hasButton(u"Open Tidewater Music in Web"_s));
+        QTest::mouseMove(&m_desk->window, {350, 90});
+        QTRY_VERIFY(!m_desk->hasButton(u"Open Tidewater Music in Web"_s));
+        auto *const style = static_cast<Style *>(QApplication::style());
+        style->setMotion(Style::Motion::Full);
+        m_desk->row->setFocus(Qt::TabFocusReason);
+        // One right after the other, before anything has moved.
+        for (int i = 0; i < 2; ++i)
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        style->setMotion(Style::Motion::Reduced);
+        QVERIFY(m_desk->question() != nullptr);
+        QVERIFY(m_desk->calls.isEmpty());
+    }
+
     void shouldOfferOnlyWhatCanBeDone()
     {
         m_desk->show(SampleSubscription(u"Old Gazette"_s).withStatus(u"cancelled"_s));
