@@ -20,6 +20,8 @@
 #include <QIcon>
 #include <QLoggingCategory>
 
+#include <malloc.h>
+
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -55,6 +57,12 @@ int drawPicture(const SystemParts &parts, const QString &file)
     window.show();
     QCoreApplication::processEvents();
     return window.grab().save(file) ? 0 : fail(file + u": the picture could not be written"_s);
+}
+
+/// Its threads work seldom and never much; a heap for each of them would be half a megabyte that nobody uses.
+void keepOneHeap()
+{
+    ::mallopt(M_ARENA_MAX, 1);
 }
 
 /// What will not work without a session bus, where there is none.
@@ -161,13 +169,14 @@ QCoro::Task<void> takeSession(SystemParts parts, std::shared_ptr<AppStore> store
 } // namespace
 
 /// The program with windows, which orbitledge turns into. It takes one of --background, --quick-add,
-/// --settings and --quit, or --picture FILE, and alone --tray-of-x11, which tells in a word whether the X server
-/// has a tray.
+/// --settings and --quit, or --picture FILE, and alone --tray-of-x11, which tells in a word whether the X
+/// server has a tray.
 int main(int argc, char **argv)
 {
     occupyStandardDescriptors();
     if (argc == 2 && argv[1] == std::string_view("--tray-of-x11"))
         return tellOfTray();
+    keepOneHeap();
     std::jthread readingFonts = readFontConfiguration();
     QLoggingCategory::setFilterRules(u"*.debug=false\nqt.*=false"_s);
     const QString token = ownActivationToken();
