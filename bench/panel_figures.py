@@ -71,12 +71,13 @@ def tree_of(pid):
     return found
 
 
-def pss_of(pid):
-    """In KiB, of the whole tree."""
+def memory_of(pid, kind):
+    """In KiB, of the whole tree. "Pss" counts what is shared in parts, and so changes with other programs that
+    use the same libraries; "Rss" counts it whole, and tells how a program grows whatever others do."""
     total = 0
     for process in tree_of(pid):
         for line in pathlib.Path(f"/proc/{process}/smaps_rollup").read_text().splitlines():
-            if line.startswith("Pss:"):
+            if line.startswith(f"{kind}:"):
                 total += int(line.split()[1])
     return total
 
@@ -111,12 +112,16 @@ class Activity:
         return found
 
 
+# The toolkit draws with threads that end when they were idle for half a minute.
+IDLE_DRAWER = "Thread (pooled)"
+
+
 def settle(pid, seconds):
-    """Until it has slept for so long without waking."""
+    """Until it has slept for so long without waking, and has let go of what it drew with."""
     last, since, deadline = Activity(pid), time.monotonic(), time.monotonic() + 90
     while time.monotonic() < deadline:
         now = Activity(pid)
-        if now.wake_ups_since(last):
+        if now.wake_ups_since(last) or IDLE_DRAWER in now.names.values():
             last, since = now, time.monotonic()
         if time.monotonic() - since >= seconds:
             return
@@ -326,7 +331,7 @@ class Start:
         while event := watch.next(program.pid, ("changed",), 2):
             if event[2][1] >= many:
                 self.whole = (event[0] - program.started) / 1e6
-        self.memory = pss_of(program.pid)
+        self.memory = memory_of(program.pid, "Pss")
         program.end()
 
 
@@ -389,17 +394,17 @@ class Residence:
         place = wait_for("the icon", badge_place, 0.2)
         output("xdotool", "mousemove", str(place[0]), str(place[1]))
         self.before = Hidden(program.pid, amounts.hidden_seconds)
-        self.memory = pss_of(program.pid)
+        self.memory = memory_of(program.pid, "Pss")
         open_and_close(watch, program.pid, 1)
         self.after = Hidden(program.pid, amounts.hidden_seconds)
         open_and_close(watch, program.pid, amounts.warm_up - 1)
         settle(program.pid, 2)
-        first = pss_of(program.pid)
+        first = memory_of(program.pid, "Rss")
         began = time.monotonic()
         open_and_close(watch, program.pid, amounts.openings)
         self.opening = (time.monotonic() - began) / amounts.openings * 1e3
         settle(program.pid, 2)
-        self.growth = pss_of(program.pid) - first
+        self.growth = memory_of(program.pid, "Rss") - first
         program.end()
         watch.close()
 
@@ -425,6 +430,14 @@ class Table:
             + (f"   {note}" if note else ""))
 
 
+def maps_of_all():
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            yield (process / "maps").read_text()
+        except OSError:
+            continue  # it has ended, or is somebody else's
+
+
 def describe_machine():
     cpu = next((line.split(":", 1)[1].strip() for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines()
         if line.startswith("model name")), platform.machine())
@@ -433,6 +446,10 @@ def describe_machine():
     names = ("libqt6core6", "libqt6widgets6", "libc6", "xvfb", "xfce4-panel", "xfwm4")
     versions = output("dpkg-query", "-W", "-f", "${Package} ${Version}\\n", *names).decode().split("\n")
     print("; ".join(sorted({line for line in versions if line})))
+    sharing = sum("libQt6Core" in maps for maps in maps_of_all())
+    if sharing > 1:
+        print(f"{sharing} programs use the toolkit already: memory in parts is less than on a quiet machine, and most "
+            "of all for the bare program")
 
 
 def report(starts, residence, amounts):

@@ -39,6 +39,8 @@ public:
         return count;
     }
 
+    [[nodiscard]] bool hasThread(const QString &name) const { return m_names.values().contains(name); }
+
     /// Which threads these were.
     [[nodiscard]] QByteArray describeSince(const ProcessActivity &earlier) const
     {
@@ -50,11 +52,12 @@ public:
         return words.join(QStringLiteral(", ")).toUtf8();
     }
 
-    /// Of everything that it holds, in KiB; what it shares counts in part.
+    /// Of everything that it holds, in KiB. What it shares counts whole, so that others, which come and go,
+    /// make no difference.
     static qint64 memory(qint64 process)
     {
         const QByteArray rollup = contents(QStringLiteral("/proc/%1/smaps_rollup").arg(process));
-        return field(rollup, "Pss:").split(' ').constFirst().toLongLong();
+        return field(rollup, "Rss:").split(' ').constFirst().toLongLong();
     }
 
 private:
