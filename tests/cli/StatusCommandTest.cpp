@@ -485,7 +485,8 @@ private Q_SLOTS:
     void shouldAskNobody()
     {
         save(sampleSnapshot(1));
-        m_harness->environment.withStore = [](const StoreCommand &) -> tl::expected<ExitCode, QString> {
+        m_harness->environment.performSession
+            = [](const SessionRequest &) -> tl::expected<SessionOutcome, QString> {
             qFatal("the service was asked");
         };
         m_harness->environment.deliverReminders
