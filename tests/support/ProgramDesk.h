@@ -17,13 +17,16 @@ class ProgramDesk {
 public:
     static QString panelTitle() { return QStringLiteral("Orbitledge"); }
 
-    ProgramDesk()
+    /// `serviceArguments` are more options of the service, for instance {"--populate", "200"}.
+    explicit ProgramDesk(XfceDesk::Edge edge = XfceDesk::Edge::Top, const QStringList &serviceArguments = {})
         : m_lab({.hasDisplay = true})
-        , m_desk(m_lab)
+        , m_desk(m_lab, edge)
         , m_environment(m_lab.environment())
     {
         m_lab.startKeyring(DesktopLab::Keyring::Unlocked);
-        if (!m_service.start({}, {QStringLiteral("--today"), QDate::currentDate().toString(Qt::ISODate)}))
+        if (!m_service.start({},
+                QStringList{QStringLiteral("--today"), QDate::currentDate().toString(Qt::ISODate)}
+                    + serviceArguments))
             qFatal("no service: %s", qPrintable(m_service.problem()));
         for (const char *variable : {"ORBITLEDGE_API_URL", "ORBITLEDGE_WEB_URL"})
             set(variable, m_service.baseUrl().toString());
