@@ -104,8 +104,8 @@ QCoro::Task<Performed> performSession(SessionRequest request)
         const auto answer = co_await asking;
         if (!answer)
             co_return tl::make_unexpected(answer.error());
-        if (*answer)
-            co_return **answer;
+        if (const std::optional<SessionOutcome> &done = *answer)
+            co_return SessionOutcome(*done);
         // Another command may have it, or a program that is only just starting.
         const ProgramLocks::Attempt turn = ProgramLocks::takeSession();
         // Where no lock can be had there is no folder to share either.

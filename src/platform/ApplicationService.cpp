@@ -9,7 +9,7 @@ namespace orbitledge {
 namespace {
 
 struct NamedAction {
-    ApplicationAction action;
+    ApplicationAction action = ApplicationAction::Open;
     QLatin1StringView name;
 };
 

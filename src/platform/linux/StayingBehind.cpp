@@ -29,6 +29,8 @@ void letGoOfEverything()
     (void)::chdir("/"); // whatever it was, it can be unmounted
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg,hicpp-vararg): POSIX has it so
     const OwnedDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    if (nothing.get() < 0)
+        return;
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         (void)::dup2(nothing.get(), standard);
 }
@@ -51,10 +53,9 @@ void letGoOfEverything()
 std::optional<int> readAnswer(int answers)
 {
     int answer = 0;
-    ssize_t size = -1;
-    do
+    ssize_t size = ::read(answers, &answer, sizeof answer);
+    while (size < 0 && errno == EINTR)
         size = ::read(answers, &answer, sizeof answer);
-    while (size < 0 && errno == EINTR);
     return size == static_cast<ssize_t>(sizeof answer) ? std::optional(answer) : std::nullopt;
 }
 

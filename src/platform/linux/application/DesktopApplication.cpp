@@ -32,9 +32,12 @@ std::optional<SessionRequest> requestOf(const QDBusMessage &call)
     if (call.member() == u"SignOut")
         return SignOutRequest();
     const auto descriptor = call.arguments().value(2).value<QDBusUnixFileDescriptor>();
-    const auto content
-        = descriptor.isValid() ? SealedMessage::read(descriptor.fileDescriptor()) : std::nullopt;
-    const qsizetype end = content ? content->indexOf('\0') : -1;
+    if (!descriptor.isValid())
+        return std::nullopt;
+    const auto content = SealedMessage::read(descriptor.fileDescriptor());
+    if (!content)
+        return std::nullopt;
+    const qsizetype end = content->indexOf('\0');
     if (end < 0)
         return std::nullopt;
     return SignInRequest{
@@ -63,6 +66,9 @@ DesktopApplication::DesktopApplication(QString applicationId, std::chrono::milli
     , m_patience(patience)
     , m_session(std::make_shared<Session>())
 {
+    m_telling.setSingleShot(true);
+    m_telling.setInterval(0);
+    connect(&m_telling, &QTimer::timeout, this, &DesktopApplication::tell);
     new FreedesktopApplicationAdaptor(
         this, [this](const QString &action, const QVariantList &parameters, const QVariantMap &platformData) {
             return take(action, parameters, platformData);
@@ -79,7 +85,9 @@ QCoro::Task<DesktopApplication::Claim> DesktopApplication::claim()
         co_return Claim::NoBus;
     QDBusConnection bus = QDBusConnection::sessionBus();
     // Before the name: who finds that finds this too.
-    if (!bus.registerObject(ApplicationBus::pathOf(m_applicationId), this, QDBusConnection::ExportAdaptors))
+    const QString path = ApplicationBus::pathOf(m_applicationId);
+    m_isExported = m_isExported || bus.registerObject(path, this, QDBusConnection::ExportAdaptors);
+    if (!m_isExported)
         co_return Claim::NoBus;
     constexpr uint doNotQueue = 4;
     constexpr uint isPrimaryOwner = 1;
@@ -102,8 +110,13 @@ QCoro::Task<DesktopApplication::Claim> DesktopApplication::claim()
 void DesktopApplication::begin()
 {
     m_hasBegun = true;
-    for (const auto &tell : std::exchange(m_waiting, {}))
-        tell();
+    m_telling.start();
+}
+
+void DesktopApplication::tell()
+{
+    for (const auto &request : std::exchange(m_requests, {}))
+        request();
 }
 
 void DesktopApplication::serve(std::shared_ptr<SessionService> session, const SessionPlace &place)
@@ -117,21 +130,21 @@ bool DesktopApplication::take(
     const QString &action, const QVariantList &parameters, const QVariantMap &platformData)
 {
     const QString token = ApplicationBus::activationToken(platformData);
-    std::function<void()> tell;
+    std::function<void()> request;
     if (const auto known = applicationActionNamed(action)) {
-        tell = [this, known = *known, token] { Q_EMIT requested(known, token); };
+        request = [this, known = *known, token] { Q_EMIT requested(known, token); };
     } else if (action == QLatin1StringView(ApplicationBus::openReminder)) {
         const QVariant page = unwrapped(parameters.value(0));
         if (page.metaType() != QMetaType::fromType<QString>())
             return false;
-        tell = [this, page = page.toString(), token] { Q_EMIT pageRequested(page, token); };
+        request = [this, page = page.toString(), token] { Q_EMIT pageRequested(page, token); };
     } else {
         return false;
     }
+    m_requests.push_back(std::move(request));
+    // After the answer: it may be to quit.
     if (m_hasBegun)
-        QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection); // after the answer: it may be to quit
-    else
-        m_waiting.push_back(std::move(tell));
+        m_telling.start();
     return true;
 }
 

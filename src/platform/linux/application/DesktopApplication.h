@@ -6,6 +6,7 @@
 
 #include <QCoroTask>
 #include <QDBusMessage>
+#include <QTimer>
 #include <QVariantList>
 
 #include <chrono>
@@ -32,7 +33,8 @@ public:
         /// There is no bus, or it does not let us.
         NoBus,
     };
-    /// Asks to be the one that runs. Who finds this one from then on is heard, and answered later.
+    /// Asks to be the one that runs; again where the other one has gone. Who finds this one from then on is
+    /// heard, and answered later.
     QCoro::Task<Claim> claim();
 
     /// Requests are told from now on, first those that came before.
@@ -44,14 +46,17 @@ public:
 private:
     struct Session;
 
+    void tell();
     bool take(const QString &action, const QVariantList &parameters, const QVariantMap &platformData);
     static QCoro::Task<void> answer(std::shared_ptr<Session> session, QDBusMessage call);
 
     QString m_applicationId;
     std::chrono::milliseconds m_patience;
+    bool m_isExported = false;
     bool m_hasBegun = false;
-    /// What came before.
-    std::vector<std::function<void()>> m_waiting;
+    /// What is yet to be told.
+    std::vector<std::function<void()>> m_requests;
+    QTimer m_telling;
     std::shared_ptr<Session> m_session;
 };
 

@@ -103,13 +103,19 @@ std::optional<QDBusMessage> callFor(
     return call;
 }
 
-QCoro::Task<void> settleWhenAnswered(QDBusMessage call, std::shared_ptr<OneShot<QDBusMessage>> end)
+/// A call that is under way.
+struct PendingCall {
+    OneShot<bool> end;
+    QDBusMessage answer;
+};
+
+QCoro::Task<void> settleWhenAnswered(QDBusMessage sent, std::shared_ptr<PendingCall> call)
 {
     // Without limit: a person may be at a prompt of the keyring. The bus tells of one who went away.
     const QDBusPendingCall pending
-        = QDBusConnection::sessionBus().asyncCall(call, std::numeric_limits<int>::max());
-    QDBusMessage answer = co_await pending;
-    end->settle(std::move(answer));
+        = QDBusConnection::sessionBus().asyncCall(sent, std::numeric_limits<int>::max());
+    call->answer = co_await pending;
+    call->end.settle(true);
 }
 
 enum class Sign { Alive, Gone, Mute, Elsewhere };
@@ -145,27 +151,27 @@ QCoro::Task<Performed> performAt(
     if (!call)
         co_return tl::make_unexpected(u"The password cannot be passed on to Orbitledge, which is running."_s);
 
-    const auto end = std::make_shared<OneShot<QDBusMessage>>();
-    settleWhenAnswered(*call, end);
-    std::optional<QDBusMessage> answer;
+    const auto pending = std::make_shared<PendingCall>();
+    settleWhenAnswered(*call, pending);
     while (true) {
-        answer = co_await end->settledWithin(patience);
-        if (answer)
+        const std::optional<bool> end = co_await pending->end.settledWithin(patience);
+        if (end)
             break;
         const Life still = co_await lookAfter(owner, check, patience);
         if (still.sign == Sign::Mute)
             co_return tl::make_unexpected(still.sentence);
     }
-    if (isAnswer(*answer)) {
-        const QList<QVariant> values = answer->arguments();
+    const QDBusMessage &answer = pending->answer;
+    if (isAnswer(answer)) {
+        const QList<QVariant> values = answer.arguments();
         co_return SessionOutcome{.isDone = values.value(0).toBool(),
             .problem = values.value(1).toString(),
             .subscriptionCount = values.value(2).toLongLong()};
     }
     // What it had begun may be done or not, and is not begun again.
-    if (QDBusError(*answer).type() == QDBusError::NoReply)
+    if (QDBusError(answer).type() == QDBusError::NoReply)
         co_return tl::make_unexpected(u"Orbitledge ended before it was done with this. Try again."_s);
-    co_return tl::make_unexpected(answer->errorMessage());
+    co_return tl::make_unexpected(answer.errorMessage());
 }
 
 QCoro::Task<Reached> requestFrom(
