@@ -1,6 +1,7 @@
 #include "Require.h"
 #include "logos/EncodedPicture.h"
 #include "logos/LogoDecoder.h"
+#include "logos/cache/LogoCache.h"
 
 #include <QLoggingCategory>
 
