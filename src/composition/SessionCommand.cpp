@@ -55,8 +55,9 @@ QCoro::Task<tl::expected<WorkDone, QString>> work(SessionRequest request)
     });
     const auto session = parts->makeSession(store);
     auto performing = session->perform(std::move(request));
-    WorkDone done{.outcome = co_await performing};
-    if (done.outcome.isDone)
+    const SessionOutcome outcome = co_await performing;
+    WorkDone done{.outcome = outcome};
+    if (outcome.isDone)
         done.isReminderDue = co_await parts->notifications->prepareDelivery();
     co_return WorkDone(done);
 }

@@ -116,7 +116,12 @@ private Q_SLOTS:
             << uR"({"org.freedesktop.appearance": {"color-scheme": 1, "contrast": 1, "accent-color": [1.0]},
                     "org.gnome.desktop.interface": {"enable-animations": false, "text-scaling-factor": 1.25,
                                                     "gtk-theme": "Adwaita"}})"_s
-            << QByteArray("dark still 1.25");
+            << QByteArray("dark still 1.25 clear");
+        QTest::newRow("more contrast")
+            << uR"({"org.freedesktop.appearance": {"contrast": 1}})"_s << QByteArray("none moves 1 clear");
+        QTest::newRow("GNOME's high contrast")
+            << uR"({"org.gnome.desktop.a11y.interface": {"high-contrast": true}})"_s
+            << QByteArray("none moves 1 clear");
     }
     void shouldReadWhatIsPreferred()
     {
@@ -179,6 +184,9 @@ private Q_SLOTS:
         awaitLook("none still 1");
         m_portal->set(gnome, u"text-scaling-factor"_s, u"2.0"_s);
         awaitLook("none still 2");
+        m_portal->set(appearance, u"contrast"_s, u"1"_s);
+        awaitLook("none still 2 clear");
+        m_portal->set(appearance, u"contrast"_s, u"0"_s);
         m_portal->set(gnome, u"enable-animations"_s, u"true"_s);
         m_portal->set(gnome, u"text-scaling-factor"_s, u"1.0"_s);
         awaitLook(nothingPreferred);
@@ -191,7 +199,8 @@ private Q_SLOTS:
         awaitLook("dark moves 1");
         m_probe->awaitLine("changed");
         m_portal->set(appearance, u"color-scheme"_s, u"1"_s);
-        m_portal->set(appearance, u"contrast"_s, u"1"_s);
+        m_portal->set(appearance, u"contrast"_s, u"0"_s);
+        m_portal->set(appearance, u"contrast"_s, u"\"1\""_s);
         m_portal->set(u"org.kde.kdeglobals"_s, u"color-scheme"_s, u"2"_s);
         m_portal->set(gnome, u"text-scaling-factor"_s, u"\"large\""_s);
         m_portal->set(gnome, u"enable-animations"_s, u"[0.0]"_s);

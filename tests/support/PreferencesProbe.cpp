@@ -1,6 +1,7 @@
 /// A program that follows the desktop's preferences, as it is told on its standard input, one command a line:
 ///
-///     look      says "look" and dark, light or none, still or moves, and the text scale
+///     look      says "look" and dark, light or none, still or moves, the text scale, and
+///               "clear" where there is to be more contrast
 ///     quit
 ///
 /// It says by itself "changed" each time that something changed, and at the end for how many milliseconds at
@@ -31,7 +32,8 @@ QByteArray lookOf(const DesktopPreferences &preferences)
         : colors == DesktopPreferences::Colors::Light            ? "light"
                                                                  : "none";
     text += preferences.reducesMotion() ? " still " : " moves ";
-    return text + QByteArray::number(preferences.textScale());
+    text += QByteArray::number(preferences.textScale());
+    return preferences.increasesContrast() ? text + " clear" : text;
 }
 
 } // namespace
