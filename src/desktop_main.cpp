@@ -62,14 +62,16 @@ int drawPicture(const SystemParts &parts, const QString &file)
 /// Its threads work seldom and never much; a heap for each of them would be half a megabyte that nobody uses.
 void keepOneHeap()
 {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread yet
     ::mallopt(M_ARENA_MAX, 1);
 }
 
 /// What will not work without a session bus, where there is none.
-QString noticeFor(const QDBusConnection &bus)
+std::optional<QString> noticeFor(const QDBusConnection &bus)
 {
-    return bus.isConnected() ? QString()
-                             : u"There is no session bus, so signing in and reminders will not work."_s;
+    if (bus.isConnected())
+        return std::nullopt;
+    return u"There is no session bus, so signing in and reminders will not work."_s;
 }
 
 /// For the command that tells what is missing, which loads nothing graphical itself.

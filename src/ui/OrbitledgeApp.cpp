@@ -44,8 +44,8 @@ OrbitledgeApp::OrbitledgeApp(Parts parts)
           .dress = [this](QWidget *window) { m_appearance.applyTo(window); },
       })
 {
-    if (!m_parts.notice.isEmpty())
-        m_panel->setNotice(m_parts.notice);
+    if (m_parts.notice)
+        m_panel->setNotice(*m_parts.notice);
     m_appearance.applyTo(m_window.get());
     updateIconColors();
     m_window->setTakesEscape([this] { return m_panel->takeEscape(); });
@@ -204,7 +204,8 @@ void OrbitledgeApp::updateIcon()
 void OrbitledgeApp::updateIconColors()
 {
     m_icon.setColorScheme(m_appearance.colorScheme());
-    m_icon.setBarColorScheme(barColorScheme(m_parts.desktop, m_appearance.desktopColorScheme()));
+    m_icon.setBarColorScheme(
+        barColorScheme(m_parts.desktop.value_or(QByteArray()), m_appearance.desktopColorScheme()));
 }
 
 } // namespace orbitledge::ui

@@ -23,6 +23,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace orbitledge::ui {
 
@@ -46,10 +47,10 @@ public:
         /// Remembers where windows were; may be absent.
         std::shared_ptr<UserDefaults> defaults = nullptr;
         AboutProgram about = {};
-        /// What in this session keeps it from working, as a sentence for people; empty where nothing does.
-        QString notice = {};
-        /// As XDG_CURRENT_DESKTOP names it; may be empty.
-        QByteArray desktop = {};
+        /// What in this session keeps it from working, as a sentence for people; absent where nothing does.
+        std::optional<QString> notice = std::nullopt;
+        /// As XDG_CURRENT_DESKTOP names it; may be absent.
+        std::optional<QByteArray> desktop = std::nullopt;
         /// From then on the session is this program's to work with: until then another process is at work on
         /// it. May be absent; then it is from the start.
         std::shared_ptr<Completion> turn = nullptr;

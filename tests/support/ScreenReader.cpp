@@ -320,6 +320,23 @@ private:
 
 namespace {
 
+QString freshConnectionName()
+{
+    static int count = 0;
+    return u"screen-reader-%1"_s.arg(++count);
+}
+
+/// A bus makes its socket before it answers there.
+QDBusConnection connectionTo(const QString &address)
+{
+    QDBusConnection connection{QString()};
+    DesktopLab::await("the accessibility bus", [&] {
+        connection = QDBusConnection::connectToBus(address, freshConnectionName());
+        return connection.isConnected();
+    });
+    return connection;
+}
+
 /// A bus that only accessibility uses, as sessions start it for themselves. It is a child of the lab, so that
 /// it ends with the test whatever happens; desktops have a launcher between, which may leave it behind.
 QString startBus(DesktopLab &lab)
@@ -335,18 +352,12 @@ QString startBus(DesktopLab &lab)
     return address;
 }
 
-QString freshConnectionName()
-{
-    static int count = 0;
-    return u"screen-reader-%1"_s.arg(++count);
-}
-
 } // namespace
 
 ScreenReader::ScreenReader(DesktopLab &lab)
 {
     const QString address = startBus(lab);
-    m_bus = std::make_unique<Bus>(QDBusConnection::connectToBus(address, freshConnectionName()));
+    m_bus = std::make_unique<Bus>(connectionTo(address));
     m_address = std::make_unique<AccessibilityBusAddress>(lab.bus(), address);
     for (const QString &kind : {u"object:"_s, u"focus:"_s, u"window:"_s}) {
         const QDBusMessage answer = m_bus->call(
