@@ -1,4 +1,5 @@
 #include "platform/linux/PosixFileStore.h"
+#include "platform/linux/ProcessLock.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/notifications/NotificationQueue.h"
 #include "support/Dunst.h"
@@ -72,6 +73,13 @@ struct Session {
             qFatal("cannot start the program");
     }
 
+    /// Who is killed takes along the process that works for it, a moment later.
+    void awaitNobodyInCharge() const
+    {
+        const std::string lock = (file() + u".lock"_s).toStdString();
+        DesktopLab::await("the end of who delivers", [&] { return ProcessLock::take(lock)->has_value(); });
+    }
+
     void startMock(const QString &serverName)
     {
         lab.startService(Dunst::name(), u"/usr/bin/python3"_s,
@@ -81,8 +89,8 @@ struct Session {
     /// For the mock.
     void closeAll() const
     {
-        const QDBusMessage message = QDBusMessage::createMethodCall(Dunst::name(),
-            u"/org/freedesktop/Notifications"_s, u"app.orbitledge.Test"_s, u"CloseAll"_s);
+        const QDBusMessage message = QDBusMessage::createMethodCall(
+            Dunst::name(), u"/org/freedesktop/Notifications"_s, u"app.orbitledge.Test"_s, u"CloseAll"_s);
         QCOMPARE(lab.bus().call(message).type(), QDBusMessage::ReplyMessage);
     }
 
@@ -232,6 +240,7 @@ private Q_SLOTS:
                 ++inTime;
             else
                 duration = std::clamp<qint64>(lived, 1, duration); // the machine is less busy than it was
+            session.awaitNobodyInCharge();
             QCOMPARE(session.deliver().exitCode, 0);
             // Or each would have somebody waiting for a click.
             session.closeAll();
