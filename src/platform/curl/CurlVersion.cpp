@@ -10,7 +10,7 @@ QString curlVersion()
     if (library == nullptr)
         return QStringLiteral("missing");
     const curl_version_info_data *const information = library->versionInfo(CURLVERSION_NOW);
-    const QString version = QString::fromLatin1(information->version);
+    QString version = QString::fromLatin1(information->version);
     if (information->ssl_version == nullptr)
         return version;
     return version + QStringLiteral(" (%1)").arg(QLatin1StringView(information->ssl_version));
