@@ -73,7 +73,7 @@ private Q_SLOTS:
     {
         m_desk.emplace();
         m_reader.emplace(m_desk->lab());
-        m_desk->set("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", u"1"_s);
+        ScreenReader::addVariables(m_desk->environment());
         Dunst dunst(m_desk->lab());
         dunst.start();
         // What it is sent does not lie over what is looked at.

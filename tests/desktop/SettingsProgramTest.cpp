@@ -95,7 +95,7 @@ private Q_SLOTS:
         m_reader.emplace(m_desk->lab());
         m_typist.emplace(*m_desk, *m_reader);
         m_dunst.emplace(m_desk->lab());
-        m_desk->set("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", u"1"_s);
+        ScreenReader::addVariables(m_desk->environment());
         m_desk->desk().startWindowManager(XfceDesk::Compositing::Off);
     }
     void cleanup()

@@ -104,7 +104,7 @@ private Q_SLOTS:
         ProgramDesk desk;
         ScreenReader reader(desk.lab());
         Typist typist(desk, reader);
-        desk.set("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", u"1"_s);
+        ScreenReader::addVariables(desk.environment());
         desk.set("https_proxy", u"http://127.0.0.1:%1"_s.arg(tunnel.serverPort()));
         desk.desk().startWindowManager(XfceDesk::Compositing::Off);
         desk.signIn();

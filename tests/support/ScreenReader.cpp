@@ -378,6 +378,9 @@ void ScreenReader::addVariables(QProcessEnvironment &environment)
 {
     // Without it the toolkit waits for a switch that desktops keep in their settings.
     environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
+    QString leaks = environment.value(u"LSAN_OPTIONS"_s);
+    environment.insert(
+        u"LSAN_OPTIONS"_s, leaks.replace(u"lsan-desktop.supp"_s, u"lsan-screen-reader.supp"_s));
 }
 
 void ScreenReader::awaitProgram(const QString &name)

@@ -36,6 +36,11 @@ PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, Q
     , m_texts(std::make_shared<PanelTexts>(locale))
     , m_logos(logos)
     , m_stack(new ScreenStack)
+    , m_notice(new ThemedLabel({},
+          {.designSize = 11,
+              .tone = Tone::Slate,
+              .overflow = ThemedLabel::Overflow::Wrap,
+              .alignment = Qt::AlignHCenter | Qt::AlignVCenter}))
     , m_checking(new SessionCheckPanel)
     , m_settingsKeys(new QShortcut(settingsKeys, this))
 {
@@ -43,6 +48,12 @@ PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, Q
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(m_stack, 1);
+    constexpr int edge = 20;
+    auto *const noticeRow = new QHBoxLayout;
+    noticeRow->setContentsMargins(edge, 0, edge, edge);
+    noticeRow->addWidget(m_notice);
+    layout->addLayout(noticeRow);
+    updateNotice();
     m_stack->add(m_checking);
     connect(m_settingsKeys, &QShortcut::activated, this, &PanelView::settingsRequested);
     connect(&store, &AppStore::changed, this, &PanelView::follow);
@@ -133,18 +144,6 @@ void PanelView::leave(PanelScreen screen, QWidget *widget)
 
 void PanelView::setNotice(const QString &sentence)
 {
-    if (m_notice == nullptr) {
-        m_notice = new ThemedLabel({},
-            {.designSize = 11,
-                .tone = Tone::Slate,
-                .overflow = ThemedLabel::Overflow::Wrap,
-                .alignment = Qt::AlignHCenter | Qt::AlignVCenter});
-        constexpr int edge = 20;
-        auto *const row = new QHBoxLayout;
-        row->setContentsMargins(edge, 0, edge, edge);
-        row->addWidget(m_notice);
-        static_cast<QVBoxLayout *>(layout())->addLayout(row);
-    }
     m_notice->setText(sentence);
     updateNotice();
 }
@@ -152,8 +151,7 @@ void PanelView::setNotice(const QString &sentence)
 void PanelView::updateNotice()
 {
     const bool isSignedIn = m_screen == PanelScreen::Timeline || m_screen == PanelScreen::QuickAdd;
-    if (m_notice != nullptr)
-        m_notice->setVisible(!m_notice->text().isEmpty() && !isSignedIn);
+    m_notice->setVisible(!m_notice->text().isEmpty() && !isSignedIn);
 }
 
 QWidget *PanelView::makeQuickAdd()

@@ -62,7 +62,7 @@ private:
     std::shared_ptr<PanelTexts> m_texts;
     LogoImages *m_logos;
     ScreenStack *m_stack;
-    ThemedLabel *m_notice = nullptr;
+    ThemedLabel *m_notice;
     PanelScreen m_screen = PanelScreen::CheckingSession;
     QWidget *m_checking;
     SessionRecoveryPanel *m_recovery = nullptr;
