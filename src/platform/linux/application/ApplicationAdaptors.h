@@ -23,7 +23,7 @@ public:
     FreedesktopApplicationAdaptor(QObject *object, Handler handler);
 
     // Called by the bus.
-    // NOLINTBEGIN(readability-identifier-naming): the specification names them
+    // NOLINTBEGIN(readability-identifier-naming): so they are called on every bus
     Q_SLOT void Activate(const QVariantMap &platformData);
     Q_SLOT void Open(const QStringList &uris, const QVariantMap &platformData);
     Q_SLOT void ActivateAction(const QString &name, const QVariantList &parameters,
