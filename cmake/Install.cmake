@@ -14,8 +14,8 @@ install(CODE "
     include([[${PROJECT_SOURCE_DIR}/cmake/InstallDesktopFiles.cmake]])")
 
 install(TARGETS orbitledge RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-# Nobody calls it by its name: the program looks for it there.
-install(TARGETS orbitledge-desktop RUNTIME DESTINATION libexec/orbitledge)
+# Nobody calls them by their names: the program looks for them there.
+install(TARGETS orbitledge-command orbitledge-desktop RUNTIME DESTINATION libexec/orbitledge)
 
 include(Icons)
 

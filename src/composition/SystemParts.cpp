@@ -82,7 +82,7 @@ std::shared_ptr<LaunchAtLoginController> makeLaunchAtLogin(
 
 std::filesystem::path SystemParts::programPath()
 {
-    return InstalledPrograms::besides(QCoreApplication::applicationFilePath().toStdString()).command;
+    return InstalledPrograms::besides(QCoreApplication::applicationFilePath().toStdString()).started;
 }
 
 std::shared_ptr<NotificationDisplay> SystemParts::makeNotificationDisplay(Presence presence)

@@ -6,7 +6,7 @@ namespace orbitledge {
 
 namespace {
 
-constexpr auto commandName = "orbitledge";
+constexpr auto startedName = "orbitledge";
 constexpr auto desktopName = "orbitledge-desktop";
 
 std::filesystem::path firstThere(const std::filesystem::path &beside, const std::filesystem::path &installed)
@@ -20,11 +20,8 @@ std::filesystem::path firstThere(const std::filesystem::path &beside, const std:
 InstalledPrograms InstalledPrograms::besides(const std::filesystem::path &self)
 {
     const std::filesystem::path folder = self.parent_path();
-    if (self.filename() == desktopName)
-        return {
-            .command = firstThere(folder / commandName, folder / "../../bin" / commandName), .desktop = self};
-    return {.command = self,
-        .desktop = firstThere(folder / desktopName, folder / "../libexec/orbitledge" / desktopName)};
+    return {.started = firstThere(folder / startedName, folder / "../../bin" / startedName),
+        .desktop = folder / desktopName};
 }
 
 } // namespace orbitledge

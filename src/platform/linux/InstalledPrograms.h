@@ -4,16 +4,15 @@
 
 namespace orbitledge {
 
-/// The program is two executables, so that its commands load nothing graphical: the one that people start,
-/// and the one that it turns into where there is something to show. They lie beside each other where they
-/// were built, and in bin and libexec where they were installed.
+/// The program is three executables. People start "orbitledge", which turns at once into one of the others:
+/// "orbitledge-desktop", or "orbitledge-command", which loads nothing graphical. All lie beside each other
+/// where they were built; where they were installed, the first is in bin and the others are in libexec.
 struct InstalledPrograms {
-    /// "orbitledge"
-    std::filesystem::path command;
-    /// "orbitledge-desktop"
+    /// What others are to start.
+    std::filesystem::path started;
     std::filesystem::path desktop;
 
-    /// `self` is the absolute path of either.
+    /// `self` is the absolute path of the command or the desktop one.
     static InstalledPrograms besides(const std::filesystem::path &self);
 };
 
