@@ -15,7 +15,7 @@ install(CODE "
 
 install(TARGETS orbitledge RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 # Nobody calls them by their names: the program looks for them there.
-install(TARGETS orbitledge-command orbitledge-desktop RUNTIME DESTINATION libexec/orbitledge)
+install(TARGETS orbitledge-command orbitledge-desktop orbitledge-http RUNTIME DESTINATION libexec/orbitledge)
 
 include(Icons)
 

@@ -220,7 +220,8 @@ int main(int argc, char **argv)
         .workspace = parts->store.workspace,
         .preferences = std::make_shared<PortalPreferences>(),
         .locale = locale(),
-        .logos = std::make_shared<LoadedLogoImages>(makeLogos()),
+        .logos = std::make_shared<LoadedLogoImages>(makeLogos(
+            SystemParts::makeHttp(Presence::Resident, LogoLoader::sessionConfiguration()))),
         .style = qobject_cast<Style *>(QApplication::style()),
         .defaults = parts->defaults,
         .about = {

@@ -140,7 +140,7 @@ Verdict windowsVerdict(WindowsProgram program)
         return {.level = Failure,
             .state = "missing",
             .text = u"the program orbitledge-desktop is missing"_s,
-            .advice = u"Install Orbitledge anew: its two programs belong together."_s};
+            .advice = u"Install Orbitledge anew: its programs belong together."_s};
     case WindowsProgram::Broken:
         return {.level = Failure,
             .state = "broken",

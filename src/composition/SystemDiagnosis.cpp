@@ -71,7 +71,7 @@ std::shared_ptr<Diagnosis> makeDiagnosis()
         .variable = variable,
         .applicationId = id,
         .item = {.service = id, .account = own::keyringAccount(), .label = {}},
-        .program = programs.command,
+        .program = programs.started,
         .desktopProgram = programs.desktop,
         .autostartEntry = AutostartEntry::defaultLocation(directories).value_or(std::filesystem::path()),
         .configurationFolder = directories.configuration().value_or(directories.temporary()),

@@ -4,6 +4,7 @@
 #include "composition/OwnFiles.h"
 #include "platform/MonotonicTimer.h"
 #include "platform/curl/CurlHttpSession.h"
+#include "platform/httpprocess/ProcessHttpSession.h"
 #include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopWorkspace.h"
 #include "platform/linux/InstalledPrograms.h"
@@ -24,6 +25,8 @@
 
 #include <QCoreApplication>
 
+#include <system_error>
+
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;
@@ -38,6 +41,11 @@ QByteArray variable(const char *name)
 QString applicationId()
 {
     return QString::fromLatin1(build::applicationId);
+}
+
+InstalledPrograms installedPrograms()
+{
+    return InstalledPrograms::besides(QCoreApplication::applicationFilePath().toStdString());
 }
 
 DesktopNotificationCenter::Parts notificationParts(std::shared_ptr<NotificationDisplay> display)
@@ -82,7 +90,18 @@ std::shared_ptr<LaunchAtLoginController> makeLaunchAtLogin(
 
 std::filesystem::path SystemParts::programPath()
 {
-    return InstalledPrograms::besides(QCoreApplication::applicationFilePath().toStdString()).started;
+    return installedPrograms().started;
+}
+
+std::shared_ptr<HttpSession> SystemParts::makeHttp(
+    Presence presence, HttpSessionConfiguration configuration, std::shared_ptr<Connectivity> connectivity)
+{
+    const QByteArray userAgent = QByteArray("Orbitledge/") + build::version;
+    const std::filesystem::path program = installedPrograms().http;
+    std::error_code error;
+    if (presence == Presence::Resident && std::filesystem::exists(program, error))
+        return std::make_shared<ProcessHttpSession>(program, userAgent, std::move(configuration));
+    return std::make_shared<CurlHttpSession>(userAgent, std::move(configuration), std::move(connectivity));
 }
 
 std::shared_ptr<NotificationDisplay> SystemParts::makeNotificationDisplay(Presence presence)
@@ -120,8 +139,7 @@ tl::expected<SystemParts, QString> SystemParts::make(Presence presence)
     const XdgDirectories directories(variable);
     auto clock = std::make_shared<SystemClock>();
     auto connectivity = std::make_shared<RouteConnectivity>();
-    auto http = std::make_shared<CurlHttpSession>(
-        QByteArray("Orbitledge/") + build::version, HttpSessionConfiguration{}, connectivity);
+    auto http = makeHttp(presence, {}, connectivity);
     auto credentials = std::make_shared<SessionCredentialStore>(
         std::make_shared<DesktopKeychain>(), applicationId(), own::keyringAccount(), u"Orbitledge session"_s);
     auto notifications = makeNotifications(makeNotificationDisplay(presence));

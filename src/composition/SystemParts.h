@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/HttpSession.h"
 #include "platform/SessionService.h"
 #include "platform/linux/notifications/DesktopNotificationCenter.h"
 #include "service/SessionCredentialStoring.h"
@@ -36,6 +37,10 @@ struct SystemParts {
 
     /// The session that this store has.
     [[nodiscard]] std::shared_ptr<SessionService> makeSession(std::shared_ptr<AppStore> appStore) const;
+
+    /// What sends requests: of a process that stays, a program that is there only then, if it is installed.
+    static std::shared_ptr<HttpSession> makeHttp(Presence presence, HttpSessionConfiguration configuration,
+        std::shared_ptr<Connectivity> connectivity = nullptr);
 
     /// The part of it that shows reminders, alone.
     static std::shared_ptr<NotificationDisplay> makeNotificationDisplay(Presence presence);

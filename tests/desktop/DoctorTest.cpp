@@ -519,7 +519,8 @@ private Q_SLOTS:
     {
         const QString alone = m_lab->path(u"alone"_s);
         QVERIFY(QDir().mkpath(alone));
-        QVERIFY(QFile::copy(QStringLiteral(ORBITLEDGE_PROGRAM), alone + u"/orbitledge"_s));
+        for (const QString &name : {u"/orbitledge"_s, u"/orbitledge-command"_s})
+            QVERIFY(QFile::copy(QFileInfo(QStringLiteral(ORBITLEDGE_PROGRAM)).path() + name, alone + name));
         QProcess program;
         program.setProcessEnvironment(m_environment);
         program.start(alone + u"/orbitledge"_s, {u"doctor"_s, u"--json"_s});

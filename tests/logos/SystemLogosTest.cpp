@@ -1,5 +1,6 @@
 #include "composition/logos/SystemLogos.h"
 
+#include "platform/curl/CurlHttpSession.h"
 #include "platform/linux/PosixFileStore.h"
 #include "support/TestMain.h"
 
@@ -28,7 +29,7 @@ private Q_SLOTS:
                 .entityTag = {},
                 .lastModified = {}}));
 
-        const auto logos = makeLogos();
+        const auto logos = makeLogos(std::make_shared<CurlHttpSession>("Agent/1"));
         QVERIFY(logos->image(address).isNull());
         QTRY_COMPARE(logos->image(address).size(), QSize(4, 4));
     }

@@ -1,4 +1,5 @@
 #include "platform/curl/CurlHttpSession.h"
+#include "platform/httpprocess/ProcessHttpSession.h"
 #include "support/ClosedPort.h"
 #include "support/FaultServer.h"
 #include "support/Gzip.h"
@@ -77,6 +78,37 @@ private:
     bool m_isOffline = true;
 };
 
+/// By libcurl in this process, or in the program that is named here.
+constexpr auto programVariable = "ORBITLEDGE_TEST_HTTP_PROGRAM";
+
+class TestedSession final : public HttpSession {
+public:
+    explicit TestedSession(QByteArray userAgent, HttpSessionConfiguration configuration = {},
+        std::shared_ptr<Connectivity> connectivity = nullptr)
+        : m_session(make(std::move(userAgent), std::move(configuration), std::move(connectivity)))
+    {
+    }
+
+    [[nodiscard]] QCoro::Task<Outcome> send(HttpRequest request) override
+    {
+        return m_session->send(std::move(request));
+    }
+
+private:
+    static std::unique_ptr<HttpSession> make(QByteArray userAgent, HttpSessionConfiguration configuration,
+        std::shared_ptr<Connectivity> connectivity)
+    {
+        const QByteArray program = qgetenv(programVariable);
+        if (!program.isEmpty())
+            return std::make_unique<ProcessHttpSession>(
+                program.toStdString(), std::move(userAgent), std::move(configuration));
+        return std::make_unique<CurlHttpSession>(
+            std::move(userAgent), std::move(configuration), std::move(connectivity));
+    }
+
+    std::unique_ptr<HttpSession> m_session;
+};
+
 } // namespace
 
 /// The real client against a server that does as it is told.
@@ -88,7 +120,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll(FaultServer::whole(200, "{}"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         QVERIFY(
             QCoro::waitFor(session.send(post(server.url().resolved(QUrl(u"/a/b?c=%20d"_s)), "{\"e\":1}"))));
         QCOMPARE(server.requests().value(0),
@@ -102,7 +134,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll(FaultServer::whole(418, "short and stout",
             "Set-Cookie: a=1, b=2\r\nSet-Cookie: c=3\r\nX-Long: one\r\n two\r\nX-Empty:\r\n"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
         QVERIFY(outcome);
         QCOMPARE(outcome->statusCode, 418);
@@ -118,7 +150,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll(FaultServer::whole(200, "", "Set-Cookie: a=1; Path=/\r\n"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         QVERIFY(QCoro::waitFor(session.send(get(server.url()))));
         QVERIFY(QCoro::waitFor(session.send(get(server.url()))));
         QCOMPARE(server.requests().size(), 2);
@@ -129,7 +161,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll(FaultServer::whole(200, ""));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         QUrl url = server.url();
         url.setUserInfo(u"name:secret"_s);
         QVERIFY(QCoro::waitFor(session.send(get(url))));
@@ -139,7 +171,7 @@ private Q_SLOTS:
     void shouldRefuseAHeaderThatWouldMakeAnother()
     {
         FaultServer server;
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         HttpRequest request = get(server.url());
         request.headers = {{"Cookie", "a=1\r\nX-Evil: 1"}};
         const Outcome outcome = QCoro::waitFor(session.send(request));
@@ -165,7 +197,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, header);
         FaultServer server;
         server.answerAll(FaultServer::whole(200, "{}"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         HttpRequest request = get(server.url());
         request.method = method;
         request.headers = {{header, "1"}};
@@ -179,7 +211,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll(FaultServer::whole(200, "{}"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         QUrl url = server.url();
         url.setPath(u"/a\r\nX-Evil: 1\u0000b"_s);
         url.setQuery(u"c=\r\n\r\nGET /d"_s);
@@ -193,7 +225,7 @@ private Q_SLOTS:
         FaultServer server;
         server.greetWith(
             {Send{FaultServer::response(413, "{}", "Connection: close\r\n")}, FaultServer::Wait{5s}});
-        CurlHttpSession session("Agent/1", modest());
+        TestedSession session("Agent/1", modest());
         const Outcome outcome = QCoro::waitFor(session.send(post(server.url(), QByteArray(8 << 20, 'x'))));
         QVERIFY(outcome);
         QCOMPARE(outcome->statusCode, 413);
@@ -204,7 +236,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.greetWith({FaultServer::Wait{5s}});
-        CurlHttpSession session("Agent/1", impatient());
+        TestedSession session("Agent/1", impatient());
         const Outcome outcome = QCoro::waitFor(session.send(post(server.url(), QByteArray(8 << 20, 'x'))));
         QVERIFY(!outcome);
         QCOMPARE(outcome.error().kind, Kind::TimedOut);
@@ -225,7 +257,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, sent);
         FaultServer server;
         server.answerAll(FaultServer::whole(200, sent, "Content-Encoding: " + coding + "\r\n"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
         QVERIFY(outcome);
         QCOMPARE(outcome->body, "{\"a\":[1,2,3]}"_ba);
@@ -236,7 +268,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll({Send{"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Early Hints\r\nLink: a\r\n\r\n"},
             Send{FaultServer::response(200, "{}")}});
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
         QVERIFY(outcome);
         QCOMPARE(outcome->statusCode, 200);
@@ -248,7 +280,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll({Send{"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
                                "2;name=value\r\n{\"\r\n5\r\na\":1}\r\n0\r\nX-Trailer: 1\r\n\r\n"}});
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
         QVERIFY(outcome);
         QCOMPARE(outcome->body, "{\"a\":1}"_ba);
@@ -348,7 +380,7 @@ private Q_SLOTS:
         for (const HttpRequest &request : {get(server.url()), post(server.url(), "{}")}) {
             const double stretch = longestStretch([&] {
                 const qsizetype before = server.requests().size();
-                CurlHttpSession session("Agent/1", configuration);
+                TestedSession session("Agent/1", configuration);
                 QElapsedTimer timer;
                 timer.start();
                 const Outcome outcome = QCoro::waitFor(session.send(request));
@@ -367,7 +399,7 @@ private Q_SLOTS:
     {
         const QByteArray whole = FaultServer::response(200, "{\"a\":1}", "Set-Cookie: a=b\r\n");
         FaultServer server;
-        CurlHttpSession session("Agent/1", modest());
+        TestedSession session("Agent/1", modest());
         for (qsizetype length = 0; length < whole.size(); ++length) {
             server.answerNext({Send{whole.first(length)}});
             const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
@@ -384,7 +416,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll({Send{"HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\n"},
             FaultServer::SendForever{gzip(QByteArray(16 << 20, '\0'))}});
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const double stretch = longestStretch([&] {
             const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
             QVERIFY(!outcome);
@@ -399,7 +431,7 @@ private Q_SLOTS:
         server.answerNext(FaultServer::whole(200, QByteArray(1 << 20, 'a')));
         server.answerNext(
             FaultServer::whole(200, gzip(QByteArray(1 << 20, 'a')), "Content-Encoding: gzip\r\n"));
-        CurlHttpSession session("Agent/1", modest());
+        TestedSession session("Agent/1", modest());
         for (int i = 0; i < 2; ++i) {
             const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
             QVERIFY(outcome);
@@ -415,7 +447,7 @@ private Q_SLOTS:
             {Send{"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n"}, FaultServer::Drip{"[1,2,3,4 ]", 300ms}});
         HttpSessionConfiguration configuration;
         configuration.requestTimeout = 2s;
-        CurlHttpSession session("Agent/1", configuration);
+        TestedSession session("Agent/1", configuration);
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
         QVERIFY(outcome);
         QCOMPARE(outcome->body, "[1,2,3,4 ]"_ba);
@@ -425,7 +457,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll({FaultServer::StayMute{}});
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         HttpRequest request = get(server.url());
         request.idleTimeout = 100ms;
         QElapsedTimer timer;
@@ -455,7 +487,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerNext(FaultServer::whole(status, "moved", "Location: ../b?c=d#e\r\n"));
         server.answerNext(FaultServer::whole(200, "there"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         HttpRequest request = post(server.url().resolved(QUrl(u"/a/x"_s)), "{\"a\":1}");
         request.method = method;
         if (method == "GET")
@@ -479,7 +511,7 @@ private Q_SLOTS:
                 "//LOCALHOST:" + port + "/there", "http://%6Cocalhost:0" + port + "/there"}) {
             server.answerNext(FaultServer::whole(307, "", "Location: " + location + "\r\n"));
             server.answerNext(FaultServer::whole(200, "there"));
-            CurlHttpSession session("Agent/1");
+            TestedSession session("Agent/1");
             const Outcome outcome
                 = QCoro::waitFor(session.send(post(server.url(u"localhost"_s), "{\"a\":1}")));
             QVERIFY(outcome);
@@ -496,7 +528,7 @@ private Q_SLOTS:
         for (const int status : {307, 302, 307, 308})
             server.answerNext(FaultServer::whole(status, "", "Location: /next\r\n"));
         server.answerNext(FaultServer::whole(200, "there"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         QVERIFY(QCoro::waitFor(session.send(post(server.url(), "{\"a\":1}"))));
         QByteArrayList methods;
         for (const QByteArray &request : server.requests()) {
@@ -530,7 +562,7 @@ private Q_SLOTS:
                                         .replace(u"%2"_s, QString::number(server.port()))
                                         .toUtf8();
         server.answerAll(FaultServer::whole(302, "elsewhere", "Location: " + location + "\r\n"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         for (const HttpRequest &request : {post(server.url(), "{\"secret\":1}"), get(server.url())}) {
             const qsizetype before = server.requests().size();
             const Outcome outcome = QCoro::waitFor(session.send(request));
@@ -546,7 +578,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll(FaultServer::whole(302, "", "Location: /\r\n"));
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
         QVERIFY(!outcome);
         QCOMPARE(outcome.error().kind, Kind::TooManyRedirects);
@@ -561,7 +593,7 @@ private Q_SLOTS:
         server.answerAll({FaultServer::Wait{400ms}, Send{FaultServer::response(302, "", "Location: /\r\n")}});
         HttpSessionConfiguration configuration;
         configuration.resourceTimeout = 1500ms;
-        CurlHttpSession session("Agent/1", configuration);
+        TestedSession session("Agent/1", configuration);
         QElapsedTimer timer;
         timer.start();
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
@@ -577,7 +609,7 @@ private Q_SLOTS:
         server.answerAll(FaultServer::whole(200, "{}"));
         HttpSessionConfiguration configuration;
         configuration.certificateAuthorities = certificate.file();
-        CurlHttpSession session("Agent/1", configuration);
+        TestedSession session("Agent/1", configuration);
         const Outcome outcome = QCoro::waitFor(session.send(get(server.url())));
         QVERIFY(outcome);
         QCOMPARE(outcome->body, "{}"_ba);
@@ -587,7 +619,7 @@ private Q_SLOTS:
     {
         const TestCertificate certificate;
         FaultServer selfSigned(certificate.forServer());
-        CurlHttpSession distrusting("Agent/1");
+        TestedSession distrusting("Agent/1");
         const Outcome unknown = QCoro::waitFor(distrusting.send(post(selfSigned.url(), "{\"secret\":1}")));
         QVERIFY(!unknown);
         QCOMPARE(unknown.error().kind, Kind::TlsFailed);
@@ -597,7 +629,7 @@ private Q_SLOTS:
         FaultServer wrongName(forAnother.forServer());
         HttpSessionConfiguration configuration;
         configuration.certificateAuthorities = forAnother.file();
-        CurlHttpSession trusting("Agent/1", configuration);
+        TestedSession trusting("Agent/1", configuration);
         const Outcome another = QCoro::waitFor(trusting.send(post(wrongName.url(), "{\"secret\":1}")));
         QVERIFY(!another);
         QCOMPARE(another.error().kind, Kind::TlsFailed);
@@ -610,7 +642,7 @@ private Q_SLOTS:
         server.greetWith({Send{"HTTP/1.1 400 Bad Request\r\n\r\n"}});
         QUrl url = server.url();
         url.setScheme(u"https"_s);
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(url)));
         QVERIFY(!outcome);
         QCOMPARE(outcome.error().kind, Kind::TlsFailed);
@@ -620,7 +652,7 @@ private Q_SLOTS:
     {
         const ClosedPort closed;
         const QUrl url = closed.url();
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(url)));
         QVERIFY(!outcome);
         QCOMPARE(outcome.error().kind, Kind::CannotConnect);
@@ -629,7 +661,7 @@ private Q_SLOTS:
     void shouldFailWhereTheNameIsUnknown()
     {
         // RFC 6761, section 6.4: this never is anybody's name.
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome outcome = QCoro::waitFor(session.send(get(QUrl(u"http://host.invalid/"_s))));
         QVERIFY(!outcome);
         QCOMPARE(outcome.error().kind, Kind::HostNotFound);
@@ -637,11 +669,13 @@ private Q_SLOTS:
 
     void shouldWaitForTheNetworkAndThenGoOn()
     {
+        if (qEnvironmentVariableIsSet(programVariable))
+            QSKIP("That program asks the system itself whether there is a network.");
         // A name that is not found while there is no network.
         auto connectivity = std::make_shared<FakeConnectivity>();
         HttpSessionConfiguration configuration;
         configuration.resourceTimeout = 20s;
-        CurlHttpSession session("Agent/1", configuration, connectivity);
+        TestedSession session("Agent/1", configuration, connectivity);
         auto task = session.send(get(QUrl(u"http://host.invalid/"_s)));
         QTest::qWait(300);
         QVERIFY(!task.isReady());
@@ -653,9 +687,11 @@ private Q_SLOTS:
 
     void shouldSayThatThereIsNoNetworkWhenItHasWaitedInVain()
     {
+        if (qEnvironmentVariableIsSet(programVariable))
+            QSKIP("That program asks the system itself whether there is a network.");
         HttpSessionConfiguration configuration;
         configuration.resourceTimeout = 3s; // more than it takes to hear that the name is unknown
-        CurlHttpSession session("Agent/1", configuration, std::make_shared<FakeConnectivity>());
+        TestedSession session("Agent/1", configuration, std::make_shared<FakeConnectivity>());
         const Outcome outcome = QCoro::waitFor(session.send(get(QUrl(u"http://host.invalid/"_s))));
         QVERIFY(!outcome);
         QCOMPARE(outcome.error().kind, Kind::Offline);
@@ -663,17 +699,21 @@ private Q_SLOTS:
 
     void shouldTryAtOnceWhateverTheMachineSays()
     {
+        if (qEnvironmentVariableIsSet(programVariable))
+            QSKIP("That program asks the system itself whether there is a network.");
         FaultServer server;
         server.answerAll(FaultServer::whole(200, "{}"));
-        CurlHttpSession session("Agent/1", {}, std::make_shared<FakeConnectivity>());
+        TestedSession session("Agent/1", {}, std::make_shared<FakeConnectivity>());
         QVERIFY(QCoro::waitFor(session.send(get(server.url()))));
     }
 
     void shouldNeverWaitForAHostOfThisMachine()
     {
+        if (qEnvironmentVariableIsSet(programVariable))
+            QSKIP("That program asks the system itself whether there is a network.");
         const ClosedPort closed;
         const QUrl url = closed.url(u"localhost"_s);
-        CurlHttpSession session("Agent/1", {}, std::make_shared<FakeConnectivity>());
+        TestedSession session("Agent/1", {}, std::make_shared<FakeConnectivity>());
         QElapsedTimer timer;
         timer.start();
         const Outcome outcome = QCoro::waitFor(session.send(get(url)));
@@ -689,7 +729,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll(FaultServer::whole(200, "directly"));
         qputenv("http_proxy", proxy.url().toEncoded());
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         const Outcome remote = QCoro::waitFor(session.send(get(QUrl(u"http://host.invalid/a"_s))));
         const Outcome local = QCoro::waitFor(session.send(get(server.url())));
         qunsetenv("http_proxy");
@@ -703,7 +743,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll({FaultServer::Wait{200ms}, Send{FaultServer::response(200, "{}")}});
-        CurlHttpSession session("Agent/1");
+        TestedSession session("Agent/1");
         QElapsedTimer timer;
         timer.start();
         std::vector<QCoro::Task<Outcome>> tasks;
@@ -718,7 +758,7 @@ private Q_SLOTS:
     {
         FaultServer server;
         server.answerAll({FaultServer::StayMute{}});
-        auto session = std::make_unique<CurlHttpSession>("Agent/1");
+        auto session = std::make_unique<TestedSession>("Agent/1");
         auto task = session->send(get(server.url()));
         QTRY_COMPARE(server.requests().size(), 1);
         QElapsedTimer timer;
@@ -735,7 +775,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerAll(FaultServer::whole(200, QByteArray(50'000, 'a')));
         for (int milliseconds = 0; milliseconds < 10; ++milliseconds) {
-            auto session = std::make_unique<CurlHttpSession>("Agent/1");
+            auto session = std::make_unique<TestedSession>("Agent/1");
             std::vector<QCoro::Task<Outcome>> tasks;
             for (int i = 0; i < 50; ++i)
                 tasks.push_back(session->send(get(server.url())));
@@ -761,8 +801,8 @@ private Q_SLOTS:
             // The server too, which has its connections for a moment longer.
             FaultServer server;
             server.answerAll(FaultServer::whole(200, "{}"));
-            CurlHttpSession first("Agent/1");
-            CurlHttpSession second("Agent/2");
+            TestedSession first("Agent/1");
+            TestedSession second("Agent/2");
             auto answered = first.send(get(server.url()));
             auto failed = second.send(get(nobody));
             QVERIFY(QCoro::waitFor(answered));

@@ -6,8 +6,8 @@
 
 namespace orbitledge {
 
-/// Logos by the network and the disk of this system, with an HTTP session of their own. Needs an application
+/// Logos by the network and the disk of this system. Needs an application
 /// object. Nothing is fetched or read yet.
-std::shared_ptr<LogoLoader> makeLogos();
+std::shared_ptr<LogoLoader> makeLogos(std::shared_ptr<HttpSession> http);
 
 } // namespace orbitledge

@@ -8,6 +8,7 @@ namespace {
 
 constexpr auto startedName = "orbitledge";
 constexpr auto desktopName = "orbitledge-desktop";
+constexpr auto httpName = "orbitledge-http";
 
 std::filesystem::path firstThere(const std::filesystem::path &beside, const std::filesystem::path &installed)
 {
@@ -21,7 +22,8 @@ InstalledPrograms InstalledPrograms::besides(const std::filesystem::path &self)
 {
     const std::filesystem::path folder = self.parent_path();
     return {.started = firstThere(folder / startedName, folder / "../../bin" / startedName),
-        .desktop = folder / desktopName};
+        .desktop = folder / desktopName,
+        .http = folder / httpName};
 }
 
 } // namespace orbitledge
