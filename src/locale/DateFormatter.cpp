@@ -1,6 +1,7 @@
 #include "locale/DateFormatter.h"
 
 #include "locale/IcuText.h"
+#include "locale/IcuZone.h"
 
 #include <unicode/dtptngen.h>
 #include <unicode/gregocal.h>
@@ -69,10 +70,11 @@ public:
     }
 
 private:
-    /// One formatter for all patterns, since each has the names of all months and days. What makes patterns is
-    /// larger still, so it is asked for all of them at once, and goes.
+    /// One formatter for all patterns, since each has the names of all months and days. What makes patterns
+    /// is larger still, so it is asked for all of them at once, and goes.
     void prepare()
     {
+        keepIcuFromTheSystemsZone();
         UErrorCode status = U_ZERO_ERROR;
         const std::unique_ptr<icu::DateTimePatternGenerator> generator(
             icu::DateTimePatternGenerator::createInstance(m_locale, status));

@@ -1,6 +1,7 @@
 #include "locale/RegionData.h"
 
 #include "locale/IcuText.h"
+#include "locale/IcuZone.h"
 
 #include <unicode/calendar.h>
 
@@ -10,8 +11,9 @@ namespace orbitledge {
 
 int firstWeekdayNumber(const Locale &locale)
 {
+    keepIcuFromTheSystemsZone();
     UErrorCode status = U_ZERO_ERROR;
-    // The zone plays no part in the answer; naming one spares ICU the search for the machine's.
+    // The zone plays no part in the answer.
     const std::unique_ptr<icu::Calendar> calendar(icu::Calendar::createInstance(
         icu::TimeZone::getGMT()->clone(), icu::Locale(locale.dates.constData()), status));
     const auto weekday = U_SUCCESS(status) ? calendar->getFirstDayOfWeek(status) : UCAL_MONDAY;
