@@ -19,6 +19,7 @@
 #include <QDeadlineTimer>
 #include <QIcon>
 #include <QLoggingCategory>
+#include <QTimer>
 
 #include <malloc.h>
 
@@ -64,6 +65,16 @@ void keepOneHeap()
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there is no other thread yet
     ::mallopt(M_ARENA_MAX, 1);
+}
+
+/// What a start or a refresh took and does not need any more is given back when nothing has changed for a
+/// second.
+void keepHeapSmall(const AppStore &store, QTimer &quiet)
+{
+    quiet.setSingleShot(true);
+    quiet.setInterval(std::chrono::seconds(1));
+    QObject::connect(&store, &AppStore::changed, &quiet, qOverload<>(&QTimer::start));
+    QObject::connect(&quiet, &QTimer::timeout, [] { ::malloc_trim(0); });
 }
 
 /// What will not work without a session bus, where there is none.
@@ -212,6 +223,8 @@ int main(int argc, char **argv)
         return fail(parts.error());
     readingFonts.join();
     const auto store = std::make_shared<AppStore>(parts->store, parts->identity);
+    QTimer quiet;
+    keepHeapSmall(*store, quiet);
     const auto turn = std::make_shared<SessionTurn>();
     OrbitledgeApp app({
         .store = store,

@@ -5,8 +5,8 @@
 #include <QImage>
 #include <QPaintDevice>
 #include <QPainter>
+#include <QPicture>
 #include <QPixmapCache>
-#include <QSvgRenderer>
 #include <QTransform>
 
 #include <algorithm>
@@ -20,6 +20,9 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+/// Units of the grid on which symbols are drawn.
+constexpr qreal gridUnits = 24;
+
 /// From this many pixels on, a line that lies between two of them looks sharp anyway.
 constexpr int hintedPixels = 40;
 
@@ -28,13 +31,15 @@ bool pointsAlongText(Symbol symbol)
     return symbol == Symbol::TurnBack || symbol == Symbol::SignOut;
 }
 
-QImage drawn(QSvgRenderer &renderer, int pixels, QPointF offset)
+QImage drawn(QPicture &symbol, int pixels, QPointF offset)
 {
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    renderer.render(&painter, QRectF(offset, QSizeF(pixels, pixels)));
+    painter.translate(offset);
+    painter.scale(pixels / gridUnits, pixels / gridUnits);
+    painter.drawPicture(0, 0, symbol);
     return image;
 }
 
@@ -57,15 +62,15 @@ qint64 sharpnessOf(const QImage &image)
 }
 
 /// In place first: a move must be worth more than the unevenness it brings.
-QImage sharpest(QSvgRenderer &renderer, int pixels)
+QImage sharpest(QPicture &symbol, int pixels)
 {
-    QImage best = drawn(renderer, pixels, {0, 0});
+    QImage best = drawn(symbol, pixels, {0, 0});
     if (pixels >= hintedPixels)
         return best;
     qint64 bestSharpness = sharpnessOf(best) * 101 / 100;
     for (const qreal y : {0.0, -0.25, 0.25, -0.5}) {
         for (const qreal x : {0.0, -0.25, 0.25, -0.5}) {
-            QImage candidate = drawn(renderer, pixels, {x, y});
+            QImage candidate = drawn(symbol, pixels, {x, y});
             const qint64 sharpness = sharpnessOf(candidate);
             if (sharpness > bestSharpness) {
                 bestSharpness = sharpness;
@@ -91,8 +96,9 @@ QPixmap inPixels(Symbol symbol, int pixels, const QColor &color)
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap))
         return pixmap;
-    QSvgRenderer renderer(u":/symbols/%1.svg"_s.arg(nameOf(symbol)));
-    pixmap = QPixmap::fromImage(tinted(sharpest(renderer, pixels), color));
+    QPicture picture;
+    picture.load(u":/symbols/%1.picture"_s.arg(nameOf(symbol)));
+    pixmap = QPixmap::fromImage(tinted(sharpest(picture, pixels), color));
     QPixmapCache::insert(key, pixmap);
     return pixmap;
 }

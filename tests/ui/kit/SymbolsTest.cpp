@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QRegularExpression>
 #include <QSet>
+#include <QSvgRenderer>
 
 using namespace orbitledge::testing;
 using namespace orbitledge::ui;
@@ -15,9 +16,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+QString pathOf(Symbol symbol)
+{
+    return QStringLiteral(ORBITLEDGE_SYMBOLS "/%1.svg").arg(nameOf(symbol));
+}
+
 QByteArray fileOf(Symbol symbol)
 {
-    QFile file(u":/symbols/%1.svg"_s.arg(nameOf(symbol)));
+    QFile file(pathOf(symbol));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
@@ -76,8 +82,25 @@ private Q_SLOTS:
         for (const Symbol symbol : allSymbols)
             names.insert(nameOf(symbol) + u".svg"_s);
         QCOMPARE(names.size(), static_cast<qsizetype>(allSymbols.size()));
-        const QStringList files = QDir(u":/symbols"_s).entryList();
+        const QStringList files = QDir(QStringLiteral(ORBITLEDGE_SYMBOLS)).entryList(QDir::Files);
         QCOMPARE(QSet<QString>(files.begin(), files.end()), names);
+    }
+
+    void shouldLookAsItsFileSays_data() { shouldBeDrawnOnOneGridWithOneWeight_data(); }
+    void shouldLookAsItsFileSays()
+    {
+        QFETCH(Symbol, symbol);
+        QSvgRenderer renderer(pathOf(symbol));
+        for (const int pixels : {48, 72, 101}) {
+            QImage expected(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+            expected.fill(Qt::transparent);
+            QPainter painter(&expected);
+            painter.setRenderHint(QPainter::Antialiasing);
+            renderer.render(&painter, expected.rect());
+            painter.end();
+            const QImage found = symbolPixmap(symbol, pixels, Qt::black, 1).toImage();
+            QCOMPARE(found.convertToFormat(expected.format()), expected);
+        }
     }
 
     void shouldPutStraightLinesOnWholePixels()
