@@ -3,8 +3,16 @@
 _orbitledge() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     COMPREPLY=()
+    # The "=" between an option and its value is a word of its own.
+    if [[ $word == = ]]; then
+        word=
+    elif [[ $previous == = ]]; then
+        previous=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W 'sign-in refresh timeline status reminders deliver-reminders sign-out doctor --background --quick-add --settings --quit --help --version' -- "$word")
+        local first='sign-in refresh timeline status reminders deliver-reminders sign-out doctor'
+        [[ $word == -* ]] && first='--background --quick-add --settings --quit --help --version'
+        mapfile -t COMPREPLY < <(compgen -W "$first" -- "$word")
         return
     fi
     if [[ ${COMP_WORDS[1]} =~ ^(sign-in|refresh|deliver-reminders|sign-out)$ ]]; then
