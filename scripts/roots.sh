@@ -55,6 +55,7 @@ in_root() {
         mount --make-rprivate /
         mount -t proc proc "$1/proc"
         mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
+        mount -t devpts -o gid=5,mode=620,ptmxmode=666 devpts "$1/dev/pts"
         if [[ -n "${LENT_CCACHE:-}" ]]; then
             mkdir -p "$1/var/cache/ccache"
             mount --bind "$LENT_CCACHE" "$1/var/cache/ccache"
