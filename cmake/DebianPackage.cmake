@@ -53,10 +53,11 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "libcurl4, libsecret-1-0, qt6-image-formats-plugins, tzdata, ca-certificates, hicolor-icon-theme")
 # A keyring for the session, something that shows reminders, something that opens pages, a bus, and windows on Wayland.
-# The first of each is what apt brings where there is none, so that is a small one and not a whole desktop.
+# The first of each is what apt brings where there is none, so that is a small one and not a whole desktop; and one that
+# the bus can start, as it cannot what the package notification-daemon brings.
 string(CONCAT CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "gnome-keyring | kwalletmanager | keepassxc, "
-    "notification-daemon | plasma-workspace | gnome-shell, "
+    "dunst | notification-daemon | plasma-workspace | gnome-shell, "
     "xdg-utils, "
     "default-dbus-session-bus | dbus-session-bus, "
     "qt6-wayland")
