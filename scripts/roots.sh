@@ -53,15 +53,20 @@ in_root() {
     # shellcheck disable=SC2016
     unshare "${apart[@]}" bash -ec '
         mount --make-rprivate /
+        mount --bind "$1" "$1"
         mount -t proc proc "$1/proc"
+        mount -t sysfs -o ro sysfs "$1/sys"
         mount -t tmpfs -o mode=1777 tmpfs "$1/dev/shm"
         mount -t devpts -o gid=5,mode=620,ptmxmode=666 devpts "$1/dev/pts"
         if [[ -n "${LENT_CCACHE:-}" ]]; then
             mkdir -p "$1/var/cache/ccache"
             mount --bind "$LENT_CCACHE" "$1/var/cache/ccache"
         fi
-        root=$1
+        # Not chroot, behind which nobody may make name spaces of their own.
+        cd "$1"
+        pivot_root . .
+        umount -l .
         shift
         exec env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 TERM=dumb \
-            DEBIAN_FRONTEND=noninteractive chroot "$root" "$@"' -- "$root" "$@"
+            DEBIAN_FRONTEND=noninteractive "$@"' -- "$root" "$@"
 }
