@@ -73,11 +73,31 @@ int clamped(int start, int length, int areaStart, int areaEnd)
 
 } // namespace
 
+QRect spotOf(const PanelAnchor &anchor)
+{
+    return anchor.icon.value_or(QRect(anchor.pointer, QSize(1, 1)));
+}
+
+QRect beside(const QRect &bar, const QRect &area)
+{
+    QRect below = area;
+    below.setTop(bottomOf(bar));
+    QRect above = area;
+    above.setBottom(bar.top() - 1);
+    QRect rightwards = area;
+    rightwards.setLeft(rightOf(bar));
+    QRect leftwards = area;
+    leftwards.setRight(bar.left() - 1);
+    const auto surface
+        = [&area](const QRect &part) { return (part & area).width() * (part & area).height(); };
+    return std::ranges::max({below, above, rightwards, leftwards}, {}, surface) & area;
+}
+
 QPoint placePanel(const PanelAnchor &anchor, const QList<ScreenArea> &screens, QSize panel)
 {
     if (screens.isEmpty())
         return {};
-    const QRect spot = anchor.icon.value_or(QRect(anchor.pointer, QSize(1, 1)));
+    const QRect spot = spotOf(anchor);
     const ScreenArea &screen = screenAt(screens, spot.center());
     const QRect &area = screen.available;
 

@@ -16,11 +16,17 @@ struct PanelAnchor {
     QPoint pointer;
 };
 
+/// The icon, or the pointer where that is not known.
+QRect spotOf(const PanelAnchor &anchor);
+
 struct ScreenArea {
     QRect geometry;
     /// Without what the desktop keeps for its own bars.
     QRect available;
 };
+
+/// What is left of an area beside a bar that lies in it, on the bar's one side that leaves most of it.
+QRect beside(const QRect &bar, const QRect &area);
 
 inline constexpr int panelGap = 4;
 

@@ -4,6 +4,7 @@
 #include "ui/kit/Drawing.h"
 #include "ui/kit/Palette.h"
 #include "ui/tray/Compositing.h"
+#include "ui/tray/DockWindows.h"
 #include "ui/tray/TrayHost.h"
 #include "ui/tray/WindowActivation.h"
 
@@ -29,11 +30,30 @@ constexpr auto leaveGrace = 150ms;
 /// From closing on loss of focus to the click that caused the loss.
 constexpr auto clickGrace = 300ms;
 
-QList<ScreenArea> screenAreas()
+/// Screens begin at the pixel at which they begin for the server, and from there count larger ones.
+QRect fromPixels(const QRect &place, const QScreen &screen)
 {
+    const QPoint origin = screen.geometry().topLeft();
+    const qreal ratio = screen.devicePixelRatio();
+    const QPointF corner = QPointF(place.topLeft() - origin) / ratio;
+    return QRectF(corner + origin, QSizeF(place.size()) / ratio).toAlignedRect();
+}
+
+/// Where there is more than one screen, the toolkit knows of no room that bars keep for themselves. So the
+/// bar that the panel is asked for at is looked for.
+QList<ScreenArea> screenAreas(QPoint askedAt)
+{
+    const QList<QRect> bars = dockWindows();
     QList<ScreenArea> areas;
-    for (const QScreen *screen : QGuiApplication::screens())
-        areas.append({.geometry = screen->geometry(), .available = screen->availableGeometry()});
+    for (const QScreen *screen : QGuiApplication::screens()) {
+        QRect available = screen->availableGeometry();
+        for (const QRect &pixels : bars) {
+            const QRect bar = fromPixels(pixels, *screen);
+            if (screen->geometry().contains(askedAt) && bar.contains(askedAt))
+                available = beside(bar, available);
+        }
+        areas.append({.geometry = screen->geometry(), .available = available});
+    }
     return areas;
 }
 
@@ -119,7 +139,7 @@ void PanelWindow::showAt(const PanelAnchor &anchor, const QString &activationTok
         m_hadPointer = false;
         takeManner();
         if (m_manner == Manner::Popup)
-            move(placePanel(anchor, screenAreas(), panelSize));
+            move(placePanel(anchor, screenAreas(spotOf(anchor).center()), panelSize));
         show();
         Q_EMIT shown();
     }

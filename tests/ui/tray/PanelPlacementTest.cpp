@@ -138,6 +138,28 @@ private Q_SLOTS:
             }
         }
     }
+
+    void shouldLeaveWhatIsBesideABar_data()
+    {
+        QTest::addColumn<QRect>("bar");
+        QTest::addColumn<QRect>("expected");
+        QTest::newRow("top") << QRect(1920, 200, 1280, 31) << QRect(1920, 231, 1280, 993);
+        QTest::newRow("bottom") << QRect(1920, 1193, 1280, 31) << QRect(1920, 200, 1280, 993);
+        QTest::newRow("left") << QRect(1920, 200, 31, 1024) << QRect(1951, 200, 1249, 1024);
+        QTest::newRow("right") << QRect(3169, 200, 31, 1024) << QRect(1920, 200, 1249, 1024);
+        QTest::newRow("top, in the middle only") << QRect(2400, 200, 300, 48) << QRect(1920, 248, 1280, 976);
+        QTest::newRow("left, in the middle only")
+            << QRect(1920, 600, 48, 300) << QRect(1968, 200, 1232, 1024);
+        QTest::newRow("bottom, away from the edge")
+            << QRect(1930, 1170, 1260, 44) << QRect(1920, 200, 1280, 970);
+        QTest::newRow("known already") << QRect(1920, 169, 1280, 31) << QRect(1920, 200, 1280, 1024);
+        QTest::newRow("on another screen") << QRect(0, 0, 1920, 31) << QRect(1920, 200, 1280, 1024);
+    }
+    void shouldLeaveWhatIsBesideABar()
+    {
+        QFETCH(const QRect, bar);
+        QTEST(beside(bar, QRect(1920, 200, 1280, 1024)), "expected");
+    }
 };
 
 ORBITLEDGE_TEST_MAIN(PanelPlacementTest)
