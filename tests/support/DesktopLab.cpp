@@ -23,6 +23,29 @@ constexpr int patience = 60'000; // milliseconds; only reached by what will neve
 const QString keyringName = u"org.freedesktop.secrets"_s;
 const QString prompterName = u"org.gnome.keyring.SystemPrompter"_s;
 
+/// Of an X server whose monitors are pictures in memory, and which leaves the machine's keyboard alone.
+const QString cardlessConfiguration = uR"(
+Section "ServerFlags"
+    Option "AutoAddDevices" "false"
+EndSection
+Section "Device"
+    Identifier "Card"
+    Driver "dummy"
+    VideoRam 65536
+EndSection
+Section "Monitor"
+    Identifier "Monitor"
+    HorizSync 1.0-2000.0
+    VertRefresh 1.0-1000.0
+EndSection
+Section "Screen"
+    Identifier "Screen"
+    Device "Card"
+    Monitor "Monitor"
+    DefaultDepth 24
+EndSection
+)"_s;
+
 void writeFile(const QString &path, const QString &text)
 {
     QFile file(path);
@@ -73,7 +96,7 @@ DesktopLab::DesktopLab(const Options &options)
     m_environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
 
     if (options.hasDisplay)
-        startDisplay();
+        startDisplay(options.monitors);
     startBus(options);
 }
 
@@ -138,20 +161,52 @@ void DesktopLab::await(const char *what, const std::function<bool()> &isSo)
 
 // ---- display ---------------------------------------------------------------------------------------------
 
-void DesktopLab::startDisplay()
+void DesktopLab::startDisplay(const QList<QRect> &monitors)
+{
+    if (monitors.size() == 1) {
+        const QSize size = monitors.constFirst().size();
+        startServer(u"Xvfb"_s, {u"-screen"_s, u"0"_s, u"%1x%2x24"_s.arg(size.width()).arg(size.height())});
+        return;
+    }
+    // The server for tests has one output only.
+    writeFile(path(u"display.conf"_s), cardlessConfiguration);
+    startServer(u"/usr/lib/xorg/Xorg"_s,
+        {u"-config"_s, path(u"display.conf"_s), u"-logfile"_s, path(u"display.log"_s), u"-novtswitch"_s});
+    plugIn(monitors);
+}
+
+void DesktopLab::startServer(const QString &program, const QStringList &arguments)
 {
     m_display = makeChild(u"display"_s);
     // By itself it begins anew when its last client leaves, and turns away whoever comes meanwhile. And it
     // repeats a key where whoever pressed it has no processor to let it go in time.
-    start(*m_display, u"Xvfb"_s,
-        {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1024x768x24"_s, u"-nolisten"_s, u"tcp"_s,
-            u"-noreset"_s, u"-r"_s});
+    start(*m_display, program,
+        QStringList{u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s, u"-r"_s} + arguments);
     QByteArray number;
     await("the X server", [&] {
+        if (m_display->state() == QProcess::NotRunning)
+            qFatal("%s ended: %s", qPrintable(program), wordsOf(u"display"_s).constData());
         number += m_display->readAllStandardOutput();
         return number.endsWith('\n');
     });
     m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(number.trimmed()));
+}
+
+void DesktopLab::plugIn(const QList<QRect> &monitors)
+{
+    QStringList arrangement;
+    for (int i = 0; i < monitors.size(); ++i) {
+        const QRect &place = monitors[i];
+        const QString output = u"DUMMY%1"_s.arg(i);
+        const QString mode = u"%1x%2"_s.arg(place.width()).arg(place.height());
+        if (i > 0) // the first one knows the usual modes
+            run(u"xrandr"_s, {u"--addmode"_s, output, mode});
+        arrangement += {
+            u"--output"_s, output, u"--mode"_s, mode, u"--pos"_s, u"%1x%2"_s.arg(place.x()).arg(place.y())};
+    }
+    run(u"xrandr"_s, arrangement);
+    // Which outputs have a monitor the server finds out when it is asked to look.
+    run(u"xrandr"_s, {u"--query"_s});
 }
 
 QByteArray DesktopLab::searchPrompt(const QStringList &doing) const

@@ -2,8 +2,10 @@
 
 #include <QByteArray>
 #include <QDBusConnection>
+#include <QList>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QRect>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -36,6 +38,9 @@ public:
         /// An X server, and the program that shows the keyring's prompts, which the bus starts when it is
         /// needed.
         bool hasDisplay = false;
+        /// Where the monitors of that server are on its screen, in pixels; their sizes are ones that monitors
+        /// have. More than one needs the server that people have, without a card.
+        QList<QRect> monitors = {QRect(0, 0, 1024, 768)};
         /// What the bus runs when somebody asks for a keyring that is not there; nothing where this is empty.
         QString keyringCommand = QString();
         /// More rules for the bus, as elements of its default policy.
@@ -130,7 +135,9 @@ private:
     [[nodiscard]] QByteArray wordsOf(const QString &name) const;
     static void start(QProcess &child, const QString &program, const QStringList &arguments);
     static void end(std::unique_ptr<QProcess> &child, int signal);
-    void startDisplay();
+    void startDisplay(const QList<QRect> &monitors);
+    void startServer(const QString &program, const QStringList &arguments);
+    void plugIn(const QList<QRect> &monitors);
     /// The window of the prompt, after `doing` that with it; empty where there is none.
     [[nodiscard]] QByteArray searchPrompt(const QStringList &doing = {}) const;
     [[nodiscard]] bool isPromptShown() const;

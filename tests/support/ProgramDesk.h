@@ -19,8 +19,14 @@ public:
 
     /// `serviceArguments` are more options of the service, for instance {"--populate", "200"}.
     explicit ProgramDesk(XfceDesk::Edge edge = XfceDesk::Edge::Top, const QStringList &serviceArguments = {})
-        : m_lab({.hasDisplay = true})
-        , m_desk(m_lab, edge)
+        : ProgramDesk(DesktopLab::Options().monitors, {.edge = edge}, serviceArguments)
+    {
+    }
+    /// With that bar on one of those monitors.
+    ProgramDesk(
+        const QList<QRect> &monitors, const XfceDesk::Bar &bar, const QStringList &serviceArguments = {})
+        : m_lab({.hasDisplay = true, .monitors = monitors})
+        , m_desk(m_lab, bar)
         , m_environment(m_lab.environment())
     {
         m_lab.startKeyring(DesktopLab::Keyring::Unlocked);

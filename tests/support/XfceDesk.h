@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QImage>
 #include <QProcess>
 #include <QRect>
@@ -23,12 +24,24 @@ public:
 
     enum class Edge { Top, Bottom, Left, Right };
 
+    struct Bar {
+        Edge edge = Edge::Top;
+        /// Along whose edge it is, of one or more that make up the screen.
+        QRect monitor = QRect(0, 0, 1024, 768);
+        int thickness = 30;
+        int iconSize = 22;
+    };
+
     explicit XfceDesk(DesktopLab &lab, Edge edge = Edge::Top)
+        : XfceDesk(lab, Bar{.edge = edge})
+    {
+    }
+    XfceDesk(DesktopLab &lab, const Bar &bar)
         : m_lab(lab)
     {
         const QString folder = lab.path(QStringLiteral("config/xfce4/xfconf/xfce-perchannel-xml"));
         QFile file(folder + QStringLiteral("/xfce4-panel.xml"));
-        if (!QDir().mkpath(folder) || !file.open(QIODevice::WriteOnly) || file.write(configuration(edge)) < 0)
+        if (!QDir().mkpath(folder) || !file.open(QIODevice::WriteOnly) || file.write(configuration(bar)) < 0)
             qFatal("cannot write the bar's configuration");
         startSettings();
     }
@@ -136,6 +149,25 @@ public:
                 QLatin1Char('^') + title + QLatin1Char('$')});
         return search.waitForFinished() && search.readAll().count('\n') >= count;
     }
+    /// Of the window that is shown, in pixels; the largest one where there are more.
+    [[nodiscard]] QRect placeOf(const QStringList &criteria)
+    {
+        const QByteArray found = m_lab.run(QStringLiteral("xdotool"),
+            QStringList{QStringLiteral("search"), QStringLiteral("--onlyvisible")} + criteria);
+        QRect largest;
+        for (const QByteArray &window : found.trimmed().split('\n')) {
+            const QByteArray told = m_lab.run(QStringLiteral("xdotool"),
+                {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
+                    QString::fromLatin1(window)});
+            QHash<QByteArray, int> values;
+            for (const QByteArray &line : told.split('\n'))
+                values.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1).toInt());
+            const QRect place(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
+            if (place.width() * place.height() > largest.width() * largest.height())
+                largest = place;
+        }
+        return largest;
+    }
     /// Until a window of this title has the keyboard.
     void awaitActive(const QString &title)
     {
@@ -161,25 +193,34 @@ private:
         m_lab.startService(QStringLiteral("org.xfce.Xfconf"), program, {});
     }
 
-    static QByteArray configuration(Edge edge)
+    static QByteArray configuration(const Bar &bar)
     {
-        // Where the bar clings to, and where its middle is, on a screen of 1024 x 768.
-        QByteArray position;
-        switch (edge) {
+        // Where the bar clings to, and where its middle is.
+        const QRect monitor = bar.monitor;
+        const int half = bar.thickness / 2;
+        QByteArray clings;
+        QPoint middle = monitor.center();
+        switch (bar.edge) {
         case Edge::Top:
-            position = "p=11;x=512;y=15";
+            clings = "p=11";
+            middle.setY(monitor.top() + half);
             break;
         case Edge::Bottom:
-            position = "p=12;x=512;y=753";
+            clings = "p=12";
+            middle.setY(monitor.bottom() - half);
             break;
         case Edge::Left:
-            position = "p=7;x=15;y=384";
+            clings = "p=7";
+            middle.setX(monitor.left() + half);
             break;
         case Edge::Right:
-            position = "p=3;x=1009;y=384";
+            clings = "p=3";
+            middle.setX(monitor.right() - half);
             break;
         }
-        const bool isUpright = edge == Edge::Left || edge == Edge::Right;
+        const QByteArray position
+            = clings + ";x=" + QByteArray::number(middle.x()) + ";y=" + QByteArray::number(middle.y());
+        const bool isUpright = bar.edge == Edge::Left || bar.edge == Edge::Right;
         return R"(<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   <property name="configver" type="int" value="2"/>
@@ -192,7 +233,8 @@ private:
             + (isUpright ? "1" : "0") + R"("/>
       <property name="length" type="uint" value="100"/>
       <property name="position-locked" type="bool" value="true"/>
-      <property name="size" type="uint" value="30"/>
+      <property name="size" type="uint" value=")"
+            + QByteArray::number(bar.thickness) + R"("/>
       <property name="plugin-ids" type="array">
         <value type="int" value="1"/>
         <value type="int" value="2"/>
@@ -203,7 +245,10 @@ private:
     <property name="plugin-1" type="string" value="separator">
       <property name="expand" type="bool" value="true"/>
     </property>
-    <property name="plugin-2" type="string" value="systray"/>
+    <property name="plugin-2" type="string" value="systray">
+      <property name="icon-size" type="int" value=")"
+            + QByteArray::number(bar.iconSize) + R"("/>
+    </property>
   </property>
 </channel>
 )";
