@@ -49,6 +49,25 @@ private Q_SLOTS:
         QVERIFY(keychain.ranSmoothly());
     }
 
+    void shouldNotGrowWithEachRead()
+    {
+        KeychainDriver keychain(m_lab->environment());
+        QCOMPARE(keychain.write(session, "first"), Success);
+        const auto readOften = [&](int times) {
+            for (int i = 0; i < times; ++i)
+                QCOMPARE(keychain.read(session), secret("first"));
+        };
+        constexpr int warmUp = 100;
+        constexpr int times = 500;
+        readOften(warmUp);
+        const int before = keychain.memory();
+        readOften(times);
+        const int growth = keychain.memory() - before;
+        QVERIFY(before > 0);
+        // A kilobyte each would be a service's answer that nobody lets go of.
+        QVERIFY2(growth < times / 2, qPrintable(QString::number(growth)));
+    }
+
     void shouldKeepItForTheNextProgram()
     {
         KeychainDriver writer(m_lab->environment());

@@ -3,6 +3,7 @@
 #include "platform/Keychain.h"
 #include "support/DesktopLab.h"
 
+#include <QFile>
 #include <QMap>
 #include <QProcess>
 
@@ -83,6 +84,18 @@ public:
     }
     /// In the order in which they ended.
     [[nodiscard]] QList<int> ended() const { return m_ended; }
+
+    /// What the probe has in memory for itself alone, in KiB.
+    [[nodiscard]] int memory() const
+    {
+        QFile status(QStringLiteral("/proc/%1/status").arg(m_probe.processId()));
+        if (!status.open(QIODevice::ReadOnly))
+            return -1;
+        const QByteArray text = status.readAll();
+        constexpr QByteArrayView name("RssAnon:");
+        const qsizetype value = text.indexOf(name) + name.size();
+        return text.mid(value, text.indexOf("kB", value) - value).trimmed().toInt();
+    }
 
     Result read(const KeychainItem &item) { return result(startReading(item)); }
     KeychainStatus write(const KeychainItem &item, const QByteArray &secret)

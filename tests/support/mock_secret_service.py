@@ -71,6 +71,10 @@ class Collection(dbus.service.Object):
 
 
 class Item(dbus.service.Object):
+    @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="s", out_signature="a{sv}")
+    def GetAll(self, interface):
+        return dbus.Dictionary({"Locked": False}, signature="sv")
+
     @dbus.service.method("org.freedesktop.Secret.Item", out_signature="o")
     def Delete(self):
         return dbus.ObjectPath(PROMPT) if BEHAVIOUR == "ask" else NOTHING

@@ -6,12 +6,12 @@
 #include "platform/linux/keychain/BusCalls.h"
 #include "platform/linux/keychain/KWallet.h"
 #include "platform/linux/keychain/PreferredWallet.h"
+#include "platform/linux/keychain/SecretLibrary.h"
 #include "platform/linux/keychain/SecretService.h"
 
 #include <QAbstractEventDispatcher>
 #include <QDBusConnection>
 #include <QElapsedTimer>
-#include <QLibrary>
 #include <QLoggingCategory>
 #include <QThread>
 #include <qt6keychain/keychain.h>
@@ -32,17 +32,15 @@ Q_LOGGING_CATEGORY(lcKeychain, "orbitledge.keychain")
 struct Desktop {
     bool isKnown = false;
     bool hasBus = false;
-    /// libsecret's, absent where the library is not installed.
-    void (*disconnectFromService)() = nullptr;
+    /// Null where it is not installed.
+    std::shared_ptr<const SecretLibrary> library = {};
 };
 
 Desktop connectToDesktop()
 {
-    // By the name by which QtKeychain loads it; it stays loaded.
-    QLibrary library(u"secret-1"_s, 0);
     return {.isKnown = true,
         .hasBus = QDBusConnection::sessionBus().isConnected(),
-        .disconnectFromService = library.resolve("secret_service_disconnect")};
+        .library = SecretLibrary::load()};
 }
 
 struct JobResult {
@@ -134,6 +132,11 @@ struct DesktopKeychain::State {
     static QCoro::Task<tl::expected<JobResult, KeychainStatus>> finish(
         std::shared_ptr<BusCalls> calls, QKeychain::Job *job, Asking asking);
 
+    /// Waits for what was started, TimedOut where it takes too long.
+    template <typename Result>
+    static QCoro::Task<tl::expected<Result, KeychainStatus>> wait(
+        std::shared_ptr<BusCalls> calls, std::shared_ptr<OneShot<Result>> finished, Asking asking);
+
     /// Before each job that uses libsecret.
     QCoro::Task<KeychainStatus> prepareSecretLibrary(std::shared_ptr<BusCalls> calls);
 
@@ -197,7 +200,7 @@ QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summo
 
 QCoro::Task<KeychainStatus> DesktopKeychain::State::prepareSecretLibrary(std::shared_ptr<BusCalls> calls)
 {
-    if (desktop.disconnectFromService == nullptr) {
+    if (!desktop.library) {
         qCWarning(lcKeychain, "libsecret is not installed: the keyring cannot be used");
         co_return KeychainStatus::NotAvailable;
     }
@@ -212,22 +215,31 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::prepareSecretLibrary(std::sh
     // The library goes on with the encrypted session that it has, also where the service was started anew
     // since and knows nothing of it.
     if (*service != std::exchange(lastService, *service))
-        desktop.disconnectFromService();
+        desktop.library->disconnectFromService();
     co_return KeychainStatus::Success;
 }
 
 QCoro::Task<tl::expected<JobResult, KeychainStatus>> DesktopKeychain::State::finish(
     std::shared_ptr<BusCalls> calls, QKeychain::Job *job, Asking asking)
 {
-    OneShot<JobResult> finished;
-    QObject::connect(job, &QKeychain::Job::finished, &finished, [&finished](QKeychain::Job *done) {
+    const auto finished = std::make_shared<OneShot<JobResult>>();
+    auto *const shot = finished.get();
+    QObject::connect(job, &QKeychain::Job::finished, shot, [shot](QKeychain::Job *done) {
         const auto *const reading = qobject_cast<QKeychain::ReadPasswordJob *>(done);
-        finished.settle({done->error(), reading != nullptr ? reading->binaryData() : QByteArray()});
+        shot->settle({done->error(), reading != nullptr ? reading->binaryData() : QByteArray()});
     });
     job->start();
+    const auto result = co_await wait<JobResult>(calls, finished, asking);
+    co_return result;
+}
+
+template <typename Result>
+QCoro::Task<tl::expected<Result, KeychainStatus>> DesktopKeychain::State::wait(
+    std::shared_ptr<BusCalls> calls, std::shared_ptr<OneShot<Result>> finished, Asking asking)
+{
     while (true) {
         const milliseconds limit = asking == Asking::Perhaps ? calls->limit() : calls->left();
-        const std::optional<JobResult> result = co_await finished.settledWithin(limit);
+        const std::optional<Result> result = co_await finished->settledWithin(limit);
         if (result)
             co_return *result;
         if (asking == Asking::No)
@@ -299,14 +311,21 @@ QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::readFromServ
     // Locked in a collection that is not: the service asks the person for each item, and remembers the
     // consent for one connection to the bus. The library has its own, so it has to raise this prompt.
     const Asking asking = found->unlocked.isEmpty() ? Asking::Perhaps : Asking::No;
-    auto *const job = newJob<QKeychain::ReadPasswordJob>(item);
-    const auto result = co_await finish(calls, job, asking);
+    const auto answered = std::make_shared<OneShot<SecretLibrary::Answer>>();
+    const std::function<void(SecretLibrary::Answer)> settle
+        = [waiting = std::weak_ptr(answered)](SecretLibrary::Answer answer) {
+              if (const auto shot = waiting.lock())
+                  shot->settle(std::move(answer));
+          };
+    using enum SecretLibrary::Unlocking;
+    SecretLibrary::read(desktop.library, item, asking == Asking::Perhaps ? Yes : No, settle);
+    const auto result = co_await wait<SecretLibrary::Answer>(calls, answered, asking);
     if (!result)
         co_return tl::unexpected(result.error());
-    if (result->error == QKeychain::NoError)
+    if (result->status == KeychainStatus::Success)
         co_return result->secret;
-    if (result->error != QKeychain::EntryNotFound)
-        co_return tl::unexpected(statusOfJob(result->error));
+    if (result->status != KeychainStatus::ItemNotFound)
+        co_return tl::unexpected(result->status);
 
     const auto stillThere = co_await service.search(item);
     if (!stillThere)
