@@ -51,7 +51,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What is loaded while it runs, which no list of linked libraries tells: HTTP, the secure store's client, readers of WebP
 # pictures, zones and certificates, and the folder structure of icons.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-    "libcurl4, libsecret-1-0, qt6-image-formats-plugins, tzdata, ca-certificates, hicolor-icon-theme")
+    "libcurl4, qt6-image-formats-plugins, tzdata, ca-certificates, hicolor-icon-theme")
 # A keyring for the session, something that shows reminders, something that opens pages, a bus, and windows on Wayland.
 # The first of each is what apt brings where there is none, so that is a small one and not a whole desktop; and one that
 # the bus can start, as it cannot what the package notification-daemon brings.

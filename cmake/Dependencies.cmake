@@ -1,7 +1,6 @@
 # Everything the product links, in one place. Versions are the floor that Debian 12 offers.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Svg Widgets)
 find_package(QCoro6 0.8 REQUIRED COMPONENTS Core DBus)
-find_package(Qt6Keychain 0.13 REQUIRED)
 find_package(simdjson 3.0 REQUIRED)
 find_package(tl-expected 1.0 REQUIRED)
 find_package(CURL 7.88 REQUIRED)
@@ -12,6 +11,7 @@ find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(xcb REQUIRED IMPORTED_TARGET xcb xcb-xfixes)
 pkg_check_modules(fontconfig REQUIRED IMPORTED_TARGET fontconfig)
+pkg_check_modules(gcrypt REQUIRED IMPORTED_TARGET libgcrypt)
 
 if(ORBITLEDGE_DEMO_SERVICE)
     # The product links none of these.

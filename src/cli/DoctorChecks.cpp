@@ -254,18 +254,6 @@ std::optional<Verdict> keyringFault(const Keyring &keyring)
             .text = name + u" is switched off"_s,
             .advice = u"Switch it on in the System Settings, under KDE Wallet."_s};
     }
-    if (!keyring.hasLibrary) {
-        return Verdict{.level = Failure,
-            .state = "no-library",
-            .text = u"the library libsecret is not installed"_s,
-            .advice = u"Install it; on Debian and Ubuntu its package is libsecret-1-0."_s};
-    }
-    if (!keyring.hasEventLoop) {
-        return Verdict{.level = Failure,
-            .state = "no-event-loop",
-            .text = u"libsecret cannot work without GLib's event loop"_s,
-            .advice = u"Remove QT_NO_GLIB from your environment, and install Qt with its support of GLib."_s};
-    }
     return std::nullopt;
 }
 

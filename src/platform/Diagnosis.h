@@ -86,9 +86,6 @@ struct Keyring {
     Presence presence = Presence::Unknown;
     /// KWallet can be switched off.
     bool isEnabled = true;
-    /// What this process needs to read from a Secret Service.
-    bool hasLibrary = true;
-    bool hasEventLoop = true;
     /// The one that new items go to.
     Collection collection = Collection::Unknown;
     /// Whether this program's session is kept there; absent where that cannot be told without a prompt.

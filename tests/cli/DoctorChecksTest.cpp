@@ -119,12 +119,6 @@ private Q_SLOTS:
             f.keyring.kind = Keyring::Kind::KWallet;
             f.keyring.isEnabled = false;
         });
-        add("keyring", Failure, "no-library", [](Findings &f) { f.keyring.hasLibrary = false; });
-        add("keyring", Failure, "no-event-loop", [](Findings &f) { f.keyring.hasEventLoop = false; });
-        row("keyring that starts, without the library", "keyring", Failure, "no-library", [](Findings &f) {
-            f.keyring.presence = Presence::Startable;
-            f.keyring.hasLibrary = false;
-        });
         add("keyring", Ok, "startable", [](Findings &f) { f.keyring.presence = Presence::Startable; });
         add("keyring", Warning, "locked",
             [](Findings &f) { f.keyring.collection = Keyring::Collection::Locked; });

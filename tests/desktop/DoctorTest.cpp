@@ -387,15 +387,6 @@ private Q_SLOTS:
         QCOMPARE(found.state("fileSnapshot"), u"missing"_s);
     }
 
-    void shouldSayWhatLibsecretLacks()
-    {
-        QProcessEnvironment environment = m_environment;
-        environment.insert(u"QT_NO_GLIB"_s, u"1"_s);
-        const Diagnosis found = diagnose(environment);
-        QCOMPARE(found.exitCode, 1);
-        QCOMPARE(found.state("keyring"), u"no-event-loop"_s);
-    }
-
     void shouldLookAtTheWalletWhereThatIsTheKeyring()
     {
         const QString daemon = u"org.kde.kwalletd5"_s;

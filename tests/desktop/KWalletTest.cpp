@@ -22,7 +22,7 @@ const auto failure = KeychainDriver::failure;
 
 } // namespace
 
-/// Against a mock of the wallet's daemon: what is sent to it is QtKeychain's, what it answers is ours.
+/// Against a mock of the wallet's daemon.
 class KWalletTest : public QObject {
     Q_OBJECT
 
@@ -143,7 +143,7 @@ private Q_SLOTS:
         QVERIFY(keychain.ranSmoothly());
     }
 
-    void shouldUseTheKeyringThatTheJobsUse_data()
+    void shouldUseTheKeyringOfTheDesktop_data()
     {
         QTest::addColumn<QStringList>("variables");
         QTest::addColumn<bool>("isWallet");
@@ -177,7 +177,7 @@ private Q_SLOTS:
             u"KDE_FULL_SESSION=true"_s, u"KDE_SESSION_VERSION=5"_s}
                                                       << false;
     }
-    void shouldUseTheKeyringThatTheJobsUse()
+    void shouldUseTheKeyringOfTheDesktop()
     {
         QFETCH(const QStringList, variables);
         QFETCH(const bool, isWallet);

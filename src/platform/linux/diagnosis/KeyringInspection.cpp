@@ -1,12 +1,8 @@
 #include "platform/linux/diagnosis/KeyringInspection.h"
 
-#include "platform/SerialQueue.h"
 #include "platform/linux/keychain/KWallet.h"
 #include "platform/linux/keychain/PreferredWallet.h"
 #include "platform/linux/keychain/SecretService.h"
-
-#include <QAbstractEventDispatcher>
-#include <QLibrary>
 
 namespace orbitledge {
 
@@ -28,12 +24,6 @@ QCoro::Task<Keyring> inspectSecretService(Presence presence, KeychainItem item, 
 {
     Keyring keyring;
     keyring.presence = presence;
-    const QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance();
-    keyring.hasEventLoop = dispatcher != nullptr && dispatcher->inherits("QEventDispatcherGlib");
-    SerialQueue background;
-    const auto load = [] { return QLibrary(u"secret-1"_s, 0).load(); };
-    auto loading = background.run(load);
-    keyring.hasLibrary = co_await loading;
     if (presence != Presence::Present)
         co_return keyring;
 

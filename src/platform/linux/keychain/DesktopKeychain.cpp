@@ -1,21 +1,16 @@
 #include "platform/linux/keychain/DesktopKeychain.h"
 
-#include "platform/OneShot.h"
 #include "platform/SerialQueue.h"
 #include "platform/Turns.h"
 #include "platform/linux/keychain/BusCalls.h"
 #include "platform/linux/keychain/KWallet.h"
 #include "platform/linux/keychain/PreferredWallet.h"
-#include "platform/linux/keychain/SecretLibrary.h"
 #include "platform/linux/keychain/SecretService.h"
 
-#include <QAbstractEventDispatcher>
 #include <QDBusConnection>
-#include <QElapsedTimer>
-#include <QLoggingCategory>
-#include <QThread>
-#include <qt6keychain/keychain.h>
 
+#include <array>
+#include <optional>
 #include <type_traits>
 
 namespace orbitledge {
@@ -25,61 +20,10 @@ using std::chrono::milliseconds;
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcKeychain, "orbitledge.keychain")
-
-/// What the first operation of all has to do and to load, away from the thread of the windows: to connect to
-/// the bus means to wait for it.
-struct Desktop {
-    bool isKnown = false;
-    bool hasBus = false;
-    /// Null where it is not installed.
-    std::shared_ptr<const SecretLibrary> library = {};
-};
-
-Desktop connectToDesktop()
+/// To connect to the bus means to wait for it, which is done away from the thread of the windows.
+bool connectToBus()
 {
-    return {.isKnown = true,
-        .hasBus = QDBusConnection::sessionBus().isConnected(),
-        .library = SecretLibrary::load()};
-}
-
-struct JobResult {
-    QKeychain::Error error = QKeychain::NoError;
-    QByteArray secret;
-};
-
-/// Errors where the service does not know more than that it failed.
-KeychainStatus statusOfJob(QKeychain::Error error)
-{
-    switch (error) {
-    case QKeychain::NoError:
-        return KeychainStatus::Success;
-    case QKeychain::EntryNotFound:
-        return KeychainStatus::ItemNotFound;
-    case QKeychain::AccessDeniedByUser:
-        return KeychainStatus::UserCanceled;
-    case QKeychain::AccessDenied:
-        return KeychainStatus::AuthFailed;
-    case QKeychain::NoBackendAvailable:
-    case QKeychain::NotImplemented:
-        return KeychainStatus::NotAvailable;
-    case QKeychain::CouldNotDeleteEntry:
-    case QKeychain::OtherError:
-        break;
-    }
-    return KeychainStatus::IoError;
-}
-
-/// A job of QtKeychain's that is about to start. It belongs to itself and goes when it has finished: until
-/// then libsecret holds its address, and nothing can call it back.
-template <typename Job> Job *newJob(const KeychainItem &item)
-{
-    auto *const job = new Job(item.service);
-    job->setKey(item.account);
-    job->setInsecureFallback(false);
-    job->setAutoDelete(false);
-    QObject::connect(job, &QKeychain::Job::finished, job, &QObject::deleteLater);
-    return job;
+    return QDBusConnection::sessionBus().isConnected();
 }
 
 } // namespace
@@ -108,6 +52,9 @@ struct DesktopKeychain::State {
 
     QCoro::Task<Secret> read(KeychainItem item);
     QCoro::Task<Secret> readFromService(std::shared_ptr<BusCalls> calls, KeychainItem item);
+    static QCoro::Task<KeychainStatus> unlockCollection(
+        std::shared_ptr<BusCalls> calls, QList<QDBusObjectPath> items);
+    QCoro::Task<Secret> readFound(std::shared_ptr<BusCalls> calls, KeychainItem item);
     QCoro::Task<Secret> readFromWallet(std::shared_ptr<BusCalls> calls, KeychainItem item, QString daemon);
 
     QCoro::Task<KeychainStatus> write(KeychainItem item, QByteArray secret);
@@ -124,29 +71,14 @@ struct DesktopKeychain::State {
     QCoro::Task<KeychainStatus> removeFromWallet(
         std::shared_ptr<BusCalls> calls, KeychainItem item, KeychainPrompt prompt, QString daemon);
 
-    /// May the person be asked while a job runs?
-    enum class Asking { No, Perhaps };
-
-    /// Starts the job and waits for it, TimedOut where it takes too long. Where a person may be asked, a
-    /// service that still answers other calls is not too slow.
-    static QCoro::Task<tl::expected<JobResult, KeychainStatus>> finish(
-        std::shared_ptr<BusCalls> calls, QKeychain::Job *job, Asking asking);
-
-    /// Waits for what was started, TimedOut where it takes too long.
-    template <typename Result>
-    static QCoro::Task<tl::expected<Result, KeychainStatus>> wait(
-        std::shared_ptr<BusCalls> calls, std::shared_ptr<OneShot<Result>> finished, Asking asking);
-
-    /// Before each job that uses libsecret.
-    QCoro::Task<KeychainStatus> prepareSecretLibrary(std::shared_ptr<BusCalls> calls);
-
     KeychainPatience patience;
     std::shared_ptr<Turns> turns = std::make_shared<Turns>();
 
-    Desktop desktop;
+    /// Not known before the first operation.
+    std::optional<bool> hasBus;
     bool hasWaitedInVain = false;
-    /// The unique name of the service that libsecret used last for this store.
-    QString lastService;
+    /// With the service that was asked last.
+    std::shared_ptr<const SecretSession> session;
 };
 
 DesktopKeychain::DesktopKeychain(KeychainPatience patience)
@@ -176,11 +108,11 @@ QCoro::Task<KeychainStatus> DesktopKeychain::remove(KeychainItem item, KeychainP
 QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summonKeyring(
     std::shared_ptr<BusCalls> calls)
 {
-    if (!desktop.isKnown) {
+    if (!hasBus) {
         SerialQueue background;
-        desktop = co_await background.run([] { return connectToDesktop(); });
+        hasBus = co_await background.run([] { return connectToBus(); });
     }
-    if (!desktop.hasBus)
+    if (!*hasBus)
         co_return tl::unexpected(KeychainStatus::NotAvailable);
 
     if (const QString daemon = preferredWalletDaemon(); !daemon.isEmpty()) {
@@ -196,60 +128,6 @@ QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summo
     if (summoned != KeychainStatus::Success)
         co_return tl::unexpected(summoned);
     co_return QString();
-}
-
-QCoro::Task<KeychainStatus> DesktopKeychain::State::prepareSecretLibrary(std::shared_ptr<BusCalls> calls)
-{
-    if (!desktop.library) {
-        qCWarning(lcKeychain, "libsecret is not installed: the keyring cannot be used");
-        co_return KeychainStatus::NotAvailable;
-    }
-    const QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance();
-    if (dispatcher == nullptr || !dispatcher->inherits("QEventDispatcherGlib")) {
-        qCWarning(lcKeychain, "the event loop is not GLib's (QT_NO_GLIB?): the keyring cannot be used");
-        co_return KeychainStatus::IoError;
-    }
-    const auto service = co_await calls->owner(SecretService::name);
-    if (!service)
-        co_return service.error();
-    // The library goes on with the encrypted session that it has, also where the service was started anew
-    // since and knows nothing of it.
-    if (*service != std::exchange(lastService, *service))
-        desktop.library->disconnectFromService();
-    co_return KeychainStatus::Success;
-}
-
-QCoro::Task<tl::expected<JobResult, KeychainStatus>> DesktopKeychain::State::finish(
-    std::shared_ptr<BusCalls> calls, QKeychain::Job *job, Asking asking)
-{
-    const auto finished = std::make_shared<OneShot<JobResult>>();
-    auto *const shot = finished.get();
-    QObject::connect(job, &QKeychain::Job::finished, shot, [shot](QKeychain::Job *done) {
-        const auto *const reading = qobject_cast<QKeychain::ReadPasswordJob *>(done);
-        shot->settle({done->error(), reading != nullptr ? reading->binaryData() : QByteArray()});
-    });
-    job->start();
-    const auto result = co_await wait<JobResult>(calls, finished, asking);
-    co_return result;
-}
-
-template <typename Result>
-QCoro::Task<tl::expected<Result, KeychainStatus>> DesktopKeychain::State::wait(
-    std::shared_ptr<BusCalls> calls, std::shared_ptr<OneShot<Result>> finished, Asking asking)
-{
-    while (true) {
-        const milliseconds limit = asking == Asking::Perhaps ? calls->limit() : calls->left();
-        const std::optional<Result> result = co_await finished->settledWithin(limit);
-        if (result)
-            co_return *result;
-        if (asking == Asking::No)
-            co_return tl::unexpected(KeychainStatus::TimedOut);
-        calls->restartTime();
-        SecretService service(*calls);
-        const auto sign = co_await service.defaultCollection();
-        if (!sign && sign.error() == KeychainStatus::TimedOut)
-            co_return tl::unexpected(KeychainStatus::TimedOut);
-    }
 }
 
 // ---- read ------------------------------------------------------------------------------------------------
@@ -271,69 +149,80 @@ QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::read(Keychai
 QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::readFromService(
     std::shared_ptr<BusCalls> calls, KeychainItem item)
 {
-    const KeychainStatus prepared = co_await prepareSecretLibrary(calls);
-    if (prepared != KeychainStatus::Success)
-        co_return tl::unexpected(prepared);
     SecretService service(*calls);
     auto found = co_await service.search(item);
+    if (found && found->unlocked.isEmpty() && !found->locked.isEmpty()) {
+        const KeychainStatus unlocked = co_await unlockCollection(calls, found->locked);
+        if (unlocked != KeychainStatus::Success)
+            co_return tl::unexpected(unlocked);
+        found = co_await service.search(item);
+    }
     if (!found)
         co_return tl::unexpected(found.error());
     if (found->isEmpty())
         co_return tl::unexpected(KeychainStatus::ItemNotFound);
-
-    // The library takes what is unlocked. It would unlock by itself too, but call it "not found" when the
-    // person declines.
     if (found->unlocked.isEmpty()) {
-        const auto standard = co_await service.defaultCollection();
-        if (!standard)
-            co_return tl::unexpected(standard.error());
-        QDBusObjectPath collection = SecretService::collectionOf(found->locked.constFirst());
-        for (const QDBusObjectPath &path : std::as_const(found->locked)) {
-            if (SecretService::collectionOf(path) == *standard)
-                collection = *standard;
-        }
-        const auto locked = co_await service.isCollectionLocked(collection);
-        if (!locked)
-            co_return tl::unexpected(locked.error());
-        if (*locked) {
-            const QList<QDBusObjectPath> collections{collection};
-            const KeychainStatus unlocked = co_await service.unlock(collections);
-            if (unlocked != KeychainStatus::Success)
-                co_return tl::unexpected(unlocked);
-            found = co_await service.search(item);
-            if (!found)
-                co_return tl::unexpected(found.error());
-            if (found->isEmpty())
-                co_return tl::unexpected(KeychainStatus::ItemNotFound);
+        // Locked in a collection that is not: the service asks the person for each item, and remembers the
+        // consent for one connection to the bus.
+        const QList<QDBusObjectPath> items{found->locked.constFirst()};
+        const KeychainStatus unlocked = co_await service.unlock(items);
+        if (unlocked != KeychainStatus::Success)
+            co_return tl::unexpected(unlocked);
+    }
+    Secret secret = co_await readFound(calls, item);
+    co_return secret;
+}
+
+/// Where an item is locked, asks for the collection in which new ones are, or else for the first one's.
+QCoro::Task<KeychainStatus> DesktopKeychain::State::unlockCollection(
+    std::shared_ptr<BusCalls> calls, QList<QDBusObjectPath> items)
+{
+    SecretService service(*calls);
+    const auto standard = co_await service.defaultCollection();
+    if (!standard)
+        co_return standard.error();
+    QDBusObjectPath collection = SecretService::collectionOf(items.constFirst());
+    for (const QDBusObjectPath &path : std::as_const(items)) {
+        if (SecretService::collectionOf(path) == *standard)
+            collection = *standard;
+    }
+    const auto locked = co_await service.isCollectionLocked(collection);
+    if (!locked)
+        co_return locked.error();
+    if (!*locked)
+        co_return KeychainStatus::Success;
+    const QList<QDBusObjectPath> collections{collection};
+    const KeychainStatus unlocked = co_await service.unlock(collections);
+    co_return unlocked;
+}
+
+/// The item is there, and unlocked by now where the service tells the truth.
+QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::readFound(
+    std::shared_ptr<BusCalls> calls, KeychainItem item)
+{
+    SecretService service(*calls);
+    const auto opened = co_await service.session(session);
+    if (!opened)
+        co_return tl::unexpected(opened.error());
+    session = *opened;
+    static constexpr std::array encodings{SecretService::Encoding::Base64, SecretService::Encoding::Text};
+    for (const auto encoding : encodings) {
+        const auto found = co_await service.search(item, encoding);
+        if (!found)
+            co_return tl::unexpected(found.error());
+        for (const QDBusObjectPath &path : std::as_const(found->unlocked)) {
+            Secret secret = co_await service.secret(path, encoding, session);
+            if (!secret && secret.error() == KeychainStatus::IoError)
+                session.reset(); // which may be what is wrong
+            if (secret || secret.error() != KeychainStatus::ItemNotFound)
+                co_return secret;
         }
     }
-
-    // Locked in a collection that is not: the service asks the person for each item, and remembers the
-    // consent for one connection to the bus. The library has its own, so it has to raise this prompt.
-    const Asking asking = found->unlocked.isEmpty() ? Asking::Perhaps : Asking::No;
-    const auto answered = std::make_shared<OneShot<SecretLibrary::Answer>>();
-    const std::function<void(SecretLibrary::Answer)> settle
-        = [waiting = std::weak_ptr(answered)](SecretLibrary::Answer answer) {
-              if (const auto shot = waiting.lock())
-                  shot->settle(std::move(answer));
-          };
-    using enum SecretLibrary::Unlocking;
-    SecretLibrary::read(desktop.library, item, asking == Asking::Perhaps ? Yes : No, settle);
-    const auto result = co_await wait<SecretLibrary::Answer>(calls, answered, asking);
-    if (!result)
-        co_return tl::unexpected(result.error());
-    if (result->status == KeychainStatus::Success)
-        co_return result->secret;
-    if (result->status != KeychainStatus::ItemNotFound)
-        co_return tl::unexpected(result->status);
-
     const auto stillThere = co_await service.search(item);
     if (!stillThere)
         co_return tl::unexpected(stillThere.error());
-    if (stillThere->isEmpty())
-        co_return tl::unexpected(KeychainStatus::ItemNotFound);
     co_return tl::unexpected(
-        asking == Asking::Perhaps ? KeychainStatus::UserCanceled : KeychainStatus::AuthFailed);
+        stillThere->isEmpty() ? KeychainStatus::ItemNotFound : KeychainStatus::AuthFailed);
 }
 
 QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::readFromWallet(
@@ -348,16 +237,11 @@ QCoro::Task<DesktopKeychain::State::Secret> DesktopKeychain::State::readFromWall
         co_return tl::unexpected(absent.error());
     if (*absent)
         co_return tl::unexpected(KeychainStatus::ItemNotFound);
-    const KeychainStatus opened = co_await keyring.open(*wallet, item.service);
-    if (opened != KeychainStatus::Success)
-        co_return tl::unexpected(opened);
-    auto *const job = newJob<QKeychain::ReadPasswordJob>(item);
-    const auto result = co_await finish(calls, job, Asking::No);
-    if (!result)
-        co_return tl::unexpected(result.error());
-    if (result->error != QKeychain::NoError)
-        co_return tl::unexpected(statusOfJob(result->error));
-    co_return result->secret;
+    const auto handle = co_await keyring.open(*wallet, item.service);
+    if (!handle)
+        co_return tl::unexpected(handle.error());
+    Secret secret = co_await keyring.read(*handle, item);
+    co_return secret;
 }
 
 // ---- write -----------------------------------------------------------------------------------------------
@@ -380,9 +264,6 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::write(KeychainItem item, QBy
 QCoro::Task<KeychainStatus> DesktopKeychain::State::writeToService(
     std::shared_ptr<BusCalls> calls, KeychainItem item, QByteArray secret)
 {
-    const KeychainStatus prepared = co_await prepareSecretLibrary(calls);
-    if (prepared != KeychainStatus::Success)
-        co_return prepared;
     SecretService service(*calls);
     auto collection = co_await service.defaultCollection();
     if (!collection)
@@ -405,18 +286,18 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::writeToService(
             co_return unlocked;
     }
 
-    auto *const job = newJob<QKeychain::WritePasswordJob>(item);
-    job->setBinaryData(secret); // as text, it would end at the first zero byte
-    const auto result = co_await finish(calls, job, Asking::Perhaps);
-    if (!result)
-        co_return result.error();
-    if (result->error == QKeychain::NoError)
+    const auto opened = co_await service.session(session);
+    if (!opened)
+        co_return opened.error();
+    session = *opened;
+    const KeychainStatus written = co_await service.write(*collection, item, secret, session);
+    if (written == KeychainStatus::Success)
         co_await tidyUpAfterWrite(calls, item, *collection);
-    co_return statusOfJob(result->error);
+    co_return written;
 }
 
-/// Labels the new item, and takes away what else has its name, lest it be read one day. The secret is safe by
-/// now, so nothing here is a failure of the write.
+/// Takes away what else has the new item's name, lest it be read one day. The secret is safe by now, so
+/// nothing here is a failure of the write.
 QCoro::Task<void> DesktopKeychain::State::tidyUpAfterWrite(
     std::shared_ptr<BusCalls> calls, KeychainItem item, QDBusObjectPath collection)
 {
@@ -427,9 +308,8 @@ QCoro::Task<void> DesktopKeychain::State::tidyUpAfterWrite(
         co_return;
     for (const QDBusObjectPath &path : found->unlocked + found->locked) {
         const bool isWritten = written->unlocked.contains(path) || written->locked.contains(path);
-        if (isWritten && SecretService::collectionOf(path) == collection)
-            co_await service.setLabel(path, item.label);
-        else if (found->unlocked.contains(path))
+        const bool isNew = isWritten && SecretService::collectionOf(path) == collection;
+        if (!isNew && found->unlocked.contains(path))
             co_await service.deleteItem(path, KeychainPrompt::Forbidden);
     }
 }
@@ -441,13 +321,11 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::writeToWallet(
     const auto wallet = co_await keyring.wallet();
     if (!wallet)
         co_return wallet.error();
-    const KeychainStatus opened = co_await keyring.open(*wallet, item.service);
-    if (opened != KeychainStatus::Success)
-        co_return opened;
-    auto *const job = newJob<QKeychain::WritePasswordJob>(item);
-    job->setBinaryData(secret);
-    const auto result = co_await finish(calls, job, Asking::No);
-    co_return result ? statusOfJob(result->error) : result.error();
+    const auto handle = co_await keyring.open(*wallet, item.service);
+    if (!handle)
+        co_return handle.error();
+    const KeychainStatus written = co_await keyring.write(*handle, item, secret);
+    co_return written;
 }
 
 // ---- remove ----------------------------------------------------------------------------------------------
@@ -466,7 +344,6 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::remove(KeychainItem item, Ke
     co_return status;
 }
 
-/// Without libsecret, which would unlock what it finds.
 QCoro::Task<KeychainStatus> DesktopKeychain::State::removeFromService(
     std::shared_ptr<BusCalls> calls, KeychainItem item, KeychainPrompt prompt)
 {
@@ -525,12 +402,11 @@ QCoro::Task<KeychainStatus> DesktopKeychain::State::removeFromWallet(
         if (!*ours)
             co_return KeychainStatus::InteractionNotAllowed;
     }
-    const KeychainStatus opened = co_await keyring.open(*wallet, item.service);
-    if (opened != KeychainStatus::Success)
-        co_return opened;
-    auto *const job = newJob<QKeychain::DeletePasswordJob>(item);
-    const auto result = co_await finish(calls, job, Asking::No);
-    co_return result ? statusOfJob(result->error) : result.error();
+    const auto handle = co_await keyring.open(*wallet, item.service);
+    if (!handle)
+        co_return handle.error();
+    const KeychainStatus removed = co_await keyring.remove(*handle, item);
+    co_return removed;
 }
 
 } // namespace orbitledge

@@ -17,8 +17,7 @@ struct KeychainPatience {
 };
 
 /// The keyring of a Linux desktop: the Secret Service (GNOME Keyring, KeePassXC, and others), or KWallet in a
-/// Plasma 5 session. Belongs to the thread that made it, which needs GLib's event dispatcher: without it the
-/// Secret Service's secrets can neither be read nor written, which ends as IoError at once.
+/// Plasma 5 session. Belongs to the thread that made it.
 ///
 /// The store may be destroyed at any time: operations that run or wait for their turn still run to their end,
 /// in order, and those who wait for them get the results, as long as there is an event loop.

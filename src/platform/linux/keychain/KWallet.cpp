@@ -8,6 +8,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// What an entry is, by the daemon's count.
+constexpr int textEntry = 1;
+constexpr int bytesEntry = 2;
+
 /// Whatever a call on the daemon's one object reports as missing or locked, it is not an item.
 KeychainStatus daemonFailure(KeychainStatus status)
 {
@@ -75,15 +79,65 @@ QCoro::Task<tl::expected<bool, KeychainStatus>> KWallet::isOpenForUs(QString wal
     co_return reply->arguments().value(0).toStringList().contains(service);
 }
 
-QCoro::Task<KeychainStatus> KWallet::open(QString wallet, QString service)
+QCoro::Task<tl::expected<int, KeychainStatus>> KWallet::open(QString wallet, QString service)
 {
     QDBusMessage ask = method(u"open"_s);
     ask << wallet << qlonglong(0) << service; // no window of ours to stand before
     const auto reply = co_await m_calls.callPatiently(ask);
     if (!reply)
-        co_return daemonFailure(reply.error());
+        co_return tl::unexpected(daemonFailure(reply.error()));
     const int handle = reply->arguments().value(0, -1).toInt();
-    co_return handle >= 0 ? KeychainStatus::Success : KeychainStatus::AuthFailed;
+    if (handle < 0)
+        co_return tl::unexpected(KeychainStatus::AuthFailed);
+    co_return handle;
+}
+
+QDBusMessage KWallet::entryMethod(const QString &name, int handle, const KeychainItem &item) const
+{
+    QDBusMessage message = method(name);
+    message << handle << item.service << item.account;
+    return message;
+}
+
+QCoro::Task<tl::expected<QByteArray, KeychainStatus>> KWallet::read(int handle, KeychainItem item)
+{
+    QDBusMessage ask = entryMethod(u"entryType"_s, handle, item);
+    ask << item.service;
+    const auto type = co_await m_calls.call(ask);
+    if (!type)
+        co_return tl::unexpected(daemonFailure(type.error()));
+    const bool isText = type->arguments().value(0).toInt() == textEntry;
+    if (!isText && type->arguments().value(0).toInt() != bytesEntry)
+        co_return tl::unexpected(KeychainStatus::ItemNotFound);
+    QDBusMessage get = entryMethod(isText ? u"readPassword"_s : u"readEntry"_s, handle, item);
+    get << item.service;
+    const auto secret = co_await m_calls.call(get);
+    if (!secret)
+        co_return tl::unexpected(daemonFailure(secret.error()));
+    const QVariant value = secret->arguments().value(0);
+    co_return isText ? value.toString().toUtf8() : value.toByteArray();
+}
+
+QCoro::Task<KeychainStatus> KWallet::write(int handle, KeychainItem item, QByteArray secret)
+{
+    QDBusMessage put = entryMethod(u"writeEntry"_s, handle, item);
+    put << secret << item.service;
+    const auto reply = co_await m_calls.call(put);
+    if (!reply)
+        co_return daemonFailure(reply.error());
+    co_return reply->arguments().value(0, -1).toInt() == 0 ? KeychainStatus::Success
+                                                           : KeychainStatus::IoError;
+}
+
+QCoro::Task<KeychainStatus> KWallet::remove(int handle, KeychainItem item)
+{
+    QDBusMessage ask = entryMethod(u"removeEntry"_s, handle, item);
+    ask << item.service;
+    const auto reply = co_await m_calls.call(ask);
+    if (!reply)
+        co_return daemonFailure(reply.error());
+    co_return reply->arguments().value(0, -1).toInt() == 0 ? KeychainStatus::Success
+                                                           : KeychainStatus::IoError;
 }
 
 } // namespace orbitledge

@@ -4,9 +4,9 @@
 
 namespace orbitledge {
 
-/// The daemon of the wallets that QtKeychain prefers in this session, for instance "org.kde.kwalletd5"; empty
-/// where that is the Secret Service. It decides by variables of the environment, and falls back to the Secret
-/// Service where the daemon does not answer.
+/// The daemon of the wallets of this session, for instance "org.kde.kwalletd5"; empty where the Secret
+/// Service is asked, as it is where the daemon does not answer. Variables of the environment decide, as they
+/// do for QtKeychain, whose programs find their items in one place then.
 QString preferredWalletDaemon();
 
 } // namespace orbitledge

@@ -2,15 +2,75 @@
 
 #include "platform/linux/keychain/PromptWatcher.h"
 
+#include <QDBusArgument>
 #include <QDBusMetaType>
 #include <QDBusPendingReply>
 #include <QVariantMap>
 
 namespace orbitledge {
 
+using Attributes = QMap<QString, QString>;
+
+/// A secret on its way, of the signature (oayays).
+struct TransferredSecret {
+    QDBusObjectPath session;
+    QByteArray parameters;
+    QByteArray value;
+    QString contentType;
+};
+using TransferredSecrets = QMap<QDBusObjectPath, TransferredSecret>;
+
+// Beside the type, where the toolkit looks for them.
+static QDBusArgument &operator<<(QDBusArgument &argument, const TransferredSecret &secret)
+{
+    argument.beginStructure();
+    argument << secret.session << secret.parameters << secret.value << secret.contentType;
+    argument.endStructure();
+    return argument;
+}
+
+static const QDBusArgument &operator>>(const QDBusArgument &argument, TransferredSecret &secret)
+{
+    argument.beginStructure();
+    argument >> secret.session >> secret.parameters >> secret.value >> secret.contentType;
+    argument.endStructure();
+    return argument;
+}
+
 using namespace Qt::StringLiterals;
 
 namespace {
+
+void registerTypes()
+{
+    static const QMetaType attributes = qDBusRegisterMetaType<Attributes>();
+    static const QMetaType secret = qDBusRegisterMetaType<TransferredSecret>();
+    static const QMetaType secrets = qDBusRegisterMetaType<TransferredSecrets>();
+    Q_UNUSED(attributes)
+    Q_UNUSED(secret)
+    Q_UNUSED(secrets)
+}
+
+constexpr auto encodingName = "type";
+
+QString nameOf(SecretService::Encoding encoding)
+{
+    return encoding == SecretService::Encoding::Base64 ? u"base64"_s : u"plaintext"_s;
+}
+
+/// Without the schema: a keyring that was not yet unlocked in this session does not find items by it.
+Attributes attributesOf(const KeychainItem &item)
+{
+    return {{u"user"_s, item.account}, {u"server"_s, item.service}};
+}
+
+Attributes writtenAttributesOf(const KeychainItem &item)
+{
+    Attributes attributes = attributesOf(item);
+    attributes[QLatin1StringView(encodingName)] = nameOf(SecretService::Encoding::Base64);
+    attributes[u"xdg:schema"_s] = u"org.qt.keychain"_s;
+    return attributes;
+}
 
 constexpr auto noObject = QLatin1StringView("/");
 
@@ -46,22 +106,27 @@ KeychainStatus serviceFailure(KeychainStatus status)
 
 QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::search(KeychainItem item)
 {
-    // Without the schema: a keyring that was not yet unlocked in this session does not find items by it.
-    return searchAttributes({{u"user"_s, item.account}, {u"server"_s, item.service}});
+    return searchAttributes(attributesOf(item));
+}
+
+QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::search(
+    KeychainItem item, Encoding encoding)
+{
+    Attributes attributes = attributesOf(item);
+    attributes[QLatin1StringView(encodingName)] = nameOf(encoding);
+    return searchAttributes(attributes);
 }
 
 QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::searchWritten(
     KeychainItem item)
 {
-    return searchAttributes({{u"user"_s, item.account}, {u"server"_s, item.service}, {u"type"_s, u"base64"_s},
-        {u"xdg:schema"_s, u"org.qt.keychain"_s}});
+    return searchAttributes(writtenAttributesOf(item));
 }
 
 QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::searchAttributes(
     QMap<QString, QString> attributes)
 {
-    static const QMetaType attributesType = qDBusRegisterMetaType<QMap<QString, QString>>();
-    Q_UNUSED(attributesType)
+    registerTypes();
     QDBusMessage ask = serviceMethod(u"SearchItems"_s);
     ask << QVariant::fromValue(attributes);
     const auto reply = co_await m_calls.call(ask);
@@ -150,12 +215,103 @@ QCoro::Task<KeychainStatus> SecretService::deleteItem(QDBusObjectPath item, Keyc
     co_return answer;
 }
 
-QCoro::Task<KeychainStatus> SecretService::setLabel(QDBusObjectPath item, QString label)
+QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> SecretService::openSession(
+    QString algorithm, QVariant input)
 {
-    QDBusMessage set = method(item.path(), u"org.freedesktop.DBus.Properties"_s, u"Set"_s);
-    set << u"org.freedesktop.Secret.Item"_s << u"Label"_s << QVariant::fromValue(QDBusVariant(label));
-    const auto reply = co_await m_calls.call(set);
-    co_return reply ? KeychainStatus::Success : reply.error();
+    QDBusMessage ask = serviceMethod(u"OpenSession"_s);
+    ask << algorithm << QVariant::fromValue(QDBusVariant(input));
+    auto reply = co_await m_calls.call(ask);
+    if (!reply)
+        co_return tl::unexpected(serviceFailure(reply.error()));
+    if (!hasTypes<QDBusVariant, QDBusObjectPath>(*reply))
+        co_return tl::unexpected(KeychainStatus::IoError);
+    co_return reply;
+}
+
+QCoro::Task<tl::expected<std::shared_ptr<const SecretSession>, KeychainStatus>> SecretService::session(
+    std::shared_ptr<const SecretSession> known)
+{
+    const auto service = co_await m_calls.owner(name);
+    if (!service)
+        co_return tl::unexpected(service.error());
+    if (known && known->service == *service)
+        co_return known;
+
+    SecretSession session;
+    session.service = *service;
+    session.cipher = SecretCipher::make();
+    if (session.cipher) {
+        const auto reply = co_await openSession(SecretCipher::algorithm, session.cipher->publicKey());
+        if (reply) {
+            const QVariant output = valueOf<0, QDBusVariant, QDBusObjectPath>(*reply).variant();
+            if (!session.cipher->agree(output.toByteArray()))
+                co_return tl::unexpected(KeychainStatus::IoError);
+            session.path = valueOf<1, QDBusVariant, QDBusObjectPath>(*reply);
+            co_return std::make_shared<const SecretSession>(session);
+        }
+        if (reply.error() == KeychainStatus::TimedOut)
+            co_return tl::unexpected(reply.error());
+    }
+    // There are services without a cipher. They are on the person's own bus.
+    const auto reply = co_await openSession(u"plain"_s, QString());
+    if (!reply)
+        co_return tl::unexpected(reply.error());
+    session.cipher.reset();
+    session.path = valueOf<1, QDBusVariant, QDBusObjectPath>(*reply);
+    co_return std::make_shared<const SecretSession>(session);
+}
+
+QCoro::Task<tl::expected<QByteArray, KeychainStatus>> SecretService::secret(
+    QDBusObjectPath item, Encoding encoding, std::shared_ptr<const SecretSession> session)
+{
+    registerTypes();
+    QDBusMessage ask = serviceMethod(u"GetSecrets"_s);
+    ask << QVariant::fromValue(QList<QDBusObjectPath>{item}) << QVariant::fromValue(session->path);
+    const auto reply = co_await m_calls.call(ask);
+    if (!reply)
+        co_return tl::unexpected(reply.error());
+    if (!hasTypes<TransferredSecrets>(*reply))
+        co_return tl::unexpected(KeychainStatus::IoError);
+    const auto secrets = valueOf<0, TransferredSecrets>(*reply);
+    const auto found = secrets.constFind(item);
+    if (found == secrets.constEnd())
+        co_return tl::unexpected(KeychainStatus::ItemNotFound);
+    const std::optional<QByteArray> kept = session->cipher
+        ? session->cipher->open({.parameters = found->parameters, .value = found->value})
+        : found->value;
+    if (!kept)
+        co_return tl::unexpected(KeychainStatus::IoError);
+    co_return encoding == Encoding::Base64 ? QByteArray::fromBase64(*kept) : *kept;
+}
+
+QCoro::Task<KeychainStatus> SecretService::write(QDBusObjectPath collection, KeychainItem item,
+    QByteArray secret, std::shared_ptr<const SecretSession> session)
+{
+    registerTypes();
+    TransferredSecret transferred;
+    transferred.session = session->path;
+    transferred.value = secret.toBase64();
+    transferred.contentType = u"text/plain"_s;
+    if (session->cipher) {
+        auto sealed = session->cipher->seal(transferred.value);
+        if (!sealed)
+            co_return KeychainStatus::IoError;
+        transferred.parameters = std::move(sealed->parameters);
+        transferred.value = std::move(sealed->value);
+    }
+    const QVariantMap properties{{u"org.freedesktop.Secret.Item.Label"_s, item.label},
+        {u"org.freedesktop.Secret.Item.Attributes"_s, QVariant::fromValue(writtenAttributesOf(item))}};
+    constexpr bool replacesItsLike = true;
+    QDBusMessage create = method(collection.path(), u"org.freedesktop.Secret.Collection"_s, u"CreateItem"_s);
+    create << properties << QVariant::fromValue(transferred) << replacesItsLike;
+    const auto reply = co_await m_calls.call(create);
+    if (!reply)
+        co_return serviceFailure(reply.error());
+    if (!hasTypes<QDBusObjectPath, QDBusObjectPath>(*reply))
+        co_return KeychainStatus::IoError;
+    const auto prompt = valueOf<1, QDBusObjectPath, QDBusObjectPath>(*reply);
+    const KeychainStatus answer = co_await answerOf(prompt);
+    co_return answer;
 }
 
 QDBusObjectPath SecretService::collectionOf(const QDBusObjectPath &item)

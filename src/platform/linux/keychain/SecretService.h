@@ -2,6 +2,7 @@
 
 #include "platform/Keychain.h"
 #include "platform/linux/keychain/BusCalls.h"
+#include "platform/linux/keychain/SecretCipher.h"
 
 #include <QCoroTask>
 #include <QDBusObjectPath>
@@ -10,10 +11,23 @@
 
 #include <tl/expected.hpp>
 
+#include <memory>
+#include <optional>
+
 namespace orbitledge {
 
-/// What has to be asked of the desktop's Secret Service beside the secrets themselves, for one operation:
-/// where an item lies, whether that is locked, and the prompts. No secret passes here.
+/// What was agreed upon with a Secret Service, for as long as that runs.
+struct SecretSession {
+    /// The unique name of the service on the bus.
+    QString service;
+    QDBusObjectPath path;
+    /// Absent where the service knows of no cipher.
+    std::optional<SecretCipher> cipher;
+};
+
+/// The desktop's Secret Service (freedesktop.org's API 0.2), for one operation: where an item lies, whether
+/// that is locked, the prompts, and the secrets. Items have the attributes that QtKeychain gives them, so
+/// that who looks for them by these finds them.
 class SecretService {
 public:
     static constexpr auto name = QLatin1StringView("org.freedesktop.secrets");
@@ -35,8 +49,27 @@ public:
     /// All items of that service and account, in all collections. Never prompts.
     QCoro::Task<tl::expected<FoundItems, KeychainStatus>> search(KeychainItem item);
 
-    /// Those among them that QtKeychain wrote, as bytes: one for each collection at most.
+    /// How the bytes of a secret are kept.
+    enum class Encoding { Base64, Text };
+
+    /// Those among them that are kept so.
+    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> search(KeychainItem item, Encoding encoding);
+
+    /// Those among them that were written here: one for each collection at most.
     QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchWritten(KeychainItem item);
+
+    /// `known` where that is still of use, else another one.
+    QCoro::Task<tl::expected<std::shared_ptr<const SecretSession>, KeychainStatus>> session(
+        std::shared_ptr<const SecretSession> known);
+
+    /// The secret of an unlocked item. ItemNotFound where the service has none for us.
+    QCoro::Task<tl::expected<QByteArray, KeychainStatus>> secret(
+        QDBusObjectPath item, Encoding encoding, std::shared_ptr<const SecretSession> session);
+
+    /// Replaces the item that was written to this unlocked collection, or adds one; with a prompt where the
+    /// service has one.
+    QCoro::Task<KeychainStatus> write(QDBusObjectPath collection, KeychainItem item, QByteArray secret,
+        std::shared_ptr<const SecretSession> session);
 
     /// The collection to which new items are added; a path "/" where there is none.
     QCoro::Task<tl::expected<QDBusObjectPath, KeychainStatus>> defaultCollection();
@@ -52,12 +85,12 @@ public:
     /// InteractionNotAllowed where the service wants to ask and must not.
     QCoro::Task<KeychainStatus> deleteItem(QDBusObjectPath item, KeychainPrompt prompt);
 
-    QCoro::Task<KeychainStatus> setLabel(QDBusObjectPath item, QString label);
-
     /// The collection in which an item lies.
     static QDBusObjectPath collectionOf(const QDBusObjectPath &item);
 
 private:
+    QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> openSession(QString algorithm, QVariant input);
+
     QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchAttributes(QMap<QString, QString> attributes);
 
     /// Shows a prompt and waits for the person. InteractionNotAllowed where there is nobody to show it to.
