@@ -244,7 +244,7 @@ void Watch::compareContents(xcb_window_t id, Window &window, long long time)
         return;
     std::size_t changed = 0;
     for (std::size_t i = 0; i < pixels.size(); ++i)
-        changed += pixels[i] == window.pixels[i] ? 0 : 1;
+        changed += pixels[i] == window.pixels[i] ? 0U : 1U;
     window.pixels = std::move(pixels);
     if (changed > 0)
         std::printf("%lld changed %u %u %zu\n", time, processOf(id), id, changed);

@@ -46,7 +46,7 @@ QByteArray globalsOf(qint64 process)
         const QList<QByteArray> range = columns[0].split('-');
         const quint64 start = range[0].toULongLong(nullptr, 16);
         const quint64 end = range[1].toULongLong(nullptr, 16);
-        const bool isProgram = columns.size() > 5 && columns[5].endsWith("/orbitledge");
+        const bool isProgram = columns.size() > 5 && columns[5].endsWith("/orbitledge-command");
         const bool isNameless = columns.size() == 5;
         if (!isProgram && !(isNameless && start == programEnd))
             continue;

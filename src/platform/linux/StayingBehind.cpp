@@ -26,7 +26,7 @@ void endWithParent(int signal)
 void letGoOfEverything()
 {
     (void)::setsid();
-    (void)::chdir("/"); // whatever it was, it can be unmounted
+    [[maybe_unused]] const int moved = ::chdir("/"); // whatever it was, it can be unmounted
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg,hicpp-vararg): POSIX has it so
     const OwnedDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     if (nothing.get() < 0)
@@ -44,7 +44,7 @@ void letGoOfEverything()
     work([answers](int answer) {
         endWithParent(0);
         letGoOfEverything();
-        (void)::write(answers, &answer, sizeof answer);
+        [[maybe_unused]] const ssize_t written = ::write(answers, &answer, sizeof answer);
         ::close(answers);
     });
     std::exit(EXIT_SUCCESS); // NOLINT(concurrency-mt-unsafe): what ran on other threads has ended
