@@ -74,7 +74,7 @@ void keepHeapSmall(const AppStore &store, QTimer &quiet)
     quiet.setSingleShot(true);
     quiet.setInterval(std::chrono::seconds(1));
     QObject::connect(&store, &AppStore::changed, &quiet, qOverload<>(&QTimer::start));
-    QObject::connect(&quiet, &QTimer::timeout, [] { ::malloc_trim(0); });
+    QObject::connect(&quiet, &QTimer::timeout, [] { (void)::malloc_trim(0); });
 }
 
 /// What will not work without a session bus, where there is none.
