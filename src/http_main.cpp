@@ -35,7 +35,7 @@ int main(int argc, char **argv)
     ::prctl(PR_SET_NAME, "orbitledge-http");
     QLoggingCategory::setFilterRules(u"*.debug=false\nqt.*=false"_s);
     QCoreApplication application(argc, argv);
-    HttpWorker worker(makeSession);
+    const HttpWorker worker(makeSession);
     QObject::connect(&worker, &HttpWorker::done, &application, &QCoreApplication::quit);
     QObject::connect(
         &worker, &HttpWorker::failed, &application, [] { QCoreApplication::exit(EXIT_FAILURE); });

@@ -148,7 +148,9 @@ std::optional<HttpReport> decodedReport(HttpFrame frame)
             quint8 kind = 0;
             stream >> kind;
             isKnown = kind <= static_cast<quint8>(lastKind);
-            report.outcome = tl::make_unexpected(TransportFailure{static_cast<TransportFailure::Kind>(kind)});
+            const auto told
+                = isKnown ? static_cast<TransportFailure::Kind>(kind) : TransportFailure::Kind::Other;
+            report.outcome = tl::make_unexpected(TransportFailure{told});
             return;
         }
         bool hasStatus = false;
