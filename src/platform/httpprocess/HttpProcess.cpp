@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <utility>
 
 namespace orbitledge {
@@ -54,8 +55,8 @@ bool HttpProcess::start()
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->setProgram(QString::fromStdString(m_path));
     m_process->setChildProcessModifier([program = m_program, name = m_path.data()] {
-        char *const words[] = {name, nullptr}; // NOLINT(modernize-avoid-c-arrays): POSIX wants one
-        ::fexecve(program, words, environ);
+        const std::array<char *, 2> words{name, nullptr};
+        ::fexecve(program, words.data(), environ);
         ::_exit(127);
     });
     connect(m_process, &QProcess::readyReadStandardOutput, this, &HttpProcess::read);
@@ -102,17 +103,20 @@ void HttpProcess::read()
 {
     const QByteArray bytes = m_process->readAllStandardOutput();
     QByteArrayView rest = bytes;
+    const auto refuse = [this] {
+        settleAll(TransportFailure::Kind::Other);
+        giveUp();
+    };
     while (!rest.isEmpty()) {
-        const bool isFine = m_reader->feed(rest);
-        std::optional<HttpFrame> frame = isFine ? m_reader->take() : std::nullopt;
-        std::optional<HttpReport> report = frame ? decodedReport(*std::move(frame)) : std::nullopt;
-        if (!isFine || (frame && !report)) {
-            settleAll(TransportFailure::Kind::Other);
-            giveUp();
-            return;
-        }
-        if (report)
-            settle(*std::move(report));
+        if (!m_reader->feed(rest))
+            return refuse();
+        std::optional<HttpFrame> frame = m_reader->take();
+        if (!frame)
+            continue;
+        std::optional<HttpReport> report = decodedReport(*std::move(frame));
+        if (!report)
+            return refuse();
+        settle(*std::move(report));
     }
 }
 

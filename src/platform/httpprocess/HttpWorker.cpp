@@ -49,7 +49,8 @@ HttpWorker::HttpWorker(MakeSession makeSession)
 
 void HttpWorker::read()
 {
-    std::array<char, 64 * 1024> buffer{};
+    constexpr std::size_t pipeSize = std::size_t{64} * 1024;
+    std::array<char, pipeSize> buffer{};
     const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR)
         return;
@@ -72,14 +73,16 @@ bool HttpWorker::perform(const HttpFrame &frame)
 {
     if (!m_session) {
         std::optional<HttpSetup> setup = decodedSetup(frame);
-        if (setup)
-            m_session = m_makeSession(*std::move(setup));
-        return setup.has_value();
+        if (!setup)
+            return false;
+        m_session = m_makeSession(*std::move(setup));
+        return true;
     }
     std::optional<HttpOrder> order = decodedOrder(frame);
-    if (order)
-        answer(m_session, *std::move(order));
-    return order.has_value();
+    if (!order)
+        return false;
+    answer(m_session, *std::move(order));
+    return true;
 }
 
 } // namespace orbitledge
