@@ -39,6 +39,16 @@ NotificationDaemon::NotificationDaemon(NotificationSender sender, milliseconds p
 
 QCoro::Task<bool> NotificationDaemon::awaken(std::shared_ptr<NotificationDaemon> daemon)
 {
+    ++daemon->m_finding;
+    auto finding = find(daemon);
+    const bool isFound = co_await finding;
+    --daemon->m_finding;
+    daemon->hearEarlyOnes();
+    co_return isFound;
+}
+
+QCoro::Task<bool> NotificationDaemon::find(std::shared_ptr<NotificationDaemon> daemon)
+{
     if (!daemon->m_isListening) {
         const bool hasBus = co_await reachSessionBus();
         if (!hasBus)
@@ -166,6 +176,24 @@ QList<QVariant> NotificationDaemon::arguments(const NotificationContent &content
         hasMarkup ? content.body.toHtmlEscaped() : content.body, actions, hints, asLongAsUsual};
 }
 
+/// Somebody may click on what an earlier run has shown while this one is only just starting.
+bool NotificationDaemon::comesEarly(std::function<void()> again)
+{
+    constexpr std::size_t most = 100; // anybody on the bus may send as many as they like
+    if (!m_owner.isEmpty() || m_finding == 0 || m_early.size() >= most)
+        return false;
+    m_early.push_back(std::move(again));
+    return true;
+}
+
+void NotificationDaemon::hearEarlyOnes()
+{
+    if (m_finding > 0)
+        return;
+    for (const std::function<void()> &again : std::exchange(m_early, {}))
+        again();
+}
+
 bool NotificationDaemon::isFromDaemon(const QDBusMessage &message) const
 {
     return !m_owner.isEmpty() && message.service() == m_owner;
@@ -173,6 +201,8 @@ bool NotificationDaemon::isFromDaemon(const QDBusMessage &message) const
 
 void NotificationDaemon::actionInvoked(uint number, const QString &action, const QDBusMessage &message)
 {
+    if (comesEarly([this, number, action, message] { actionInvoked(number, action, message); }))
+        return;
     if (!isFromDaemon(message) || action != u"default")
         return;
     const QString token = number == m_tokenNumber ? std::exchange(m_token, {}) : QString();
@@ -181,14 +211,18 @@ void NotificationDaemon::actionInvoked(uint number, const QString &action, const
 
 void NotificationDaemon::activationToken(uint number, const QString &token, const QDBusMessage &message)
 {
+    if (comesEarly([this, number, token, message] { activationToken(number, token, message); }))
+        return;
     if (!isFromDaemon(message))
         return;
     m_tokenNumber = number;
     m_token = token;
 }
 
-void NotificationDaemon::notificationClosed(uint number, uint /*reason*/, const QDBusMessage &message)
+void NotificationDaemon::notificationClosed(uint number, uint reason, const QDBusMessage &message)
 {
+    if (comesEarly([this, number, reason, message] { notificationClosed(number, reason, message); }))
+        return;
     if (isFromDaemon(message))
         Q_EMIT closed(number);
 }

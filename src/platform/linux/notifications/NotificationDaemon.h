@@ -9,8 +9,10 @@
 #include <QObject>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace orbitledge {
 
@@ -40,7 +42,11 @@ Q_SIGNALS:
     void gone();
 
 private:
+    static QCoro::Task<bool> find(std::shared_ptr<NotificationDaemon> daemon);
     void listen();
+    /// Whether it is not known yet who is to be heard; then `again` is called when it is.
+    [[nodiscard]] bool comesEarly(std::function<void()> again);
+    void hearEarlyOnes();
     void followOwner(const QString &service, const QString &oldOwner, const QString &newOwner);
     [[nodiscard]] QList<QVariant> arguments(const NotificationContent &content, quint32 replaced) const;
     [[nodiscard]] bool isFromDaemon(const QDBusMessage &message) const;
@@ -60,6 +66,9 @@ private:
     QString m_name;
     QStringList m_skills;
     bool m_isGnomeShell = false;
+    /// What came while it was found out who shows notifications, in its order.
+    std::vector<std::function<void()>> m_early;
+    int m_finding = 0;
     quint32 m_tokenNumber = 0;
     QString m_token;
 };
