@@ -158,10 +158,7 @@ QCoro::Task<KeychainStatus> SecretService::createDefaultCollection()
     const auto reply = co_await m_calls.call(create);
     if (!reply)
         co_return serviceFailure(reply.error());
-    if (!hasTypes<QDBusObjectPath, QDBusObjectPath>(*reply))
-        co_return KeychainStatus::IoError;
-    const auto prompt = valueOf<1, QDBusObjectPath, QDBusObjectPath>(*reply);
-    const KeychainStatus answer = co_await answerOf(prompt);
+    const KeychainStatus answer = co_await answerToMaking(*reply);
     co_return answer;
 }
 
@@ -307,10 +304,7 @@ QCoro::Task<KeychainStatus> SecretService::write(QDBusObjectPath collection, Key
     const auto reply = co_await m_calls.call(create);
     if (!reply)
         co_return serviceFailure(reply.error());
-    if (!hasTypes<QDBusObjectPath, QDBusObjectPath>(*reply))
-        co_return KeychainStatus::IoError;
-    const auto prompt = valueOf<1, QDBusObjectPath, QDBusObjectPath>(*reply);
-    const KeychainStatus answer = co_await answerOf(prompt);
+    const KeychainStatus answer = co_await answerToMaking(*reply);
     co_return answer;
 }
 
@@ -318,6 +312,15 @@ QDBusObjectPath SecretService::collectionOf(const QDBusObjectPath &item)
 {
     const QString path = item.path();
     return QDBusObjectPath(path.left(path.lastIndexOf(u'/')));
+}
+
+QCoro::Task<KeychainStatus> SecretService::answerToMaking(QDBusMessage reply)
+{
+    if (!hasTypes<QDBusObjectPath, QDBusObjectPath>(reply))
+        co_return KeychainStatus::IoError;
+    const auto prompt = valueOf<1, QDBusObjectPath, QDBusObjectPath>(reply);
+    const KeychainStatus answer = co_await answerOf(prompt);
+    co_return answer;
 }
 
 QCoro::Task<KeychainStatus> SecretService::answerOf(QDBusObjectPath prompt)

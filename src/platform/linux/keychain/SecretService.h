@@ -93,6 +93,10 @@ private:
 
     QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchAttributes(QMap<QString, QString> attributes);
 
+    /// To the reply of a call that makes something: its path, and that of a prompt, without which there is
+    /// none.
+    QCoro::Task<KeychainStatus> answerToMaking(QDBusMessage reply);
+
     /// Shows a prompt and waits for the person. InteractionNotAllowed where there is nobody to show it to.
     QCoro::Task<KeychainStatus> answerOf(QDBusObjectPath prompt);
 
