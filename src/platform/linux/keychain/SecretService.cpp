@@ -9,6 +9,8 @@
 
 namespace orbitledge {
 
+namespace {
+
 using Attributes = QMap<QString, QString>;
 
 /// A secret on its way, of the signature (oayays).
@@ -21,7 +23,7 @@ struct TransferredSecret {
 using TransferredSecrets = QMap<QDBusObjectPath, TransferredSecret>;
 
 // Beside the type, where the toolkit looks for them.
-static QDBusArgument &operator<<(QDBusArgument &argument, const TransferredSecret &secret)
+QDBusArgument &operator<<(QDBusArgument &argument, const TransferredSecret &secret)
 {
     argument.beginStructure();
     argument << secret.session << secret.parameters << secret.value << secret.contentType;
@@ -29,13 +31,15 @@ static QDBusArgument &operator<<(QDBusArgument &argument, const TransferredSecre
     return argument;
 }
 
-static const QDBusArgument &operator>>(const QDBusArgument &argument, TransferredSecret &secret)
+const QDBusArgument &operator>>(const QDBusArgument &argument, TransferredSecret &secret)
 {
     argument.beginStructure();
     argument >> secret.session >> secret.parameters >> secret.value >> secret.contentType;
     argument.endStructure();
-    return argument;
+    return argument; // NOLINT(bugprone-return-const-ref-from-parameter): the toolkit has it so
 }
+
+} // namespace
 
 using namespace Qt::StringLiterals;
 
@@ -104,13 +108,14 @@ KeychainStatus serviceFailure(KeychainStatus status)
 
 } // namespace
 
-QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::search(KeychainItem item)
+QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::search(
+    const KeychainItem &item)
 {
     return searchAttributes(attributesOf(item));
 }
 
 QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::search(
-    KeychainItem item, Encoding encoding)
+    const KeychainItem &item, Encoding encoding)
 {
     Attributes attributes = attributesOf(item);
     attributes[QLatin1StringView(encodingName)] = nameOf(encoding);
@@ -118,7 +123,7 @@ QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretServi
 }
 
 QCoro::Task<tl::expected<SecretService::FoundItems, KeychainStatus>> SecretService::searchWritten(
-    KeychainItem item)
+    const KeychainItem &item)
 {
     return searchAttributes(writtenAttributesOf(item));
 }
@@ -234,28 +239,45 @@ QCoro::Task<tl::expected<std::shared_ptr<const SecretSession>, KeychainStatus>> 
     if (known && known->service == *service)
         co_return known;
 
-    SecretSession session;
-    session.service = *service;
-    session.cipher = SecretCipher::make();
-    if (session.cipher) {
-        const auto reply = co_await openSession(SecretCipher::algorithm, session.cipher->publicKey());
-        if (reply) {
-            const QVariant output = valueOf<0, QDBusVariant, QDBusObjectPath>(*reply).variant();
-            if (!session.cipher->agree(output.toByteArray()))
-                co_return tl::unexpected(KeychainStatus::IoError);
-            session.path = valueOf<1, QDBusVariant, QDBusObjectPath>(*reply);
-            co_return std::make_shared<const SecretSession>(session);
-        }
-        if (reply.error() == KeychainStatus::TimedOut)
-            co_return tl::unexpected(reply.error());
+    if (std::optional<SecretCipher> cipher = SecretCipher::make()) {
+        auto opening = openEncrypted(*service, *std::move(cipher));
+        auto opened = co_await opening;
+        if (opened || opened.error() != KeychainStatus::NotAvailable)
+            co_return opened;
     }
     // There are services without a cipher. They are on the person's own bus.
     const auto reply = co_await openSession(u"plain"_s, QString());
     if (!reply)
         co_return tl::unexpected(reply.error());
-    session.cipher.reset();
-    session.path = valueOf<1, QDBusVariant, QDBusObjectPath>(*reply);
-    co_return std::make_shared<const SecretSession>(session);
+    SecretSession session{
+        .service = *service, .path = valueOf<1, QDBusVariant, QDBusObjectPath>(*reply), .cipher = {}};
+    co_return std::make_shared<const SecretSession>(std::move(session));
+}
+
+QCoro::Task<tl::expected<std::shared_ptr<const SecretSession>, KeychainStatus>> SecretService::openEncrypted(
+    QString service, SecretCipher cipher)
+{
+    const auto reply = co_await openSession(SecretCipher::algorithm, cipher.publicKey());
+    if (!reply && reply.error() == KeychainStatus::TimedOut)
+        co_return tl::unexpected(reply.error());
+    if (!reply)
+        co_return tl::unexpected(KeychainStatus::NotAvailable);
+    const QVariant output = valueOf<0, QDBusVariant, QDBusObjectPath>(*reply).variant();
+    if (!cipher.agree(output.toByteArray()))
+        co_return tl::unexpected(KeychainStatus::IoError);
+    SecretSession session{
+        .service = service, .path = valueOf<1, QDBusVariant, QDBusObjectPath>(*reply), .cipher = cipher};
+    co_return std::make_shared<const SecretSession>(std::move(session));
+}
+
+std::optional<SecretCipher::Sealed> SecretSession::sealed(const QByteArray &secret) const
+{
+    return cipher ? cipher->seal(secret) : SecretCipher::Sealed{.parameters = {}, .value = secret};
+}
+
+std::optional<QByteArray> SecretSession::opened(const SecretCipher::Sealed &sealed) const
+{
+    return cipher ? cipher->open(sealed) : sealed.value;
 }
 
 QCoro::Task<tl::expected<QByteArray, KeychainStatus>> SecretService::secret(
@@ -273,9 +295,8 @@ QCoro::Task<tl::expected<QByteArray, KeychainStatus>> SecretService::secret(
     const auto found = secrets.constFind(item);
     if (found == secrets.constEnd())
         co_return tl::unexpected(KeychainStatus::ItemNotFound);
-    const std::optional<QByteArray> kept = session->cipher
-        ? session->cipher->open({.parameters = found->parameters, .value = found->value})
-        : found->value;
+    const std::optional<QByteArray> kept
+        = session->opened({.parameters = found->parameters, .value = found->value});
     if (!kept)
         co_return tl::unexpected(KeychainStatus::IoError);
     co_return encoding == Encoding::Base64 ? QByteArray::fromBase64(*kept) : *kept;
@@ -285,17 +306,14 @@ QCoro::Task<KeychainStatus> SecretService::write(QDBusObjectPath collection, Key
     QByteArray secret, std::shared_ptr<const SecretSession> session)
 {
     registerTypes();
+    const std::optional<SecretCipher::Sealed> sealed = session->sealed(secret.toBase64());
+    if (!sealed)
+        co_return KeychainStatus::IoError;
     TransferredSecret transferred;
     transferred.session = session->path;
-    transferred.value = secret.toBase64();
+    transferred.parameters = sealed->parameters;
+    transferred.value = sealed->value;
     transferred.contentType = u"text/plain"_s;
-    if (session->cipher) {
-        auto sealed = session->cipher->seal(transferred.value);
-        if (!sealed)
-            co_return KeychainStatus::IoError;
-        transferred.parameters = std::move(sealed->parameters);
-        transferred.value = std::move(sealed->value);
-    }
     const QVariantMap properties{{u"org.freedesktop.Secret.Item.Label"_s, item.label},
         {u"org.freedesktop.Secret.Item.Attributes"_s, QVariant::fromValue(writtenAttributesOf(item))}};
     constexpr bool replacesItsLike = true;

@@ -23,6 +23,10 @@ struct SecretSession {
     QDBusObjectPath path;
     /// Absent where the service knows of no cipher.
     std::optional<SecretCipher> cipher;
+
+    /// As it is handed to the service, and back as it came from there. Absent where that cannot be.
+    [[nodiscard]] std::optional<SecretCipher::Sealed> sealed(const QByteArray &secret) const;
+    [[nodiscard]] std::optional<QByteArray> opened(const SecretCipher::Sealed &sealed) const;
 };
 
 /// The desktop's Secret Service (freedesktop.org's API 0.2), for one operation: where an item lies, whether
@@ -47,16 +51,16 @@ public:
     };
 
     /// All items of that service and account, in all collections. Never prompts.
-    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> search(KeychainItem item);
+    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> search(const KeychainItem &item);
 
     /// How the bytes of a secret are kept.
     enum class Encoding { Base64, Text };
 
     /// Those among them that are kept so.
-    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> search(KeychainItem item, Encoding encoding);
+    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> search(const KeychainItem &item, Encoding encoding);
 
     /// Those among them that were written here: one for each collection at most.
-    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchWritten(KeychainItem item);
+    QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchWritten(const KeychainItem &item);
 
     /// `known` where that is still of use, else another one.
     QCoro::Task<tl::expected<std::shared_ptr<const SecretSession>, KeychainStatus>> session(
@@ -89,6 +93,9 @@ public:
     static QDBusObjectPath collectionOf(const QDBusObjectPath &item);
 
 private:
+    /// NotAvailable where the service does not know the cipher.
+    QCoro::Task<tl::expected<std::shared_ptr<const SecretSession>, KeychainStatus>> openEncrypted(
+        QString service, SecretCipher cipher);
     QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> openSession(QString algorithm, QVariant input);
 
     QCoro::Task<tl::expected<FoundItems, KeychainStatus>> searchAttributes(QMap<QString, QString> attributes);
