@@ -183,9 +183,10 @@ private Q_SLOTS:
         const int declined = keychain.startWriting(session, "x");
         m_lab->dismissPrompt();
         QCOMPARE(keychain.result(declined).status, UserCanceled);
-        const int writing = keychain.startWriting(session, "x");
-        m_lab->choosePassword(u"new password"_s);
-        QCOMPARE(keychain.result(writing).status, Success);
+        KeychainStatus written = makeKeyringFor(keychain);
+        if (written == UserCanceled && m_lab->hasMisreadPassword())
+            written = makeKeyringFor(keychain);
+        QCOMPARE(written, Success);
         QCOMPARE(keychain.read(session), secret("x"));
         QVERIFY(keychain.ranSmoothly());
     }
@@ -216,6 +217,13 @@ private:
         QCOMPARE(keychain.write(session, "locked up"), Success);
         m_lab->stopKeyring();
         m_lab->startKeyring(DesktopLab::Keyring::Locked);
+    }
+
+    KeychainStatus makeKeyringFor(KeychainDriver &keychain)
+    {
+        const int writing = keychain.startWriting(session, "x");
+        m_lab->choosePassword(u"new password"_s);
+        return keychain.result(writing).status;
     }
 
     void verifyNobodyWasAsked()

@@ -269,6 +269,11 @@ void DesktopLab::dismissPrompt()
     awaitPromptGone();
 }
 
+bool DesktopLab::hasMisreadPassword() const
+{
+    return wordsOf(u"keyring"_s).contains("Cannot import an invalid key");
+}
+
 void DesktopLab::killPrompter()
 {
     awaitPrompt();

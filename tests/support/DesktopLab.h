@@ -87,6 +87,10 @@ public:
     /// The same for the prompt that wants a new password, twice.
     void choosePassword(const QString &password);
     void dismissPrompt();
+    /// GNOME's keyring and the program that shows its prompts agree on a key for what the person types, and
+    /// do not always agree: about one time in 256 the keyring cannot read a new password, says so, and calls
+    /// the prompt dismissed. Has the running one ever said so?
+    [[nodiscard]] bool hasMisreadPassword() const;
     /// Waits for a prompt, and ends the program that shows it.
     void killPrompter();
 

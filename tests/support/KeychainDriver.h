@@ -120,7 +120,8 @@ public:
             receive();
             return m_probe.state() == QProcess::NotRunning && m_stretch.has_value();
         });
-        if (m_probe.exitCode() == 0 && *m_stretch <= (m_processorWait < busy ? limit : limitWhereBusy))
+        if (m_probe.exitCode() == 0
+            && *m_stretch <= (m_processorWait < busy ? limit + m_processorWait : limitWhereBusy))
             return true;
         qWarning("exit code %d; the event loop stood still for %.1f ms, and %.1f ms for want of a processor",
             m_probe.exitCode(), *m_stretch, m_processorWait);
