@@ -15,6 +15,9 @@ namespace orbitledge {
 namespace {
 
 constexpr qsizetype primeSize = 128; // bytes
+/// Twice what the prime is worth in bits (80: NIST SP 800-57, part 1, table 2) is enough, and this is more.
+/// As many bytes as the prime has would hold up the calling thread four times as long for no more safety.
+constexpr qsizetype privateKeySize = 32;
 constexpr qsizetype keySize = 16;
 constexpr qsizetype blockSize = 16;
 
@@ -122,7 +125,7 @@ std::optional<SecretCipher> SecretCipher::make()
     if (!isThere)
         return std::nullopt;
     SecretCipher cipher;
-    cipher.m_privateKey = randomBytes(primeSize);
+    cipher.m_privateKey = randomBytes(privateKeySize);
     cipher.m_publicKey = power(Number(gcry_mpi_set_ui(nullptr, generator)), cipher.m_privateKey);
     return cipher;
 }
