@@ -1,6 +1,7 @@
 #include "ui/kit/TabularText.h"
 
 #include <QFontMetricsF>
+#include <QHash>
 #include <QPainter>
 #include <QTextCharFormat>
 #include <QTextLine>
@@ -9,7 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
-#include <map>
+#include <utility>
 #include <vector>
 
 namespace orbitledge::ui {
@@ -49,31 +50,37 @@ std::vector<Piece> piecesOf(const QString &text)
     return pieces;
 }
 
-DigitAdvances advancesFrom(char32_t zero, const QFontMetricsF &metrics)
+/// Of the digits that begin with this zero. A list has hundreds of sums in few fonts, so they are measured
+/// once.
+DigitAdvances advancesFrom(char32_t zero, const QFont &font)
 {
+    constexpr qsizetype manyFonts = 64;
+    static QHash<std::pair<QFont, char32_t>, DigitAdvances> known;
+    if (const auto found = known.constFind({font, zero}); found != known.constEnd())
+        return *found;
+    if (known.size() >= manyFonts)
+        known.clear();
+    const QFontMetricsF metrics(font);
     DigitAdvances advances{};
     for (char32_t digit = 0; digit < advances.size(); ++digit) {
         const char32_t scalar = zero + digit;
         advances.at(digit) = metrics.horizontalAdvance(QString::fromUcs4(&scalar, 1));
     }
+    known.insert({font, zero}, advances);
     return advances;
 }
 
 /// Half of what a digit lacks goes before it and half after it. Where nothing before it can be moved away,
 /// all of it goes after.
-void spreadDigits(std::vector<Piece> &pieces, const QFontMetricsF &metrics)
+void spreadDigits(std::vector<Piece> &pieces, const QFont &font)
 {
-    std::map<char32_t, DigitAdvances> advancesByZero;
     for (std::size_t index = 0; index < pieces.size(); ++index) {
         Piece &piece = pieces.at(index);
         if (!piece.isDigit())
             continue;
         const auto value = static_cast<char32_t>(QChar::digitValue(piece.scalar));
         const char32_t zero = piece.scalar - value;
-        auto known = advancesByZero.find(zero);
-        if (known == advancesByZero.end())
-            known = advancesByZero.emplace(zero, advancesFrom(zero, metrics)).first;
-        const DigitAdvances &advances = known->second;
+        const DigitAdvances advances = advancesFrom(zero, font);
         const qreal lack = *std::ranges::max_element(advances) - advances.at(value);
         Piece *before = index > 0 ? &pieces.at(index - 1) : nullptr;
         if (before && (before->isDigit() || before->standsAlone())) {
@@ -85,20 +92,27 @@ void spreadDigits(std::vector<Piece> &pieces, const QFontMetricsF &metrics)
     }
 }
 
+/// Neighbours that are moved alike have one together: what has one of its own is shaped by itself.
 QList<QTextLayout::FormatRange> formatsOf(const std::vector<Piece> &pieces, const QFont &font)
 {
     QList<QTextLayout::FormatRange> formats;
+    const Piece *last = nullptr;
     for (const Piece &piece : pieces) {
-        // Digits have one even if they lack nothing: it keeps them from being kerned.
-        if (piece.extra == 0 && !piece.isDigit())
-            continue;
-        QFont spaced = font;
-        spaced.setLetterSpacing(QFont::AbsoluteSpacing, font.letterSpacing() + piece.extra);
-        QTextLayout::FormatRange range;
-        range.start = piece.start;
-        range.length = piece.length;
-        range.format.setFont(spaced);
-        formats.append(range);
+        // Digits have one even if they lack nothing: they must not be kerned.
+        const bool isMoved = piece.extra != 0 || piece.isDigit();
+        if (isMoved && last && last->isDigit() == piece.isDigit() && last->extra == piece.extra) {
+            formats.last().length += piece.length;
+        } else if (isMoved) {
+            QFont spaced = font;
+            spaced.setKerning(false);
+            spaced.setLetterSpacing(QFont::AbsoluteSpacing, font.letterSpacing() + piece.extra);
+            QTextLayout::FormatRange range;
+            range.start = piece.start;
+            range.length = piece.length;
+            range.format.setFont(spaced);
+            formats.append(range);
+        }
+        last = isMoved ? &piece : nullptr;
     }
     return formats;
 }
@@ -109,7 +123,7 @@ TabularText::TabularText(const QString &text, const QFont &font, Qt::LayoutDirec
     : m_layout(text, font)
 {
     std::vector<Piece> pieces = piecesOf(text);
-    spreadDigits(pieces, QFontMetricsF(font));
+    spreadDigits(pieces, font);
     m_layout.setFormats(formatsOf(pieces, font));
     QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
     option.setTextDirection(direction);
