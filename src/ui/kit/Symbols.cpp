@@ -1,18 +1,18 @@
 #include "ui/kit/Symbols.h"
 
+#include "ui/kit/SymbolRecord.h"
+
 #include <QColor>
+#include <QFile>
 #include <QIconEngine>
 #include <QImage>
 #include <QPaintDevice>
 #include <QPainter>
-#include <QPicture>
 #include <QPixmapCache>
 #include <QTransform>
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
-#include <vector>
 
 namespace orbitledge::ui {
 
@@ -20,65 +20,9 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-/// Units of the grid on which symbols are drawn.
-constexpr qreal gridUnits = 24;
-
-/// From this many pixels on, a line that lies between two of them looks sharp anyway.
-constexpr int hintedPixels = 40;
-
 bool pointsAlongText(Symbol symbol)
 {
     return symbol == Symbol::TurnBack || symbol == Symbol::SignOut;
-}
-
-QImage drawn(QPicture &symbol, int pixels, QPointF offset)
-{
-    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(offset);
-    painter.scale(pixels / gridUnits, pixels / gridUnits);
-    painter.drawPicture(0, 0, symbol);
-    return image;
-}
-
-/// Higher where straight lines lie on fewer rows and columns. Single pixels would tell more of the curves.
-qint64 sharpnessOf(const QImage &image)
-{
-    const auto side = static_cast<std::size_t>(image.width());
-    std::vector<qint64> rows(side);
-    std::vector<qint64> columns(side);
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const int alpha = qAlpha(image.pixel(x, y));
-            rows.at(static_cast<std::size_t>(y)) += alpha;
-            columns.at(static_cast<std::size_t>(x)) += alpha;
-        }
-    }
-    const auto addSquare = [](qint64 sum, qint64 ink) { return sum + ink * ink; };
-    const qint64 ofRows = std::accumulate(rows.begin(), rows.end(), qint64{0}, addSquare);
-    return std::accumulate(columns.begin(), columns.end(), ofRows, addSquare);
-}
-
-/// In place first: a move must be worth more than the unevenness it brings.
-QImage sharpest(QPicture &symbol, int pixels)
-{
-    QImage best = drawn(symbol, pixels, {0, 0});
-    if (pixels >= hintedPixels)
-        return best;
-    qint64 bestSharpness = sharpnessOf(best) * 101 / 100;
-    for (const qreal y : {0.0, -0.25, 0.25, -0.5}) {
-        for (const qreal x : {0.0, -0.25, 0.25, -0.5}) {
-            QImage candidate = drawn(symbol, pixels, {x, y});
-            const qint64 sharpness = sharpnessOf(candidate);
-            if (sharpness > bestSharpness) {
-                bestSharpness = sharpness;
-                best = std::move(candidate);
-            }
-        }
-    }
-    return best;
 }
 
 QImage tinted(QImage image, const QColor &color)
@@ -89,6 +33,17 @@ QImage tinted(QImage image, const QColor &color)
     return image;
 }
 
+SymbolRecord recordOf(Symbol symbol)
+{
+    SymbolRecord record;
+    QFile file(u":/symbols/%1.symbol"_s.arg(nameOf(symbol)));
+    if (file.open(QFile::ReadOnly)) {
+        QDataStream stream(&file);
+        stream >> record;
+    }
+    return record;
+}
+
 /// The lines of a symbol, at a number of pixels.
 QPixmap inPixels(Symbol symbol, int pixels, const QColor &color)
 {
@@ -96,9 +51,7 @@ QPixmap inPixels(Symbol symbol, int pixels, const QColor &color)
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap))
         return pixmap;
-    QPicture picture;
-    picture.load(u":/symbols/%1.picture"_s.arg(nameOf(symbol)));
-    pixmap = QPixmap::fromImage(tinted(sharpest(picture, pixels), color));
+    pixmap = QPixmap::fromImage(tinted(recordOf(symbol).drawn(pixels), color));
     QPixmapCache::insert(key, pixmap);
     return pixmap;
 }
