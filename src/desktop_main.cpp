@@ -179,6 +179,15 @@ QCoro::Task<void> takeSession(SystemParts parts, std::shared_ptr<AppStore> store
     turn->begins->complete();
 }
 
+/// For X11, where not every task bar looks for the desktop entry of a window. The files of whole icon themes
+/// are read for it, so that the first frame would come an eighth later.
+void setWindowIconLater()
+{
+    constexpr auto afterTheFirstFrame = std::chrono::milliseconds(500);
+    QTimer::singleShot(afterTheFirstFrame, qApp,
+        [] { QGuiApplication::setWindowIcon(QIcon::fromTheme(QString::fromLatin1(build::applicationId))); });
+}
+
 } // namespace
 
 /// The program with windows, which orbitledge turns into. It takes one of --background, --quick-add,
@@ -196,8 +205,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Orbitledge"_s);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
-    // On X11, where not every task bar looks for the desktop entry of a window.
-    QGuiApplication::setWindowIcon(QIcon::fromTheme(QString::fromLatin1(build::applicationId)));
+    setWindowIconLater();
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
     // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): the application owns the style
