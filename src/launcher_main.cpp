@@ -30,17 +30,22 @@ bool wantsPanel(int argc, char **argv)
     return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
 }
 
-/// Does not return where there is such a program, in this folder relative to the program's own. It is told
-/// its own path as the first word, as the windows' class is made from it.
-void tryToBecome(std::string_view folder, std::string_view name, char **argv)
+/// Does not return where there is such a program, in this folder of the one that remains where so many parts
+/// are left off this program's own path. It is told its path as the first word, as the windows' class is made
+/// from it.
+void tryToBecome(int partsOff, std::string_view folder, std::string_view name, char **argv)
 {
     Path path{};
     const ssize_t length = ::readlink("/proc/self/exe", path.data(), PATH_MAX);
     if (length <= 0 || length >= PATH_MAX)
         return;
-    char *const slash = std::strrchr(path.data(), '/');
-    if (slash == nullptr)
-        return;
+    char *slash = nullptr;
+    for (; partsOff > 0; --partsOff) {
+        slash = std::strrchr(path.data(), '/');
+        if (slash == nullptr)
+            return;
+        *slash = '\0';
+    }
     const auto room = static_cast<std::size_t>(path.data() + path.size() - slash);
     if (folder.size() + name.size() >= room)
         return;
@@ -52,8 +57,8 @@ void tryToBecome(std::string_view folder, std::string_view name, char **argv)
 /// Beside each other where they were built, in bin and libexec where they were installed.
 void become(std::string_view name, char **argv)
 {
-    tryToBecome("/", name, argv);
-    tryToBecome("/../libexec/orbitledge/", name, argv);
+    tryToBecome(1, "/", name, argv);
+    tryToBecome(2, "/libexec/orbitledge/", name, argv);
 }
 
 } // namespace
