@@ -18,7 +18,7 @@ if(ORBITLEDGE_DEMO_SERVICE)
     find_package(Qt6 6.4 REQUIRED COMPONENTS HttpServer Network Sql)
     pkg_check_modules(sodium REQUIRED IMPORTED_TARGET libsodium)
 endif()
-if(ORBITLEDGE_TESTS)
+if(ORBITLEDGE_TESTS OR ORBITLEDGE_FUZZERS)
     find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
 endif()
 
