@@ -28,6 +28,7 @@ void timeline(benchmark::State &state)
 
 BENCHMARK(timeline)
     ->Name("timeline")
+    ->Arg(10)
     ->Arg(100)
     ->Arg(1'000)
     ->Arg(10'000)
