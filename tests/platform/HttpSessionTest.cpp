@@ -339,6 +339,7 @@ private Q_SLOTS:
         row("no HTTP at all", {Send{"220 mail.example ESMTP\r\n"}}, Kind::BadAnswer);
         row("binary noise", {Send{QByteArray::fromHex("160301000200ff00") + QByteArray(300, '\3')}},
             Kind::BadAnswer);
+        row("a status line of wrong shape", {Send{"HTTP/20 .101 OK\r\n\r\nwords"}}, Kind::BadAnswer);
         row("a status of two digits", {Send{"HTTP/1.1 99 Odd\r\n\r\n"}}, Kind::BadAnswer);
         row("headers without end",
             {Send{ok}, FaultServer::SendForever{"X-A: " + QByteArray(1000, 'a') + "\r\n"}}, Kind::BadAnswer);

@@ -147,6 +147,12 @@ public:
         long status = 0;
         // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg,hicpp-vararg)
         m_curl.easyGetinfo(m_easy, CURLINFO_RESPONSE_CODE, &status);
+        // In a status line that is none, like "HTTP/20 .101", the library finds a number nevertheless.
+        constexpr long smallestFinal = 200;
+        if (status < smallestFinal) {
+            fail(Kind::BadAnswer);
+            return;
+        }
         if (isRedirect(status) && follow(status))
             return;
         auto body = m_decoder ? m_decoder->finish() : QByteArray();
