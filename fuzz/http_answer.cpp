@@ -24,13 +24,21 @@ template <typename T> void check(const tl::expected<T, APIError> &result)
     fuzz::require(result || !result.error().errorDescription().isEmpty(), "a failure is explained");
 }
 
+HttpSessionConfiguration configuration()
+{
+    HttpSessionConfiguration configuration;
+    configuration.requestTimeout = 5s;
+    configuration.resourceTimeout = 8s;
+    configuration.largestBody = largestBody;
+    return configuration;
+}
+
 struct Parts {
     fuzz::AnsweringServer server;
     std::shared_ptr<testing::FakeKeychain> keychain = std::make_shared<testing::FakeKeychain>();
     std::shared_ptr<SessionCredentialStore> credentials = std::make_shared<SessionCredentialStore>(
         keychain, u"app.example"_s, u"session"_s, u"Example session"_s);
-    std::shared_ptr<HttpSession> http = std::make_shared<CurlHttpSession>("Agent/1",
-        HttpSessionConfiguration{.requestTimeout = 5s, .resourceTimeout = 8s, .largestBody = largestBody});
+    std::shared_ptr<HttpSession> http = std::make_shared<CurlHttpSession>("Agent/1", configuration());
     APIClient client{QUrl(u"http://127.0.0.1:%1/"_s.arg(server.port())), http, credentials,
         std::make_shared<testing::StoppedClock>(*Instant::fromText("2026-03-18T09:00:00Z"))};
 };
