@@ -110,7 +110,9 @@ QCoro::Task<void> handOver(int what)
         const auto outcome = co_await application.perform(RefreshRequest{}, place);
         fuzz::require(outcome || !outcome.error().isEmpty(), "a failure is explained");
         if (outcome && *outcome)
-            fuzz::require((*outcome)->subscriptionCount >= 0, "a count is one");
+            fuzz::require(
+                (*outcome)->subscriptionCount >= 0 && ((*outcome)->isDone || !(*outcome)->problem.isEmpty()),
+                "an outcome is one");
     }
 }
 

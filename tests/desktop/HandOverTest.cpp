@@ -7,6 +7,7 @@
 #include "support/TestMain.h"
 
 #include <QDBusUnixFileDescriptor>
+#include <QDBusVirtualObject>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -30,6 +31,34 @@ FaultServer::Answer answerTo(const QByteArray &request)
         return FaultServer::whole(200, encodeJson(sampleProfile()));
     return FaultServer::whole(200, '[' + encodeJson(sampleSubscription()) + ']');
 }
+
+/// Has the program's name, and gives one answer to everything.
+class Impostor final : public QDBusVirtualObject {
+public:
+    Impostor(QDBusConnection bus, QVariantList answer)
+        : m_bus(std::move(bus))
+        , m_answer(std::move(answer))
+    {
+        m_bus.registerVirtualObject(u"/"_s, this, QDBusConnection::SubPath);
+        m_bus.registerService(ResidentDesk::name());
+    }
+    ~Impostor() override
+    {
+        m_bus.unregisterService(ResidentDesk::name());
+        m_bus.unregisterObject(u"/"_s, QDBusConnection::UnregisterTree);
+    }
+    Q_DISABLE_COPY_MOVE(Impostor)
+
+    [[nodiscard]] QString introspect(const QString & /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        return connection.send(message.createReply(m_answer));
+    }
+
+private:
+    QDBusConnection m_bus;
+    QVariantList m_answer;
+};
 
 FaultServer::Answer noAnswer(const QByteArray & /*request*/)
 {
@@ -201,6 +230,26 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errors,
             "orbitledge: Orbitledge is running, but does not answer. End it, then try again.\n"_ba);
+    }
+
+    void shouldSayThatTheAnswerIsNotUnderstood_data()
+    {
+        QTest::addColumn<QVariantList>("answer");
+        QTest::newRow("nothing") << QVariantList();
+        QTest::newRow("of other types") << QVariantList{u"done"_s, 3};
+        QTest::newRow("fewer than none") << QVariantList{true, QString(), qlonglong(-1)};
+        QTest::newRow("a failure without a reason") << QVariantList{false, QString(), qlonglong(0)};
+    }
+    void shouldSayThatTheAnswerIsNotUnderstood()
+    {
+        QFETCH(QVariantList, answer);
+        const Impostor impostor(m_desk->lab.bus(), answer);
+        QProcess &command = m_desk->start({u"refresh"_s});
+        const auto result = ResidentDesk::finish(command);
+        QCOMPARE(result.errors,
+            "orbitledge: Orbitledge, which is running, gives an answer that is not understood. It may be of "
+            "another version: end it, then try again.\n"_ba);
+        QCOMPARE(result.exitCode, 1);
     }
 
     void shouldSayThatTheProgramEnded()

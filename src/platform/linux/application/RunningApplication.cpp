@@ -35,6 +35,27 @@ QString muteSentence()
     return u"Orbitledge is running, but does not answer. End it, then try again."_s;
 }
 
+/// In its own words, where it has some.
+QString refusal(const QDBusMessage &error)
+{
+    const QString words = error.errorMessage();
+    return words.isEmpty() ? u"Orbitledge, which is running, refuses it (%1)."_s.arg(error.errorName())
+                           : words;
+}
+
+/// Absent where it is not what a program of this kind says.
+std::optional<SessionOutcome> outcomeFrom(const QDBusMessage &answer)
+{
+    if (answer.signature() != u"bsx")
+        return std::nullopt;
+    const QList<QVariant> values = answer.arguments();
+    const SessionOutcome outcome{.isDone = values.at(0).toBool(),
+        .problem = values.at(1).toString(),
+        .subscriptionCount = values.at(2).toLongLong()};
+    const bool isExplained = outcome.isDone || !outcome.problem.isEmpty();
+    return isExplained && outcome.subscriptionCount >= 0 ? std::optional(outcome) : std::nullopt;
+}
+
 /// Its name on the bus that no other process ever has; empty where it is not there.
 QCoro::Task<QString> ownerOf(QString name, milliseconds patience)
 {
@@ -74,7 +95,7 @@ QCoro::Task<Reached> sendAction(QString owner, QDBusMessage call, milliseconds p
     if (!isStill)
         co_return false;
     const bool isMute = QDBusError(answer).type() == QDBusError::NoReply;
-    co_return tl::make_unexpected(isMute ? muteSentence() : answer.errorMessage());
+    co_return tl::make_unexpected(isMute ? muteSentence() : refusal(answer));
 }
 
 QDBusMessage sessionCall(
@@ -135,7 +156,7 @@ QCoro::Task<Life> lookAfter(QString owner, QDBusMessage check, milliseconds pati
         co_return Life{.sign = Sign::Gone, .sentence = {}};
     if (QDBusError(answer).type() == QDBusError::NoReply)
         co_return Life{.sign = Sign::Mute, .sentence = muteSentence()};
-    co_return Life{.sign = Sign::Elsewhere, .sentence = answer.errorMessage()};
+    co_return Life{.sign = Sign::Elsewhere, .sentence = refusal(answer)};
 }
 
 QCoro::Task<Performed> performAt(
@@ -163,15 +184,17 @@ QCoro::Task<Performed> performAt(
     }
     const QDBusMessage &answer = pending->answer;
     if (isAnswer(answer)) {
-        const QList<QVariant> values = answer.arguments();
-        co_return SessionOutcome{.isDone = values.value(0).toBool(),
-            .problem = values.value(1).toString(),
-            .subscriptionCount = values.value(2).toLongLong()};
+        const std::optional<SessionOutcome> outcome = outcomeFrom(answer);
+        if (outcome)
+            co_return outcome;
+        co_return tl::make_unexpected(u"Orbitledge, which is running, gives an answer that is not "
+                                      u"understood. It may be of another version: "
+                                      "end it, then try again."_s);
     }
     // What it had begun may be done or not, and is not begun again.
     if (QDBusError(answer).type() == QDBusError::NoReply)
         co_return tl::make_unexpected(u"Orbitledge ended before it was done with this. Try again."_s);
-    co_return tl::make_unexpected(answer.errorMessage());
+    co_return tl::make_unexpected(refusal(answer));
 }
 
 QCoro::Task<Reached> requestFrom(
