@@ -1,0 +1,441 @@
+"""What mutation/run does, once the packages are there and the sources are configured:
+
+    campaign.py SOURCES WORK [--list] [NUMBER | TEXT]...
+
+SOURCES is the repository, configured in WORK/plain. A copy of it with every fault woven in is built in WORK/tree,
+and each fault is shown to the unit tests that come by its place.
+"""
+
+import collections
+import concurrent.futures
+import hashlib
+import itertools
+import json
+import multiprocessing
+import os
+import pathlib
+import pickle
+import re
+import resource
+import shlex
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+import equivalents
+import faults as faults_of
+
+FOLDERS = ("model", "timeline", "reminders", "updates", "service")
+# Whose tests use these folders, too.
+USERS = ("fuzz",)
+# They kill or start whole programs, or measure for long; none of them is about the folders' rules.
+LEFT_OUT = {"cli/ProgramTest", "state/SnapshotKillTest", "state/AppStoreStretchTest", "state/AppStoreThreadsTest",
+            "fuzz/body_decoder", "fuzz/logo_image"}
+WANTED_PERCENT = 95
+AT_ONCE = 2
+LEAST_PATIENCE = 10.0
+PATIENCE_FACTOR = 5
+MEMORY = 8 << 30
+
+
+def say(words):
+    print(f"==> {words}", file=sys.stderr, flush=True)
+
+
+def fail(words):
+    sys.exit(f"error: {words}")
+
+
+# The copy
+
+
+def sources_of(root):
+    """By real path: the name in the repository, and the text, a character a byte."""
+    found = {}
+    for folder in FOLDERS:
+        for path in sorted((root / "src" / folder).rglob("*")):
+            if path.suffix in (".h", ".cpp"):
+                found[os.path.realpath(path)] = (str(path.relative_to(root)), path.read_text("latin-1"))
+    return found
+
+
+def arguments_of(command):
+    words = shlex.split(command["command"])
+    first = next(index for index, word in enumerate(words) if word.endswith(("c++", "g++"))) + 1
+    kept = []
+    skip = False
+    for word in words[first:]:
+        if skip or word in ("-o", "-c"):
+            skip = not skip
+        elif not word.startswith("-W"):
+            kept.append(word)
+    return kept
+
+
+def found_in(job):
+    texts, source, arguments = job
+    finder = faults_of.Finder(texts)
+    finder.read(source, arguments)
+    return finder.found
+
+
+def find_all(root, plain, texts):
+    commands = json.loads((plain / "compile_commands.json").read_text())
+    # Looking takes a minute or two, and what is found stays the same while all sources do.
+    known_for = hashlib.sha256()
+    for path in [*sorted((root / "src").rglob("*.h")), *sorted((root / "src").rglob("*.cpp")),
+                 plain / "compile_commands.json", pathlib.Path(faults_of.__file__)]:
+        known_for.update(path.read_bytes())
+    known = plain.parent / f"found-{known_for.hexdigest()[:16]}"
+    if known.exists():
+        return pickle.loads(known.read_bytes())
+    jobs = [(texts, command["file"], arguments_of(command))
+            for command in commands if os.path.realpath(command["file"]) in texts]
+    found = {}
+    with multiprocessing.Pool(AT_ONCE) as pool:
+        for some in pool.imap(found_in, jobs):
+            for key, fault in some.items():
+                found.setdefault(key, fault)
+    everything = faults_of.without_twins(list(found.values()))
+    faults_of.describe(everything, dict(texts.values()))
+    for old in known.parent.glob("found-*"):
+        old.unlink()
+    known.write_bytes(pickle.dumps(everything))
+    return everything
+
+
+def write_if_changed(path, content):
+    if path.exists() and path.read_bytes() == content:
+        return
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_bytes(content)
+
+
+def copy(root, tree):
+    """All that the sources are, but for the files that faults are woven into."""
+    listed = subprocess.run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=root,
+                            check=True, capture_output=True, text=True).stdout
+    names = {name for name in listed.split("\0") if name and (root / name).is_file()}
+    woven = {name for name in names
+             if name.startswith(tuple(f"src/{folder}/" for folder in FOLDERS)) and name.endswith((".h", ".cpp"))}
+    for name in names - woven:
+        write_if_changed(tree / name, (root / name).read_bytes())
+        os.chmod(tree / name, os.stat(root / name).st_mode)
+    for path in tree.rglob("*"):
+        name = str(path.relative_to(tree))
+        if not name.startswith("build/") and path.is_file() and name not in names:
+            path.unlink()
+
+
+def weave(tree, texts, faults):
+    by_file = collections.defaultdict(list)
+    for fault in faults:
+        by_file[fault.file].append(fault)
+    head = f'#include "{tree}/mutation/Fault.h"\n'
+    woven = {}
+    for name, text in texts.values():
+        woven[name] = faults_of.Woven(text, by_file[name], head if by_file[name] else "")
+        write_if_changed(tree / name, woven[name].text.encode("latin-1"))
+    return woven
+
+
+# The build
+
+
+PLACE = re.compile(r"^(?:In file included from |\s+from )?(/[^\s:]+|\.\.?/[^\s:]+):(\d+):(\d+):? +(.*)$")
+
+
+def refused(output, tree, woven):
+    """The faults that the compiler's complaints are about, and complaints that are about none."""
+    numbers = set()
+    puzzling = []
+    required = set()
+    for line in output.splitlines():
+        match = PLACE.match(line)
+        if not match:
+            continue
+        path, row, column, words = match.groups()
+        real = pathlib.Path(os.path.realpath(tree / "build/dev" / path))
+        name = str(real.relative_to(tree)) if real.is_relative_to(tree) else ""
+        near = woven[name].near(int(row), int(column)) if name in woven else set()
+        if "required from" in words and near:
+            required = near
+        elif words.startswith(("error:", "fatal error:")):
+            if not near | required:
+                puzzling.append(line)
+            numbers |= near or required
+            required = set()
+    return numbers, puzzling
+
+
+def build(tree, texts, faults, targets):
+    """Builds, and leaves out what does not compile; tells which faults those were."""
+    left_out = set()
+    for _ in range(15):
+        woven = weave(tree, texts, [fault for fault in faults if fault.number not in left_out])
+        result = subprocess.run(
+            ["cmake", "--build", "--preset", "dev", "--target", *targets, "--", f"-j{AT_ONCE}", "-k0"], cwd=tree,
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", check=False)
+        (tree.parent / "build.log").write_text(result.stdout)
+        if result.returncode == 0:
+            return left_out
+        numbers, puzzling = refused(result.stdout, tree, woven)
+        if not numbers - left_out:
+            fail(f"the copy does not build; see {tree.parent}/build.log" + "".join(puzzling[:3]))
+        say(f"{len(numbers - left_out)} faults do not compile and are left out")
+        left_out |= numbers
+    return fail("the copy does not build after many attempts")
+
+
+# The tests
+
+
+class Test:
+    def __init__(self, description):
+        self.name = description["name"]
+        self.command = description.get("command")
+        properties = {entry["name"]: entry["value"] for entry in description.get("properties", [])}
+        self.folder = properties.get("WORKING_DIRECTORY", ".")
+        self.alone = bool(properties.get("RUN_SERIAL"))
+        self.labels = properties.get("LABELS", [])
+        self.duration = 0.0
+        self.reached = set()
+
+    @property
+    def target(self):
+        group, name = self.name.split("/", 1)
+        return f"replay_{name}" if group == "fuzz" else f"test_{group}_{name}"
+
+    @property
+    def group(self):
+        return self.name.split("/")[0]
+
+
+def tests_of(tree):
+    listed = subprocess.run(["ctest", "--preset", "dev", "--show-only=json-v1"], cwd=tree, check=True,
+                            capture_output=True, text=True).stdout
+    tests = [Test(description) for description in json.loads(listed)["tests"]]
+    return [test for test in tests if test.group in FOLDERS + USERS and test.name not in LEFT_OUT
+            and "desktop" not in test.labels]
+
+
+class Turns:
+    """Tests that measure time run alone, all others beside each other."""
+
+    def __init__(self):
+        self.condition = threading.Condition()
+        self.running = 0
+        self.someone_alone = False
+        self.waiting_alone = 0
+
+    def enter(self, alone):
+        with self.condition:
+            if alone:
+                self.waiting_alone += 1
+                self.condition.wait_for(lambda: self.running == 0 and not self.someone_alone)
+                self.waiting_alone -= 1
+                self.someone_alone = True
+            else:
+                self.condition.wait_for(lambda: not self.someone_alone and self.waiting_alone == 0)
+                self.running += 1
+
+    def leave(self, alone):
+        with self.condition:
+            if alone:
+                self.someone_alone = False
+            else:
+                self.running -= 1
+            self.condition.notify_all()
+
+
+TURNS = Turns()
+
+
+def limit_memory():
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+def run_test(test, patience, extra):
+    """Whether it passed, how long that took, and its words. What fails is not waited for until its end."""
+    environment = os.environ | {"RC_PARAMS": "seed=1"} | extra
+    TURNS.enter(test.alone)
+    started = time.monotonic()
+    try:
+        with subprocess.Popen(test.command, cwd=test.folder, env=environment, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True,
+                              preexec_fn=limit_memory) as process:
+            patience_ends = threading.Timer(patience, end, [process])
+            patience_ends.start()
+            words = []
+            for line in process.stdout:
+                words.append(line)
+                if line.startswith(b"FAIL!"):
+                    end(process)
+            process.wait()
+            patience_ends.cancel()
+        return process.returncode == 0, time.monotonic() - started, b"".join(words).decode(errors="replace")
+    finally:
+        TURNS.leave(test.alone)
+
+
+def end(process):
+    """Ends the test, and what it has started."""
+    try:
+        os.killpg(process.pid, signal.SIGKILL)
+    except ProcessLookupError:
+        pass
+
+
+def observe(tests, work):
+    """Runs each test as it is, thrice: what it takes, and by which places it comes."""
+    notes = work / "reached"
+    notes.mkdir(exist_ok=True)
+
+    def one(test):
+        file = notes / test.target
+        file.unlink(missing_ok=True)
+        # Noting takes time, which some tests do not grant: how this run ends does not matter.
+        run_test(test, 300, {"ORBITLEDGE_FAULTS_REACHED": str(file)})
+        test.reached = {int(line) for line in file.read_text().split()} if file.exists() else set()
+        for _ in range(2):
+            passed, duration, words = run_test(test, 300, {})
+            test.duration = max(test.duration, duration)
+            if not passed:
+                fail(f"{test.name} fails without any fault:\n{words[-2000:]}")
+
+    with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
+        list(pool.map(one, tests))
+
+
+def order_for(fault, tests):
+    reaching = [test for test in tests if fault.number in test.reached]
+    return sorted(reaching, key=lambda test: (test.group != fault.folder, test.duration))
+
+
+def noticed_by(fault, tests):
+    for test in order_for(fault, tests):
+        patience = max(LEAST_PATIENCE, PATIENCE_FACTOR * test.duration)
+        passed, _, _ = run_test(test, patience, {"ORBITLEDGE_FAULT": str(fault.number)})
+        if not passed:
+            return test.name
+    return None
+
+
+def judge(faults, tests, log):
+    """By number: the test that notices the fault, or None. What is not noticed is logged at once."""
+    results = {}
+    done = itertools.count(1)
+
+    def one(fault):
+        results[fault.number] = noticed_by(fault, tests)
+        if not results[fault.number]:
+            show(fault, file=log)
+        count = next(done)
+        if count % 100 == 0:
+            say(f"{count} of {len(faults)}")
+
+    # Most of those that only one test looks at look at it one after another, if left in order.
+    mixed = sorted(faults, key=lambda fault: (fault.number * 7919) % 10007)
+    with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
+        list(pool.map(one, mixed))
+    return results
+
+
+# The report
+
+
+def show(fault, by=None, file=None):
+    where = f"{fault.number:5} {fault.file}:{fault.line} {fault.function} ({fault.kind})"
+    print(where + (f", noticed by {by}" if by else ""), file=file)
+    again = f"  [{fault.occurrence}]" if fault.occurrence > 1 else ""
+    print(f"      - {fault.before.encode('latin-1').decode()}", file=file)
+    print(f"      + {fault.after.encode('latin-1').decode()}{again}", file=file, flush=True)
+
+
+def table(faults, left_out, results, reasons):
+    print(f"{'folder':12} {'made':>6} {'invalid':>8} {'noticed':>8} {'equivalent':>11} {'survived':>9}   noticed")
+    for folder in (*FOLDERS, "together"):
+        mine = [fault for fault in faults if folder in (fault.folder, "together")]
+        invalid = [fault for fault in mine if fault.number in left_out]
+        judged = [fault for fault in mine if fault.number in results]
+        noticed = [fault for fault in judged if results[fault.number]]
+        unnoticed = [fault for fault in judged if not results[fault.number]]
+        same = [fault for fault in unnoticed if fault.identity in reasons]
+        share = 100 * len(noticed) / max(1, len(judged))
+        print(f"{folder:12} {len(mine):6} {len(invalid):8} {len(noticed):8} {len(same):11}"
+              f" {len(unnoticed) - len(same):9}   {share:5.1f} %")
+    return share
+
+
+def chosen_from(faults, wanted):
+    if not wanted:
+        return faults
+    return [fault for fault in faults
+            if str(fault.number) in wanted
+            or any(not word.isdigit() and word in f"{fault.file} {fault.function}" for word in wanted)]
+
+
+def main():
+    root, work = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
+    only_list = "--list" in sys.argv[3:]
+    wanted = {word for word in sys.argv[3:] if word != "--list"}
+    tree = work / "tree"
+
+    say("looking for places of faults")
+    texts = sources_of(root)
+    faults = find_all(root, work / "plain", texts)
+    chosen = chosen_from(faults, wanted)
+    if not chosen:
+        fail("there is no such fault; mutation/run --list tells them all")
+    if only_list:
+        for fault in chosen:
+            show(fault)
+        return
+
+    say(f"building {tree} with {len(faults)} faults")
+    copy(root, tree)
+    weave(tree, texts, faults)
+    configured = subprocess.run(["cmake", "--preset", "dev"], cwd=tree, capture_output=True, text=True, check=False)
+    if configured.returncode != 0:
+        fail(f"configuring the copy failed: {configured.stderr[-2000:]}")
+    left_out = build(tree, texts, faults, [test.target for test in tests_of(tree)])
+    tests = tests_of(tree)
+
+    say("running the tests without a fault")
+    started = time.monotonic()
+    observe(tests, work)
+
+    valid = [fault for fault in chosen if fault.number not in left_out]
+    say(f"running them with each of {len(valid)} faults")
+    with open(work / "unnoticed.log", "w", encoding="utf-8") as log:
+        results = judge(valid, tests, log)
+    reasons = equivalents.read(root / "mutation/equivalent.txt")
+    (work / "results.json").write_text(json.dumps(
+        [vars(fault) | {"noticed": results.get(fault.number), "valid": fault.number not in left_out,
+                        "reached": any(fault.number in test.reached for test in tests)} for fault in chosen],
+        indent=1))
+
+    unexplained = 0
+    for fault in valid:
+        if wanted and results[fault.number]:
+            show(fault, results[fault.number])
+        elif not results[fault.number] and (wanted or fault.identity not in reasons):
+            unexplained += 1
+            show(fault)
+    share = table(chosen, left_out, results, reasons)
+    stale = set() if wanted else set(reasons) - {fault.identity for fault in faults}
+    for file, function, before, after, _ in sorted(stale):
+        print(f"said to be equivalent, but not found any more: {file} {function}: {before} -> {after}")
+    for fault in valid:
+        if results[fault.number] and fault.identity in reasons:
+            print(f"said to be equivalent, but noticed by {results[fault.number]}:")
+            show(fault)
+    say(f"{len(results)} faults judged in {(time.monotonic() - started) / 60:.1f} minutes")
+    if unexplained or (share < WANTED_PERCENT and not wanted):
+        sys.exit(1)
+
+
+main()
