@@ -94,6 +94,29 @@ private Q_SLOTS:
         QCOMPARE(subtitle(SampleSubscription(), dates), u"14. März · Monthly"_s);
     }
 
+    void shouldCountTheDaysInWords_data()
+    {
+        QTest::addColumn<std::optional<qint64>>("days");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char *name, std::optional<qint64> days, const QString &expected) {
+            QTest::newRow(name) << days << expected;
+        };
+        row("no day count", std::nullopt, QString());
+        row("long ago", -400, u"400 days ago"_s);
+        row("two days ago", -2, u"2 days ago"_s);
+        row("one day ago", -1, u"yesterday"_s);
+        row("no day", 0, u"today"_s);
+        row("one day", 1, u"tomorrow"_s);
+        row("two days", 2, u"in 2 days"_s);
+        row("a year", 365, u"in 365 days"_s);
+    }
+    void shouldCountTheDaysInWords()
+    {
+        QFETCH(std::optional<qint64>, days);
+        QFETCH(QString, expected);
+        QCOMPARE(daysText(days), expected);
+    }
+
     void shouldRankRenewalsByTheDaysThatAreLeft_data()
     {
         QTest::addColumn<std::optional<qint64>>("days");
