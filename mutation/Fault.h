@@ -1,12 +1,12 @@
 #pragma once
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <type_traits>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 /// What the copies of the sources ask that mutation/run puts faults into.
 namespace mutation {

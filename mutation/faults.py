@@ -32,6 +32,8 @@ class Fault:
     function: str
     # The text that stands for the range where the fault is there.
     mutated: str
+    # In a function that the compiler may call.
+    constant: bool = False
     line: int = 0
     before: str = ""
     after: str = ""
@@ -133,6 +135,7 @@ class Finder:
             self.function(cursor)
         elif cursor.kind in (CursorKind.VAR_DECL, CursorKind.FIELD_DECL):
             self.name = self.qualified(cursor)
+            self.constant = False
             self.variable(cursor)
 
     @staticmethod
@@ -144,6 +147,7 @@ class Finder:
 
     def function(self, cursor):
         self.name = self.qualified(cursor)
+        self.constant = "constexpr" in self.code[cursor.extent.start.offset:cursor.location.offset]
         goes_on = cursor.result_type.kind == TypeKind.VOID or cursor.kind == CursorKind.CONSTRUCTOR
         for child in cursor.get_children():
             if child.kind == CursorKind.COMPOUND_STMT:
@@ -380,7 +384,7 @@ class Finder:
         key = (self.file, *range_, kind)
         if key in self.found:
             return
-        self.found[key] = Fault(self.file, *range_, kind, self.name, mutated)
+        self.found[key] = Fault(self.file, *range_, kind, self.name, mutated, self.constant)
 
 
 def without_twins(faults):
