@@ -1,6 +1,6 @@
 """What mutation/run does, once the packages are there and the sources are configured:
 
-    campaign.py SOURCES WORK [--list] [NUMBER | TEXT]...
+    campaign.py SOURCES WORK [--minutes N] [--list] [NUMBER | TEXT]...
 
 SOURCES is the repository, configured in WORK/plain. A copy of it with every fault woven in is built in WORK/tree,
 and each fault is shown to the unit tests that come by its place.
@@ -401,8 +401,13 @@ def chosen_from(faults, wanted):
 
 def main():
     root, work = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
-    only_list = "--list" in sys.argv[3:]
-    wanted = {word for word in sys.argv[3:] if word != "--list"}
+    words = sys.argv[3:]
+    minutes = MINUTES
+    if words and words[0] == "--minutes":
+        minutes = float(words[1])
+        words = words[2:]
+    only_list = "--list" in words
+    wanted = {word for word in words if word != "--list"}
     tree = work / "tree"
 
     say("looking for places of faults")
@@ -435,7 +440,7 @@ def main():
     valid = [fault for fault in chosen if fault.number not in left_out]
     say(f"running them with each of {len(valid)} faults")
     with open(work / "unnoticed.log", "w", encoding="utf-8") as log:
-        results = judge(valid, tests, log, MINUTES)
+        results = judge(valid, tests, log, minutes)
     reasons = equivalents.read(root / "mutation/equivalent.txt")
     (work / "results.json").write_text(json.dumps(
         [vars(fault) | {"noticed": results.get(fault.number), "judged": fault.number in results, "valid": fault.number not in left_out,

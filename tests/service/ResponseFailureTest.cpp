@@ -157,6 +157,9 @@ private Q_SLOTS:
         row("0", 0.0);
         row("-5", -5.0);
         row("+5", 5.0);
+        row("9", 9.0);
+        row("-.9", -0.9);
+        row("+.5", 0.5);
         row(".5", 0.5);
         row("5.", 5.0);
         row("1e2", 100.0);
@@ -174,6 +177,10 @@ private Q_SLOTS:
         row("--5", std::nullopt);
         row("1e999", std::nullopt);
         row("+", std::nullopt);
+        row("-", std::nullopt);
+        row("/5", std::nullopt);
+        row(":5", std::nullopt);
+        row("e5", std::nullopt);
         row(".", std::nullopt);
     }
     void shouldReadTheTimeToWait()
