@@ -86,16 +86,16 @@ def found_in(job):
 
 def find_all(root, plain, texts):
     commands = json.loads((plain / "compile_commands.json").read_text())
+    jobs = [(texts, command["file"], arguments_of(command))
+            for command in commands if os.path.realpath(command["file"]) in texts]
     # Looking takes a minute or two, and what is found stays the same while all sources do.
-    known_for = hashlib.sha256()
+    known_for = hashlib.sha256(repr([job[1:] for job in jobs]).encode())
     for path in [*sorted((root / "src").rglob("*.h")), *sorted((root / "src").rglob("*.cpp")),
-                 plain / "compile_commands.json", pathlib.Path(faults_of.__file__)]:
+                 pathlib.Path(faults_of.__file__)]:
         known_for.update(path.read_bytes())
     known = plain.parent / f"found-{known_for.hexdigest()[:16]}"
     if known.exists():
         return pickle.loads(known.read_bytes())
-    jobs = [(texts, command["file"], arguments_of(command))
-            for command in commands if os.path.realpath(command["file"]) in texts]
     found = {}
     with multiprocessing.Pool(AT_ONCE) as pool:
         for some in pool.imap(found_in, jobs):

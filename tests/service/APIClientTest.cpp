@@ -170,6 +170,18 @@ private Q_SLOTS:
                 expected("POST", path + "uncancel", "secret-value", "{}"_ba)}));
     }
 
+    void shouldSayWhyACancellationFailed()
+    {
+        storeCredential();
+        m_server->answerAll(FaultServer::whole(409, "{\"error\":\"It has ended already.\"}"));
+        const QUuid id = sampleSubscription().id;
+        const APIError expected = APIError::RequestFailed{409, u"It has ended already."_s};
+        const auto cancelled = QCoro::waitFor(m_client->cancelSubscription(id));
+        QVERIFY(!cancelled && cancelled.error() == expected);
+        const auto uncancelled = QCoro::waitFor(m_client->uncancelSubscription(id));
+        QVERIFY(!uncancelled && uncancelled.error() == expected);
+    }
+
     void shouldTakeEveryStatusFrom200To299ForSuccess()
     {
         storeCredential();
