@@ -72,6 +72,12 @@ private Q_SLOTS:
         QCOMPARE(wordsAbout(requestWith(value, "1")), u"Expected a string but found "_s + words);
     }
 
+    void shouldSayThatItIsNoJsonWhateverElseIsWrong()
+    {
+        const QString words = wordsAbout("{\"name\":7,\"cost\":1,\"billing_cycle\":\"\\ud800\"}");
+        QVERIFY2(words.startsWith(u"The data is not valid JSON"_s), qPrintable(words));
+    }
+
     void shouldSayThatATextIsNoNumber()
     {
         QCOMPARE(wordsAbout(requestWith("\"n\"", "\"\"")), u"Expected a number but found a string"_s);
