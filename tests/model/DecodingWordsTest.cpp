@@ -39,6 +39,8 @@ private Q_SLOTS:
             u"a string holds an escape that stands for no character"_s);
         row("nested too deep", requestWith("\"n\"", "1,\"z\":" + QByteArray(600, '[') + QByteArray(600, ']')),
             u"it is nested too deep"_s);
+        row("a text glued to a number", requestWith("1\"a\"", "1"),
+            u"a value is neither a string, a number, true, false nor null"_s);
         row("something behind the end", requestWith("\"n\"", "1") + "{}",
             u"something stands behind its end"_s);
     }

@@ -37,6 +37,11 @@ private Q_SLOTS:
         QCOMPARE(json::holdsSurrogate(exact), holds);
     }
 
+    void shouldNotLookBeyondTheEndForTheSecondHalfOfACharacter()
+    {
+        QVERIFY(!json::holdsSurrogate(std::string_view("\xED\xA0\x80", 1)));
+    }
+
     void shouldKeepAByteOrderMarkAsACharacter()
     {
         QCOMPARE(json::fromUtf8("\xEF\xBB\xBF"

@@ -597,6 +597,18 @@ private Q_SLOTS:
         QCOMPARE(snapshot.week[6].renewalColors, QStringList());
     }
 
+    void shouldCountTheRenewalsOfEachDay()
+    {
+        const TimelineSnapshot snapshot
+            = build({SampleSubscription().renewsOn({2026, 3, 2}), SampleSubscription().renewsOn({2026, 3, 7}),
+                SampleSubscription().renewsOn({2026, 3, 7}), SampleSubscription().renewsOn({2026, 3, 7}),
+                SampleSubscription().renewsOn({2026, 3, 7}), SampleSubscription().renewsOn({2026, 3, 8})});
+        QList<qint64> counts;
+        for (const TimelineDay &day : snapshot.week)
+            counts.append(day.renewalCount);
+        QCOMPARE(counts, (QList<qint64>{0, 1, 0, 0, 0, 0, 4}));
+    }
+
     void shouldRepeatAColorThatTwoRenewalsShare()
     {
         const TimelineSnapshot snapshot = build({SampleSubscription(u""_s).renewsOn({2026, 3, 6}),
