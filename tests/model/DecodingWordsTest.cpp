@@ -80,6 +80,12 @@ private Q_SLOTS:
         QVERIFY2(words.startsWith(u"The data is not valid JSON"_s), qPrintable(words));
     }
 
+    void shouldSayThatAListIsNoRecord()
+    {
+        QCOMPARE(wordsAbout("[]"), u"Expected an object but found an array"_s);
+        QCOMPARE(wordsAbout(requestWith("[1,{}]", "1")), u"Expected a string but found an array"_s);
+    }
+
     void shouldSayThatATextIsNoNumber()
     {
         QCOMPARE(wordsAbout(requestWith("\"n\"", "\"\"")), u"Expected a number but found a string"_s);

@@ -167,6 +167,7 @@ void LocalDateTest::shouldGiveTheThreeNumbersInTheirFields()
     QCOMPARE(date->month, 3);
     QCOMPARE(date->day, 5);
     QCOMPARE(*date, (LocalDate{2026, 3, 5}));
+    QCOMPARE(LocalDate{}, (LocalDate{1, 1, 1}));
 }
 
 void LocalDateTest::shouldPrintTheTextThatWasRead_data()
