@@ -1,12 +1,12 @@
 #pragma once
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <type_traits>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 /// What the copies of the sources ask that mutation/run puts faults into.
 namespace mutation {
@@ -25,7 +25,7 @@ inline std::atomic<bool> noted[most];
 
 inline void note(int number)
 {
-    if (noted[number].exchange(true))
+    if (noted[number].load(std::memory_order_relaxed) || noted[number].exchange(true))
         return;
     const int file = ::open(notes, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     // One write a number: the processes of a test may share the file.

@@ -123,8 +123,6 @@ private Q_SLOTS:
     void shouldHaveNoNegativeZero();
     void shouldDivideAnAmountByItsMonths_data();
     void shouldDivideAnAmountByItsMonths();
-    void shouldHoldEveryWholeNumberOf64Bits_data();
-    void shouldHoldEveryWholeNumberOf64Bits();
     void shouldComputeOddResultsExactly_data();
     void shouldComputeOddResultsExactly();
     void shouldAddLikeFractions();
@@ -658,26 +656,6 @@ void DecimalTest::shouldComputeOddResultsExactly_data()
         "400000000000000000000000000000000000040");
     row("38 by 38 digits", decimal(std::string(38, '9')) * decimal(std::string(38, '9')),
         "99999999999999999999999999999999999998" + zeros(38));
-}
-
-void DecimalTest::shouldHoldEveryWholeNumberOf64Bits_data()
-{
-    QTest::addColumn<qint64>("number");
-    const qint64 greatPower = 1'000'000'000'000'000'000;
-    for (const qint64 number : {qint64{0}, qint64{1}, qint64{-1}, qint64{5}, qint64{-5}, qint64{10},
-             qint64{-10}, qint64{1200}, greatPower, -greatPower, 9 * greatPower, -9 * greatPower,
-             std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()})
-        QTest::addRow("%lld", number) << number;
-}
-
-void DecimalTest::shouldHoldEveryWholeNumberOf64Bits()
-{
-    QFETCH(qint64, number);
-    const Decimal value(number);
-    QCOMPARE(value.toString(), QString::number(number));
-    QCOMPARE(value.isNegative(), number < 0);
-    QCOMPARE(value, decimal(std::to_string(number)));
-    QCOMPARE(value.toInteger(), std::optional(number));
 }
 
 void DecimalTest::shouldComputeOddResultsExactly()
