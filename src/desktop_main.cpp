@@ -157,6 +157,15 @@ QCoro::Task<std::optional<int>> claim(
     co_return std::nullopt;
 }
 
+/// What is being shown is written down first: otherwise the next start would show it again.
+QCoro::Task<void> endInOrder(std::shared_ptr<DesktopNotificationCenter> notifications)
+{
+    constexpr auto patience = std::chrono::seconds(2);
+    auto finishing = notifications->finish(patience);
+    co_await finishing;
+    QCoreApplication::quit();
+}
+
 /// That the session is this program's, and from when on.
 struct SessionTurn {
     std::optional<ProcessLock> lock;
@@ -254,7 +263,8 @@ int main(int argc, char **argv)
         .desktop = qgetenv("XDG_CURRENT_DESKTOP"),
         .turn = turn->begins,
     });
-    QObject::connect(&app, &OrbitledgeApp::quitRequested, &application, &QCoreApplication::quit);
+    QObject::connect(&app, &OrbitledgeApp::quitRequested, &application,
+        [notifications = parts->notifications] { endInOrder(notifications); });
     QObject::connect(service.get(), &ApplicationService::requested, &app, &OrbitledgeApp::perform);
     QObject::connect(service.get(), &ApplicationService::pageRequested, &app, &OrbitledgeApp::openPage);
     app.launch(OrbitledgeApp::Start::Background);

@@ -810,6 +810,52 @@ private Q_SLOTS:
 
     // ---- its end ----
 
+    void shouldRecordWhatIsBeingShownBeforeItEnds()
+    {
+        NotificationDesk desk("2026-03-18T07:00:00Z");
+        desk.display->isSlow = true;
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18}, u"a"_s), reminderOn({2026, 3, 18}, u"b"_s)});
+        desk.alarm->moveTo(at("2026-03-18T08:00:00Z"));
+        QTRY_COMPARE(desk.display->waitingCount(), 1);
+        {
+            auto finishing = desk.center->finish(60s);
+            QVERIFY(!finishing.isReady());
+            desk.display->isSlow = false;
+            desk.display->answerAll();
+            QCoro::waitFor(std::move(finishing));
+        }
+        QCOMPARE(desk.display->titles(), QStringList{u"a"_s});
+        desk.startCenter();
+        QTRY_COMPARE(desk.display->titles(), (QStringList{u"a"_s, u"b"_s}));
+        QTRY_VERIFY(desk.pending().isEmpty());
+    }
+
+    void shouldNotWaitForADisplayWithoutEnd()
+    {
+        NotificationDesk desk("2026-03-18T07:00:00Z");
+        desk.display->isSlow = true;
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18})});
+        desk.alarm->moveTo(at("2026-03-18T08:00:00Z"));
+        QTRY_COMPARE(desk.display->waitingCount(), 1);
+        QCoro::waitFor(desk.center->finish(50ms));
+        QCOMPARE(desk.display->waitingCount(), 1);
+    }
+
+    void shouldEndAtOnceWhereNothingIsBeingShown()
+    {
+        NotificationDesk desk("2026-03-18T07:00:00Z");
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18})});
+        auto finishing = desk.center->finish(60s);
+        QVERIFY(finishing.isReady());
+        // And nothing is shown by who has said that it ends.
+        desk.alarm->moveTo(at("2026-03-18T08:00:00Z"));
+        desk.settle();
+        QVERIFY(desk.display->shown.isEmpty());
+    }
+
     void shouldBeDestroyedAtAnyTime()
     {
         for (int turns = 0; turns < 12; ++turns) {

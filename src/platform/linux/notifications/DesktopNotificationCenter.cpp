@@ -122,6 +122,7 @@ public:
 
     static QCoro::Task<NotificationDelivery> deliverDue(Self self, milliseconds limit);
     static QCoro::Task<bool> prepareDelivery(Self self);
+    static QCoro::Task<void> finish(Self self, milliseconds limit);
     static QCoro::Task<Result> forget(Self self, QString prefix);
     static QCoro::Task<NotificationSettings> settings(Self self);
 
@@ -150,7 +151,11 @@ private:
     static QCoro::Task<bool> deliver(Self self);
     static QCoro::Task<void> settleWhenDelivered(Self self, std::shared_ptr<OneShot<bool>> outcome);
     static QCoro::Task<bool> deliverRound(Self self);
+    /// Before the next one is shown it is written down, so that at most one is ever told twice.
+    static QCoro::Task<bool> showAndRecord(Self self, NotificationBatch batch);
     static QCoro::Task<bool> showBatch(Self self, NotificationBatch batch);
+    static QCoro::Task<void> settleWhenRecorded(
+        std::shared_ptr<Completion> recording, std::shared_ptr<OneShot<bool>> outcome);
     static QCoro::Task<bool> awakenDisplay(Self self);
     static QCoro::Task<void> arrangeUnattended(Self self, std::optional<Instant> next);
 
@@ -172,6 +177,8 @@ private:
     std::optional<Instant> m_secondAttempt;
     bool m_isStarted = false;
     bool m_isDelivering = false;
+    /// Of what is being shown.
+    std::shared_ptr<Completion> m_recording;
     bool m_isToLookAgain = false;
     /// Nobody was there to show what is due.
     bool m_isUnshown = false;
@@ -404,14 +411,24 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
         const auto batch = self->m_queue.nextBatch(self->now(), self->m_startOfRun);
         if (!batch || self->isClosed())
             continue; // taken away meanwhile
-        const bool isShown = co_await showBatch(self, *batch);
+        const bool isShown = co_await showAndRecord(self, *batch);
         if (!isShown)
             co_return false;
-        // Before the next one, so that at most one is ever told twice. Where it cannot be saved, it is still
-        // known until this process ends.
-        (void)co_await save(self);
     }
     co_return true;
+}
+
+QCoro::Task<bool> DesktopNotificationCenter::State::showAndRecord(Self self, NotificationBatch batch)
+{
+    const auto recording = std::make_shared<Completion>();
+    self->m_recording = recording;
+    const bool isShown = co_await showBatch(self, std::move(batch));
+    // Where it cannot be saved, it is still known until this process ends.
+    if (isShown)
+        (void)co_await save(self);
+    self->m_recording.reset();
+    recording->complete();
+    co_return isShown;
 }
 
 QCoro::Task<bool> DesktopNotificationCenter::State::showBatch(Self self, NotificationBatch batch)
@@ -481,6 +498,23 @@ QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
     outcome->settle(co_await deliver(self));
 }
 
+QCoro::Task<void> DesktopNotificationCenter::State::finish(Self self, milliseconds limit)
+{
+    self->close();
+    if (!self->m_recording)
+        co_return;
+    auto outcome = std::make_shared<OneShot<bool>>();
+    settleWhenRecorded(self->m_recording, outcome);
+    (void)co_await outcome->settledWithin(limit);
+}
+
+QCoro::Task<void> DesktopNotificationCenter::State::settleWhenRecorded(
+    std::shared_ptr<Completion> recording, std::shared_ptr<OneShot<bool>> outcome)
+{
+    co_await Completion::wait(recording);
+    outcome->settle(true);
+}
+
 QCoro::Task<Result> DesktopNotificationCenter::State::forget(Self self, QString prefix)
 {
     const QList<ShownNotification> takenBack = self->m_queue.forget(prefix);
@@ -538,6 +572,11 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::deliverDue(millisec
 QCoro::Task<bool> DesktopNotificationCenter::prepareDelivery()
 {
     return State::prepareDelivery(m_state);
+}
+
+QCoro::Task<void> DesktopNotificationCenter::finish(milliseconds limit)
+{
+    return State::finish(m_state, limit);
 }
 
 QList<ShownNotification> DesktopNotificationCenter::shown() const

@@ -59,6 +59,11 @@ public:
     /// already. By then nothing else of this is under way.
     QCoro::Task<bool> prepareDelivery();
 
+    /// Shows nothing any more from now on, and tells nobody of clicks. Waits until it is recorded what is
+    /// being shown at the moment, so that the next process does not show it again, but not longer than
+    /// `limit`.
+    QCoro::Task<void> finish(std::chrono::milliseconds limit);
+
     /// What this process has shown and is shown yet, as far as is known, for who follows the clicks on it
     /// when this one has gone.
     [[nodiscard]] QList<ShownNotification> shown() const;
