@@ -44,7 +44,7 @@ QByteArray garbage(int number)
     const QByteArrayList kinds{
         answer("200 OK", "<html><body>Sign in to this network</body></html>"),
         answer("200 OK", R"([{"id":"00000000-0000-0000-0000-000000000000","name":)"),
-        QByteArray("\x16\x03\x01\x00\xff\x00 what is this\n", 23),
+        QByteArray("\x16\x03\x01\x00\xff\x00 what", 11),
         answer("200 OK", "{}", "Content-Encoding: gzip\r\n"),
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n",
         answer("302 Found", "", "Location: http://127.0.0.1:9/\r\n"),
@@ -53,6 +53,12 @@ QByteArray garbage(int number)
         answer("200 OK", QByteArray(1 << 20, '[')),
     };
     return kinds[number % kinds.size()];
+}
+
+QByteArray withoutIdentity(const QByteArray &kind)
+{
+    const qsizetype identity = kind.indexOf("/subscriptions/");
+    return identity < 0 ? kind : kind.left(identity) + kind.mid(kind.lastIndexOf('/'));
 }
 
 /// Whether whoever connected is still there: the end of a connection is known to the kernel before it is
@@ -74,6 +80,7 @@ struct FaultProxy::Shared {
 
     std::mutex mutex;
     QStringList overlaps;
+    QMap<QByteArray, int> kinds;
     std::set<QByteArray> credentials;
 };
 
@@ -206,6 +213,10 @@ void FaultProxy::Exchange::begin()
     m_life = m_shared->life;
     m_mayBeOfSignIn = m_server->followsSignIn(m_kind);
     ++m_shared->requests;
+    {
+        const std::scoped_lock lock(m_shared->mutex);
+        ++m_shared->kinds[withoutIdentity(m_kind)];
+    }
     m_server->compare(*this);
     setUnderWay(true);
     perform(m_shared->weather);
@@ -360,9 +371,10 @@ QStringList FaultProxy::overlaps() const
     return {m_shared->overlaps.begin(), m_shared->overlaps.end()};
 }
 
-qint64 FaultProxy::requestCount() const
+QMap<QByteArray, int> FaultProxy::requests() const
 {
-    return m_shared->requests;
+    const std::scoped_lock lock(m_shared->mutex);
+    return m_shared->kinds;
 }
 
 int FaultProxy::underWay() const

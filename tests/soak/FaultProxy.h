@@ -54,7 +54,8 @@ public:
 
     /// Fetches that overlapped, in words; there should be none.
     [[nodiscard]] QStringList overlaps() const;
-    [[nodiscard]] qint64 requestCount() const;
+    /// By what was asked for, without what differs from one subscription to the next.
+    [[nodiscard]] QMap<QByteArray, int> requests() const;
     [[nodiscard]] int underWay() const;
     /// The credentials that the service gave out.
     [[nodiscard]] QByteArrayList credentials() const;

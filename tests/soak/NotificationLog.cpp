@@ -129,12 +129,15 @@ bool NotificationLog::mayRepeat(const Showing &first, const Showing &again, qint
     if (!first.answeredAt)
         return true;
     const bool isUnrecorded = std::ranges::any_of(m_kills, [&](qint64 kill) {
-        return *first.answeredAt <= kill && kill <= *first.answeredAt + recordingTime && kill <= again.sentAt;
+        return first.sentAt <= kill && kill <= *first.answeredAt + recordingTime && kill <= again.sentAt;
     });
+    // Who quits waits for the answer, but not for long.
+    const bool isUnheard = std::ranges::any_of(
+        m_ends, [&](qint64 end) { return first.sentAt <= end && end <= *first.answeredAt; });
     const bool isForgotten = std::ranges::any_of(m_forgettings, [&](const Span &span) {
         return span.begin <= again.sentAt && span.end.value_or(again.sentAt) >= first.sentAt;
     });
-    return isUnrecorded || isForgotten;
+    return isUnrecorded || isUnheard || isForgotten;
 }
 
 NotificationLog::Verdict NotificationLog::verdict(qint64 recordingTime) const

@@ -47,6 +47,8 @@ public:
 
     /// The program was killed.
     void recordKill() { m_kills.push_back(now()); }
+    /// It has ended in order.
+    void recordEnd() { m_ends.push_back(now()); }
     /// While somebody signs out, which has what was shown forgotten.
     void recordForgetting(Span span) { m_forgettings.push_back(span); }
 
@@ -80,6 +82,7 @@ private:
     /// By sender and serial: which of the showings waits for an answer.
     std::map<std::pair<QByteArray, QByteArray>, std::pair<QByteArray, std::size_t>> m_unanswered;
     std::vector<qint64> m_kills;
+    std::vector<qint64> m_ends;
     std::vector<Span> m_forgettings;
 };
 

@@ -176,6 +176,7 @@ void SoakDesk::quit()
     } else if (program->exitStatus() != QProcess::NormalExit || program->exitCode() != 0) {
         note(u"it ended with %1"_s.arg(program->exitCode()));
     }
+    m_notifications->recordEnd();
 }
 
 void SoakDesk::ask(const QString &action)

@@ -53,7 +53,7 @@ int SoakPlan::weightOf(Step step) const
     case Step::WeatherTooMany:
     case Step::WeatherBroken:
     case Step::WeatherFickle:
-        return m_isWeatherGood ? usual : 1;
+        return 1;
     case Step::ServiceKilled:
     case Step::ServiceFrozen:
         return m_service == Part::There ? 1 : 0;
@@ -100,13 +100,18 @@ int SoakPlan::weightOf(Step step) const
     case Step::SignedOut:
         return 1;
     case Step::SignedIn:
-        return m_isSessionDoubtful ? veryOften : 1;
+        return !m_isSessionDoubtful ? 1 : isSignInPossible() ? 2 * veryOften : usual;
     case Step::Killed:
         return isRestless ? usual + 1 : 0;
     case Step::QuitAndStarted:
         return isRestless ? 1 : 0;
     }
     return 0;
+}
+
+bool SoakPlan::isSignInPossible() const
+{
+    return m_isWeatherGood && m_service == Part::There && m_keyring == Part::There;
 }
 
 SoakPlan::Move SoakPlan::next()
@@ -194,7 +199,7 @@ void SoakPlan::follow(Step step)
         m_isSessionDoubtful = true;
         break;
     case Step::SignedIn:
-        m_isSessionDoubtful = !m_isWeatherGood || m_service != Part::There || m_keyring != Part::There;
+        m_isSessionDoubtful = !isSignInPossible();
         break;
     default:
         break;

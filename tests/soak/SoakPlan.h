@@ -86,6 +86,7 @@ private:
     enum class Part { There, Mute, Gone };
 
     [[nodiscard]] int weightOf(Step step) const;
+    [[nodiscard]] bool isSignInPossible() const;
     void follow(Step step);
 
     QRandomGenerator m_random;

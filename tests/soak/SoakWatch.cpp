@@ -243,14 +243,24 @@ QString SoakWatch::lookAtTheEnd()
 QStringList SoakWatch::figures() const
 {
     const auto verdict = m_desk.notifications().verdict(recordingTime);
+    QStringList asked;
+    const QMap<QByteArray, int> requests = m_desk.proxy().requests();
+    for (auto request = requests.cbegin(); request != requests.cend(); ++request)
+        asked.append(u"%1 %2"_s.arg(*request).arg(QString::fromLatin1(request.key())));
+    QStringList threads;
+    for (const QString &thread :
+        QDir(u"/proc/%1/task"_s.arg(m_desk.process())).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        threads.append(QString::fromUtf8(
+            contents(u"/proc/%1/task/%2/comm"_s.arg(m_desk.process()).arg(thread)).trimmed()));
     QStringList lines{
+        u"threads at the end: "_s + threads.join(u", "_s),
         u"%1 runs of the program, %2 ended by a kill; %3 commands, of which %4 said that they could not"_s
             .arg(m_desk.lives())
             .arg(m_desk.kills())
             .arg(m_desk.commands().first)
             .arg(m_desk.commands().second),
-        u"%1 requests; %2 credentials; %3 states of the saved data read; %4 helpers at most; %5 KiB of the bus"_s
-            .arg(m_desk.proxy().requestCount())
+        u"requests: %1; %2 credentials; %3 states of the saved data read; %4 helpers at most; %5 KiB of the bus"_s
+            .arg(asked.join(u", "_s))
             .arg(m_desk.secrets().size() - 1)
             .arg(m_cachesRead)
             .arg(m_mostHelpers)
