@@ -528,7 +528,13 @@ void SoakDesk::heal()
     setClock(0);
     bringServiceBack();
     bringKeyringBack();
-    bringDaemonBack();
+    // A new one, which is told of: one that is only heard again is found at the next attempt, up to an hour
+    // later.
+    m_isDaemonPaused = false;
+    if (m_isDaemonThere)
+        m_dunst.kill();
+    m_dunst.start();
+    m_isDaemonThere = true;
     if (!m_isBarThere)
         m_session.desk().startBar();
     m_isBarThere = true;

@@ -184,7 +184,7 @@ QString SoakWatch::lookAtNotifications(bool isAtTheEnd)
     return verdict.wrong.isEmpty() ? QString() : QString::fromUtf8(verdict.wrong.constFirst());
 }
 
-/// Of the longest life: after its settling, and at its end.
+/// Of each life that was long enough: between its settling and its end.
 QString SoakWatch::lookAtGrowth() const
 {
     constexpr std::ptrdiff_t settling = 40;
@@ -226,7 +226,7 @@ QString SoakWatch::lookAtTheEnd()
                     shown, [&](const QString &identifier) { return identifier.startsWith(prefix); });
         });
     };
-    constexpr int patience = 120'000; // the longest pause before another attempt at what failed is longer
+    constexpr int patience = 120'000;
     if (!QTest::qWaitFor(isEverythingShown, patience))
         return u"a reminder was not shown"_s;
     if (!QTest::qWaitFor([this] { return helpersOf(m_desk.process()).isEmpty(); }, patience))
