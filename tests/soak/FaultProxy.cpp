@@ -213,12 +213,12 @@ void FaultProxy::Exchange::begin()
     m_life = m_shared->life;
     m_mayBeOfSignIn = m_server->followsSignIn(m_kind);
     ++m_shared->requests;
-    {
+    m_server->compare(*this);
+    setUnderWay(true);
+    { // last, since it tells that the request is there
         const std::scoped_lock lock(m_shared->mutex);
         ++m_shared->kinds[withoutIdentity(m_kind)];
     }
-    m_server->compare(*this);
-    setUnderWay(true);
     perform(m_shared->weather);
 }
 

@@ -20,10 +20,10 @@ class SoakWatchTest : public QObject {
 private:
     static std::unique_ptr<QTcpSocket> ask(FaultProxy &proxy, const QByteArray &what)
     {
+        const int before = countOf(proxy);
         auto socket = std::make_unique<QTcpSocket>();
         socket->connectToHost(u"127.0.0.1"_s, static_cast<quint16>(proxy.url().port()));
         socket->write(what + " HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-        const int before = countOf(proxy);
         if (!QTest::qWaitFor([&] { return countOf(proxy) > before; }))
             qFatal("the proxy does not hear");
         return socket;
