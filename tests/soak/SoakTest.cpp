@@ -18,6 +18,8 @@ class SoakTest : public QObject {
     Q_OBJECT
 
 private:
+    static constexpr int fewSteps = 30;
+
     struct Length {
         int steps = 0;
         std::chrono::minutes minutes{0};
@@ -115,14 +117,14 @@ private Q_SLOTS:
         const int minutes = qEnvironmentVariableIntValue("ORBITLEDGE_SOAK_MINUTES");
         bool hasSeed = false;
         const uint given = qEnvironmentVariable("ORBITLEDGE_SOAK_SEED").toUInt(&hasSeed);
-        const quint32 fresh = hasSeed ? given : QRandomGenerator::system()->generate();
-        constexpr int fewSteps = 30;
-        if (hasSeed || minutes > 0) {
-            QTest::addRow("seed %u", fresh) << fresh << (minutes > 0 ? 0 : fewSteps) << minutes;
+        if (minutes > 0 || hasSeed) {
+            const quint32 seed = hasSeed ? given : QRandomGenerator::system()->generate();
+            QTest::addRow("seed %u", seed) << seed << (minutes > 0 ? 0 : fewSteps) << minutes;
             return;
         }
-        for (const quint32 seed : {1U, fresh})
-            QTest::newRow(seed == 1 ? "a known seed" : "another seed each time") << seed << fewSteps << 0;
+        // Each time the same: a change is not to blame for what another seed would have shown before it.
+        for (const quint32 seed : {1U, 2U})
+            QTest::addRow("seed %u", seed) << seed << fewSteps << 0;
     }
     void shouldGoOnWhateverFails()
     {
