@@ -91,7 +91,8 @@ QString SoakWatch::lookAtProcess()
         return u"it said on its standard error: "_s + QString::fromUtf8(words);
     const double longest = m_desk.pings().takeLongest();
     m_longest = std::max(m_longest, longest);
-    if (longest > longestSilence)
+    // Where also a program that does nothing was kept waiting for half as long, it is the machine.
+    if (longest > longestSilence && longest > 2 * m_desk.pings().bare().longest)
         return u"it did not answer for %1 ms"_s.arg(longest);
     return {};
 }
