@@ -5,6 +5,7 @@
 #include "support/TestMain.h"
 
 #include <QDBusMessage>
+#include <QDBusVariant>
 
 using namespace orbitledge::testing;
 using namespace Qt::StringLiterals;
@@ -190,6 +191,24 @@ private Q_SLOTS:
         m_portal->set(gnome, u"enable-animations"_s, u"true"_s);
         m_portal->set(gnome, u"text-scaling-factor"_s, u"1.0"_s);
         awaitLook(nothingPreferred);
+    }
+
+    void shouldPassOverASignalOfOtherTypes()
+    {
+        m_portal->start(colorScheme(1));
+        startProbe();
+        awaitLook("dark moves 1");
+        QDBusMessage signal = QDBusMessage::createSignal(
+            u"/org/freedesktop/portal/desktop"_s, u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
+        // Arrays are not taken apart before they are handed over.
+        const QVariantMap map{{u"color-scheme"_s, 2U}};
+        const QVariant value = QVariant::fromValue(QDBusVariant(2U));
+        signal.setArguments({map, map, value});
+        QVERIFY(m_lab->bus().send(signal));
+        // The bus keeps the order, by one sender.
+        signal.setArguments({gnome, u"enable-animations"_s, QVariant::fromValue(QDBusVariant(false))});
+        QVERIFY(m_lab->bus().send(signal));
+        awaitLook("dark still 1");
     }
 
     void shouldTellNobodyWhereNothingChanged()

@@ -9,7 +9,9 @@ using namespace Qt::StringLiterals;
 PromptWatcher::PromptWatcher(const QString &service, const QDBusObjectPath &prompt)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    bus.connect(service, prompt.path(), u"org.freedesktop.Secret.Prompt"_s, u"Completed"_s, this,
+    // With the signature, without which the toolkit ends the program over a signal of the same name and of
+    // other types.
+    bus.connect(service, prompt.path(), u"org.freedesktop.Secret.Prompt"_s, u"Completed"_s, u"bv"_s, this,
         SLOT(complete(bool, QDBusVariant)));
 
     // GNOME Keyring's windows belong to another process. When that one ends, the keyring calls the prompt

@@ -7,6 +7,8 @@
 #include <QDBusPendingReply>
 #include <QVariantMap>
 
+#include <algorithm>
+
 namespace orbitledge {
 
 namespace {
@@ -329,7 +331,7 @@ QCoro::Task<KeychainStatus> SecretService::write(QDBusObjectPath collection, Key
 QDBusObjectPath SecretService::collectionOf(const QDBusObjectPath &item)
 {
     const QString path = item.path();
-    return QDBusObjectPath(path.left(path.lastIndexOf(u'/')));
+    return QDBusObjectPath(path.left(std::max<qsizetype>(path.lastIndexOf(u'/'), 1)));
 }
 
 QCoro::Task<KeychainStatus> SecretService::answerToMaking(QDBusMessage reply)

@@ -125,11 +125,13 @@ void NotificationDaemon::listen()
     // From anybody; who sent it is looked at when it comes. Where a sender is named, the toolkit asks the bus
     // for it, and waits.
     const QString anybody;
-    bus.connect(anybody, objectPath, serviceName, u"ActionInvoked"_s, this,
+    // With the signature, without which the toolkit ends the program over a signal of the same name and of
+    // other types.
+    bus.connect(anybody, objectPath, serviceName, u"ActionInvoked"_s, u"us"_s, this,
         SLOT(actionInvoked(uint, QString, QDBusMessage)));
-    bus.connect(anybody, objectPath, serviceName, u"ActivationToken"_s, this,
+    bus.connect(anybody, objectPath, serviceName, u"ActivationToken"_s, u"us"_s, this,
         SLOT(activationToken(uint, QString, QDBusMessage)));
-    bus.connect(anybody, objectPath, serviceName, u"NotificationClosed"_s, this,
+    bus.connect(anybody, objectPath, serviceName, u"NotificationClosed"_s, u"uu"_s, this,
         SLOT(notificationClosed(uint, uint, QDBusMessage)));
     bus.connect(anybody, u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
         this, SLOT(ownerLost()));

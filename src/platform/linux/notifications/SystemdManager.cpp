@@ -78,8 +78,10 @@ SystemdManager::SystemdManager(QString uniqueName, QDeadlineTimer deadline)
 {
     // The bus looks for the slot by the names of its types, and knows this one only from its first use.
     qRegisterMetaType<QDBusObjectPath>();
-    QDBusConnection::sessionBus().connect(m_uniqueName, managerPath, managerInterface, u"JobRemoved"_s, this,
-        SLOT(removeJob(uint, QDBusObjectPath, QString, QString)));
+    // With the signature, without which the toolkit ends the program over a signal of the same name and of
+    // other types.
+    QDBusConnection::sessionBus().connect(m_uniqueName, managerPath, managerInterface, u"JobRemoved"_s,
+        u"uoss"_s, this, SLOT(removeJob(uint, QDBusObjectPath, QString, QString)));
 }
 
 QDBusMessage SystemdManager::method(const QString &name) const

@@ -54,7 +54,9 @@ QCoro::Task<void> PortalPreferences::begin(QPointer<PortalPreferences> preferenc
     // The slot is looked for by the names of its types, and nothing may have named this one yet.
     qRegisterMetaType<QDBusVariant>();
     // From whomever: to ask for the owner of the name would wait.
-    bus.connect(QString(), path, interface, u"SettingChanged"_s, preferences,
+    // With the signature, without which the toolkit ends the program over a signal of the same name and of
+    // other types.
+    bus.connect(QString(), path, interface, u"SettingChanged"_s, u"ssv"_s, preferences,
         SLOT(settingChanged(QString, QString, QDBusVariant)));
     // A portal that comes later, or again, may have other answers.
     preferences->m_watcher = std::make_unique<QDBusServiceWatcher>(
