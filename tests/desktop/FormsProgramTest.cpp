@@ -162,7 +162,6 @@ private Q_SLOTS:
         m_reader->await(u"combo box"_s, u"Yearly"_s);
         m_typist->goTo(u"Next renewal"_s);
         m_typist->press(u"Return"_s);
-        m_typist->press(u"Return"_s);
         m_reader->awaitFocus(u"push button"_s, u"Add"_s);
         awaitCosts(u"Corner Bakery"_s, {u"9.99"_s});
         m_reader->await(u"push button"_s, u"Corner Bakery"_s);
