@@ -126,10 +126,14 @@ public:
         const AppState &state = m_store->state();
         return state.authState == AuthState::SignedIn && state.refreshState == RefreshState::Idle
             && !state.errorMessage && state.subscriptions.size() >= subscriptions && m_shownSections > 0
-            && !state.notificationFailureMessage && state.notificationsSkippedOverBudget > 0;
+            && !state.notificationFailureMessage
+            && (state.notificationsSkippedOverBudget > 0 || subscriptions < moreThanRemindersFor);
     }
 
 private:
+    /// So many have more renewals within a month than reminders are planned.
+    static constexpr qsizetype moreThanRemindersFor = 1000;
+
     std::unique_ptr<AppStore> m_store;
     qsizetype m_shownSections = 0;
 };

@@ -22,6 +22,9 @@ FIRST_LARGE = 1000
 FRAME = 16  # milliseconds
 LARGEST_IN_A_FRAME = 10000
 
+# Where a service is asked, it has the sample account's own subscriptions at least.
+FEWEST_OF_SERVICE = 16
+
 SERIES = {
     "decode/records": ("decoding the list", "#0E7490"),
     "timeline": ("building the timeline", "#059669"),
@@ -46,7 +49,7 @@ def measure_opening(build, size):
         panel_figures.output("xdotool", "mousemove", str(place[0]), str(place[1]))
         times = []
         for _ in range(11):
-            panel_figures.settle(program.pid, 1)
+            time.sleep(0.5)  # as a person would, after what closing leaves to do
             clicked = time.monotonic_ns()
             panel_figures.output("xdotool", "click", "1")
             times.append((panel_figures.await_panel(watch, program.pid) - clicked) / 1e6)
@@ -84,6 +87,8 @@ def table(figures, sizes):
         "| --- |" + " ---: |" * len(sizes)]
     for name, (label, _) in SERIES.items():
         lines.append(f"| {label} | " + " | ".join(rounded(figures[name][size]) for size in sizes) + " |")
+    if sizes[0] < FEWEST_OF_SERVICE:
+        lines += ["", f"Refreshing and opening are with {FEWEST_OF_SERVICE} in the first column, which the sample account has."]
     return "\n".join(lines)
 
 

