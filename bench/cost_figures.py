@@ -94,8 +94,8 @@ def table(figures, sizes):
 
 def plot(figures, sizes):
     """Both axes by powers of ten. What is flat does not depend on the number; dotted is n log n."""
-    width, height, left, top, right, bottom = 720, 420, 64, 16, 230, 40
-    low, high = -4, 4
+    width, height, left, top, right, bottom = 820, 420, 84, 16, 290, 40
+    low, high = -3, 4
     inner = (width - left - right, height - top - bottom)
     first, last = math.log10(sizes[0]), math.log10(sizes[-1])
 
@@ -113,7 +113,7 @@ def plot(figures, sizes):
     for size in sizes:
         x = place(size, 1).split(",")[0]
         parts.append(f'<text x="{x}" y="{height - 16}" text-anchor="middle" fill="#374151">{size:,}</text>')
-    guide = [place(size, 1e-4 * size * math.log2(size) / (10 * math.log2(10))) for size in sizes]
+    guide = [place(size, 1e-3 * size * math.log2(size) / (10 * math.log2(10))) for size in sizes]
     parts.append(f'<polyline points="{" ".join(guide)}" fill="none" stroke="#9CA3AF" stroke-dasharray="2 4"/>')
     ends = sorted(SERIES, key=lambda name: -figures[name][sizes[-1]])
     label_y = -math.inf
