@@ -46,6 +46,8 @@ long long now()
 
 struct Window {
     xcb_damage_damage_t damage = XCB_NONE;
+    /// Asked when it is shown, since one that is hidden may be gone a moment later.
+    std::uint32_t process = 0;
     int width = 0;
     int height = 0;
     bool isShown = false;
@@ -167,7 +169,7 @@ void Watch::printDrawn(xcb_window_t id, Window &window, long long time)
         window.pixels = pixelsOf(id, window);
         colours = std::set(window.pixels.begin(), window.pixels.end()).size();
     }
-    std::printf("%lld drawn %u %u %zu\n", time, processOf(id), id, colours);
+    std::printf("%lld drawn %u %u %zu\n", time, window.process, id, colours);
 }
 
 void Watch::noteDrawing(const xcb_damage_notify_event_t &event)
@@ -223,9 +225,10 @@ void Watch::receive(const xcb_generic_event_t &event)
         window.width = place->width;
         window.height = place->height;
         window.isShown = true;
+        window.process = processOf(map.window);
         window.resetDrawn();
         std::printf(
-            "%lld shown %u %u %d %d\n", time, processOf(map.window), map.window, window.width, window.height);
+            "%lld shown %u %u %d %d\n", time, window.process, map.window, window.width, window.height);
     } else if (type == XCB_UNMAP_NOTIFY) {
         const auto id = reinterpret_cast<const xcb_unmap_notify_event_t &>(event).window;
         const auto found = m_windows.find(id);
@@ -233,7 +236,7 @@ void Watch::receive(const xcb_generic_event_t &event)
             return;
         found->second.isShown = false;
         m_touched.erase(id);
-        std::printf("%lld hidden %u %u\n", now(), processOf(id), id);
+        std::printf("%lld hidden %u %u\n", now(), found->second.process, id);
     }
 }
 
@@ -247,7 +250,7 @@ void Watch::compareContents(xcb_window_t id, Window &window, long long time)
         changed += pixels[i] == window.pixels[i] ? 0U : 1U;
     window.pixels = std::move(pixels);
     if (changed > 0)
-        std::printf("%lld changed %u %u %zu\n", time, processOf(id), id, changed);
+        std::printf("%lld changed %u %u %zu\n", time, window.process, id, changed);
 }
 
 void Watch::run()
