@@ -8,12 +8,15 @@ import json
 import math
 import os
 import pathlib
-import re
 import statistics
 import sys
 import time
 
-import panel_figures
+from desktop import Session, badge_place
+from documents import write_between_marks
+from panel_figures import await_panel
+from processes import Program, output, wait_for
+from window_watch import Watch
 
 # How much more than n log n a step of ten may take, for caches that no longer hold what they held.
 ALLOWANCE = 1.5
@@ -39,21 +42,20 @@ SERIES = {
 
 def measure_opening(build, size):
     """Milliseconds from the click on the icon to the first frame, the program having run since before."""
-    panel_figures.SUBSCRIPTIONS = size
-    session = panel_figures.Session(os.path.abspath(build))
+    session = Session(os.path.abspath(build), size)
     try:
         session.sign_in()
-        watch = panel_figures.Watch(f"{session.build}/bench/bench_window_watch")
-        program = panel_figures.Program(f"{session.build}/orbitledge", "--background")
-        place = panel_figures.wait_for("the icon", panel_figures.badge_place, 0.2)
-        panel_figures.output("xdotool", "mousemove", str(place[0]), str(place[1]))
+        watch = Watch(f"{session.build}/bench/bench_window_watch")
+        program = Program(f"{session.build}/orbitledge", "--background")
+        place = wait_for("the icon", badge_place, 0.2)
+        output("xdotool", "mousemove", str(place[0]), str(place[1]))
         times = []
         for _ in range(11):
             time.sleep(0.5)  # as a person would, after what closing leaves to do
             clicked = time.monotonic_ns()
-            panel_figures.output("xdotool", "click", "1")
-            times.append((panel_figures.await_panel(watch, program.pid) - clicked) / 1e6)
-            panel_figures.output("xdotool", "click", "1")
+            output("xdotool", "click", "1")
+            times.append((await_panel(watch, program.pid) - clicked) / 1e6)
+            output("xdotool", "click", "1")
             watch.next(program.pid, ("hidden",))
         program.end()
         watch.close()
@@ -147,11 +149,7 @@ def report(folder, sizes, write):
                     ALLOWANCE * growth)
     check(f"longest stretch with {LARGEST_IN_A_FRAME:,}, ms", figures["stretch"][LARGEST_IN_A_FRAME], FRAME)
     if write:
-        document = pathlib.Path("docs/performance.md")
-        before, after = "<!-- bench/cost -->\n", "<!-- end of bench/cost -->"
-        content = re.sub(f"({re.escape(before)}).*?({re.escape(after)})", lambda match: match[1] + text + "\n" + match[2],
-            document.read_text(), flags=re.DOTALL)
-        document.write_text(content)
+        write_between_marks(pathlib.Path("docs/performance.md"), "bench/cost", text)
         pathlib.Path("docs/images/cost.svg").write_text(plot(figures, sizes))
     sys.exit(1 if missed else 0)
 

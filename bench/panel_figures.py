@@ -11,31 +11,24 @@ Times that the program is not awake are measured between two of its refreshes, o
 that falls into that minute.
 """
 
-import ctypes
-import json
 import os
-import pathlib
-import platform
-import queue
 import signal
 import statistics
-import subprocess
 import sys
-import threading
 import time
+
+from desktop import Session, badge_place
+from machine import describe_machine, describe_packages, describe_sharing
+from processes import Activity, Program, fail, memory_of, output, settle, wait_for
+from window_watch import Watch
 
 PANEL_SIZE = (360, 480)
 SUBSCRIPTIONS = 200
-BADGE = bytes((0xDC, 0x26, 0x26))
-SCREEN = (1024, 768)
 
 START_RATIO = 1.7
 MEMORY_RATIO = 1.7
 WAKE_UPS_A_MINUTE = 2
 GROWTH_KIB = 1024
-
-# Only reached by what will never come.
-PATIENCE = 60
 
 
 class Amounts:
@@ -44,258 +37,6 @@ class Amounts:
         self.hidden_seconds = 20 if quick else 60
         self.warm_up = 20
         self.openings = 60 if quick else 500
-
-
-def fail(reason):
-    sys.exit(f"error: {reason}")
-
-
-def wait_for(what, is_so, pause=0.02):
-    deadline = time.monotonic() + PATIENCE
-    while not (found := is_so()):
-        if time.monotonic() > deadline:
-            fail(f"waited in vain for {what}")
-        time.sleep(pause)
-    return found
-
-
-# ---- what the kernel tells of a process ------------------------------------------------------------------
-
-
-def tree_of(pid):
-    """The process and everything that it started."""
-    found = [pid]
-    for parent in found:
-        for task in pathlib.Path(f"/proc/{parent}/task").iterdir():
-            found += [int(child) for child in (task / "children").read_text().split()]
-    return found
-
-
-def memory_of(pid, kind):
-    """In KiB, of the whole tree. "Pss" counts what is shared in parts, and so changes with other programs that
-    use the same libraries; "Rss" counts it whole, and tells how a program grows whatever others do."""
-    total = 0
-    for process in tree_of(pid):
-        for line in pathlib.Path(f"/proc/{process}/smaps_rollup").read_text().splitlines():
-            if line.startswith(f"{kind}:"):
-                total += int(line.split()[1])
-    return total
-
-
-class Activity:
-    """What a process has used up to now."""
-
-    def __init__(self, pid):
-        self.wake_ups = {}
-        self.names = {}
-        for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
-            try:
-                status = dict(line.split(":", 1) for line in (task / "status").read_text().splitlines())
-            except (FileNotFoundError, ProcessLookupError):
-                continue  # it has ended since the folder was read
-            self.names[task.name] = status["Name"].strip()
-            self.wake_ups[task.name] = int(status["voluntary_ctxt_switches"])
-        # Of all threads, also of those that have ended: in nanoseconds as the scheduler counts, and in ticks.
-        processor_clock_of_process = (~pid << 3) | 2
-        self.nanoseconds = time.clock_gettime_ns(processor_clock_of_process)
-        fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
-        self.ticks = int(fields[11]) + int(fields[12])
-
-    def wake_ups_since(self, earlier):
-        """By the thread's name. One that has ended since woke for that once, at least."""
-        found = {}
-        for task in earlier.names.keys() | self.names.keys():
-            name = self.names.get(task) or earlier.names[task] + " (ended)"
-            count = self.wake_ups[task] - earlier.wake_ups.get(task, 0) if task in self.wake_ups else 1
-            if count > 0:
-                found[name] = found.get(name, 0) + count
-        return found
-
-
-# The toolkit draws with threads that end when they were idle for half a minute.
-IDLE_DRAWER = "Thread (pooled)"
-
-
-def settle(pid, seconds):
-    """Until it has slept for so long without waking, and has let go of what it drew with."""
-    last, since, deadline = Activity(pid), time.monotonic(), time.monotonic() + 90
-    while time.monotonic() < deadline:
-        now = Activity(pid)
-        if now.wake_ups_since(last) or IDLE_DRAWER in now.names.values():
-            last, since = now, time.monotonic()
-        if time.monotonic() - since >= seconds:
-            return
-        time.sleep(0.1)
-    # Then what wakes it is a part of what is measured.
-
-
-# ---- the session -----------------------------------------------------------------------------------------
-
-
-def end_with_parent():
-    pr_set_pdeathsig = 1
-    ctypes.CDLL(None).prctl(pr_set_pdeathsig, signal.SIGKILL)
-
-
-class Watch:
-    """The observer at the X server."""
-
-    def __init__(self, program, *arguments):
-        self._process = subprocess.Popen([program, *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-            text=True, bufsize=1, preexec_fn=end_with_parent)
-        self._lines = queue.Queue()
-        if self._process.stdout.readline() != "watching\n":
-            fail("the observer of windows did not start")
-        threading.Thread(target=self._read, daemon=True).start()
-
-    def _read(self):
-        for line in self._process.stdout:
-            words = line.split()
-            self._lines.put((int(words[0]), words[1], int(words[2]), [int(word) for word in words[3:]]))
-
-    def next(self, pid, kinds, patience=20):
-        """The next event of a process's windows, as (time, kind, details); None where none comes."""
-        deadline = time.monotonic() + patience
-        while True:
-            try:
-                at, kind, process, details = self._lines.get(timeout=max(0, deadline - time.monotonic()))
-            except queue.Empty:
-                return None
-            if process == pid and kind in kinds:
-                return at, kind, details
-
-    def close(self):
-        self._process.stdin.close()
-        self._process.wait()
-
-
-class Session:
-    def __init__(self, build):
-        self.build = build
-        self.children = []
-        self._start_display()
-        self._start_desktop()
-        self._start_service()
-
-    def child(self, *command, **options):
-        options.setdefault("stdout", subprocess.DEVNULL)
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-            preexec_fn=end_with_parent, **options)
-        self.children.append(process)
-        return process
-
-    def _start_display(self):
-        size = f"{SCREEN[0]}x{SCREEN[1]}x24"
-        display = self.child("Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp", "-noreset",
-            stdout=subprocess.PIPE, text=True)
-        number = display.stdout.readline().strip()
-        if not number:
-            fail("the X server did not start")
-        os.environ["DISPLAY"] = f":{number}"
-
-    def _start_desktop(self):
-        os.environ.update(NO_AT_BRIDGE="1", GSETTINGS_BACKEND="memory", LC_ALL="C.UTF-8", TZ="UTC")
-        folder = pathlib.Path(os.environ["XDG_CONFIG_HOME"], "xfce4/xfconf/xfce-perchannel-xml")
-        folder.mkdir(parents=True)
-        (folder / "xfce4-panel.xml").write_text(BAR)
-        service = pathlib.Path("/usr/share/dbus-1/services/org.xfce.Xfconf.service").read_text()
-        self.child(next(line[5:] for line in service.splitlines() if line.startswith("Exec=")))
-        wait_for("the bar's settings", lambda: has_owner("org.xfce.Xfconf"))
-        self.child("xfwm4", "--compositor=off")
-        wait_for("the window manager",
-            lambda: b"window id" in output("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
-        self.child("xfce4-panel", "--disable-wm-check")
-        wait_for("the tray", lambda: has_owner("org.kde.StatusNotifierWatcher"))
-        # Away from everything that reacts to it.
-        output("xdotool", "mousemove", str(SCREEN[0] // 2), str(SCREEN[1] - 1))
-
-    def _start_service(self):
-        self.service = self.child(f"{self.build}/orbitledge-demo-service", "--port", "0", "--data",
-            os.environ["XDG_STATE_HOME"] + "/service", "--populate", str(SUBSCRIPTIONS),
-            stdout=subprocess.PIPE, text=True)
-        words = self.service.stdout.readline().split()
-        if words[:2] != ["Listening", "on"]:
-            fail("the demo service did not start")
-        os.environ.update(ORBITLEDGE_API_URL=words[2], ORBITLEDGE_WEB_URL=words[2])
-
-    def sign_in(self):
-        done = subprocess.run([f"{self.build}/orbitledge", "sign-in", "ada@example.com"], input=b"orbit-ledger\n",
-            capture_output=True, check=False)
-        if done.returncode != 0:
-            fail(f"signing in failed: {done.stderr.decode().strip()}")
-        saved = json.loads(pathlib.Path(os.environ["XDG_DATA_HOME"],
-            "app.orbitledge.Orbitledge/subscription-snapshot-v1.json").read_text())
-        if len(saved["subscriptions"]) < SUBSCRIPTIONS:  # the sample account has some of its own
-            fail("not all subscriptions were saved")
-
-    def end(self):
-        for process in reversed(self.children):
-            process.send_signal(signal.SIGCONT)
-            process.terminate()
-        for process in self.children:
-            process.wait()
-
-
-def output(*command):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False).stdout
-
-
-def has_owner(name):
-    return b"true" in output("dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus",
-        "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner", f"string:{name}")
-
-
-BAR = """<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=11;x=512;y=15"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="size" type="uint" value="30"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-    </property>
-    <property name="plugin-2" type="string" value="systray"/>
-  </property>
-</channel>
-"""
-
-
-def badge_place():
-    """The middle of the icon's red badge on the bar."""
-    picture = output("import", "-window", "root", "-depth", "8", "rgb:-")
-    places = []
-    at = picture.find(BADGE)
-    while at >= 0:
-        if at % 3 == 0:
-            places.append((at // 3 % SCREEN[0], at // 3 // SCREEN[0]))
-        at = picture.find(BADGE, at + 1)
-    if not places:
-        return None
-    return tuple(sum(values) // len(places) for values in zip(*places))
-
-
-# ---- the programs ----------------------------------------------------------------------------------------
-
-
-class Program:
-    def __init__(self, *command):
-        self.started = time.monotonic_ns()
-        self.pid = os.posix_spawn(command[0], command, os.environ)
-
-    def end(self):
-        os.kill(self.pid, signal.SIGTERM)
-        os.waitpid(self.pid, 0)
 
 
 class Unseen(Exception):
@@ -409,9 +150,6 @@ class Residence:
         watch.close()
 
 
-# ---- the table -------------------------------------------------------------------------------------------
-
-
 class Table:
     def __init__(self):
         self.missed = False
@@ -428,28 +166,6 @@ class Table:
         self.missed = self.missed or not is_met
         self.line(label, f"{value:9.{digits}f}      (limit {limit:.{digits}f}) {'ok' if is_met else 'MISSED'}"
             + (f"   {note}" if note else ""))
-
-
-def maps_of_all():
-    for process in pathlib.Path("/proc").glob("[0-9]*"):
-        try:
-            yield (process / "maps").read_text()
-        except OSError:
-            continue  # it has ended, or is somebody else's
-
-
-def describe_machine():
-    cpu = next((line.split(":", 1)[1].strip() for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines()
-        if line.startswith("model name")), platform.machine())
-    memory = int(pathlib.Path("/proc/meminfo").read_text().split()[1]) // 1024
-    print(f"{os.cpu_count()} x {cpu}, {memory} MiB, Linux {platform.release()}, load {os.getloadavg()[0]:.1f}")
-    names = ("libqt6core6", "libqt6widgets6", "libc6", "xvfb", "xfce4-panel", "xfwm4")
-    versions = output("dpkg-query", "-W", "-f", "${Package} ${Version}\\n", *names).decode().split("\n")
-    print("; ".join(sorted({line for line in versions if line})))
-    sharing = sum("libQt6Core" in maps for maps in maps_of_all())
-    if sharing > 1:
-        print(f"{sharing} programs use the toolkit already: memory in parts is less than on a quiet machine, and most "
-            "of all for the bare program")
 
 
 def report(starts, residence, amounts):
@@ -486,10 +202,13 @@ def report(starts, residence, amounts):
 def main():
     build = os.path.abspath(sys.argv[1])
     amounts = Amounts("--quick" in sys.argv[2:])
-    session = Session(build)
+    session = Session(build, SUBSCRIPTIONS)
     try:
         session.sign_in()
-        describe_machine()
+        print(describe_machine())
+        print(describe_packages("libqt6core6", "libqt6widgets6", "libc6", "xvfb", "xfce4-panel", "xfwm4"))
+        if sharing := describe_sharing():
+            print(sharing)
         starts = measure_starts(session, amounts)
         residence = Residence(session, amounts)
         missed = report(starts, residence, amounts)
