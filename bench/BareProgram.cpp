@@ -14,6 +14,7 @@ int main(int argc, char **argv)
     square.fill(Qt::darkCyan);
     QSystemTrayIcon icon{QIcon(square)};
     icon.show();
+    QApplication::setQuitOnLastWindowClosed(false);
     QWidget window;
     window.setFixedSize(360, 480);
     window.show();
