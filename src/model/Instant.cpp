@@ -1,10 +1,8 @@
 #include "model/Instant.h"
 
+#include "model/FixedText.h"
 #include "model/FloorDivide.h"
 #include "model/LocalDate.h"
-
-#include <array>
-#include <cstdio>
 
 namespace orbitledge {
 
@@ -149,11 +147,20 @@ QByteArray Instant::text() const
     const qint64 days = floorDivide(seconds, secondsPerDay);
     const qint64 ofDay = seconds - days * secondsPerDay;
     const LocalDate date = LocalDate::fromDaysSinceEpoch(days);
-    std::array<char, 64> buffer{};
-    const int length
-        = std::snprintf(buffer.data(), buffer.size(), "%04lld-%02lld-%02lldT%02lld:%02lld:%02lldZ", date.year,
-            date.month, date.day, ofDay / 3600, ofDay / 60 % 60, ofDay % 60);
-    return {buffer.data(), length};
+    FixedText text;
+    text.number(date.year, 4);
+    text.character('-');
+    text.number(date.month, 2);
+    text.character('-');
+    text.number(date.day, 2);
+    text.character('T');
+    text.number(ofDay / 3600, 2);
+    text.character(':');
+    text.number(ofDay / 60 % 60, 2);
+    text.character(':');
+    text.number(ofDay % 60, 2);
+    text.character('Z');
+    return QByteArrayView(text.view()).toByteArray();
 }
 
 } // namespace orbitledge

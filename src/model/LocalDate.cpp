@@ -1,5 +1,6 @@
 #include "model/LocalDate.h"
 
+#include "model/FixedText.h"
 #include "model/FloorDivide.h"
 
 #include <array>
@@ -95,7 +96,13 @@ bool LocalDate::isValid() const
 
 QString LocalDate::text() const
 {
-    return QString::asprintf("%04lld-%02lld-%02lld", year, month, day);
+    FixedText text;
+    text.number(year, 4);
+    text.character('-');
+    text.number(month, 2);
+    text.character('-');
+    text.number(day, 2);
+    return QString::fromLatin1(text.view());
 }
 
 } // namespace orbitledge
