@@ -49,7 +49,18 @@ std::optional<QUuid> uuidFromText(std::string_view text)
 
 QString uuidText(const QUuid &uuid)
 {
-    return uuid.toString(QUuid::WithoutBraces).toUpper();
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    const QByteArray bytes = uuid.toRfc4122();
+    std::array<char, 36> text{};
+    std::size_t at = 0;
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10)
+            text[at++] = '-';
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        text[at++] = digits[byte >> 4U];
+        text[at++] = digits[byte & 0xFU];
+    }
+    return QString::fromLatin1(text.data(), text.size());
 }
 
 } // namespace orbitledge
