@@ -2,11 +2,20 @@
 
 #include "model/UuidText.h"
 
+#include <algorithm>
+
 namespace orbitledge::json {
 
 void JsonWriter::append(std::string_view text)
 {
     m_text.append(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+char *JsonWriter::extend(std::size_t size)
+{
+    const qsizetype before = m_text.size();
+    m_text.resize(before + static_cast<qsizetype>(size));
+    return m_text.data() + before;
 }
 
 void JsonWriter::separate()
@@ -31,10 +40,13 @@ void JsonWriter::close(char bracket)
 
 void JsonWriter::key(std::string_view key)
 {
-    separate();
-    m_text.append('"');
-    append(key);
-    append("\":");
+    char *at = extend((m_needsComma ? 1 : 0) + 1 + key.size() + 2);
+    if (m_needsComma)
+        *at++ = ',';
+    *at++ = '"';
+    at = std::ranges::copy(key, at).out;
+    *at++ = '"';
+    *at = ':';
     m_needsComma = false;
 }
 

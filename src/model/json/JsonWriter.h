@@ -48,6 +48,9 @@ private:
     void close(char bracket);
     void separate();
     void append(std::string_view text);
+    /// Room for so many bytes more, which the caller fills: one call into the toolkit instead of one for each
+    /// piece, of which a list has a million.
+    char *extend(std::size_t size);
 
     QByteArray m_text;
     KeyOrder m_order;
