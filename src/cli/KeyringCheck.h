@@ -1,0 +1,9 @@
+#pragma once
+
+#include "cli/DoctorChecks.h"
+
+namespace orbitledge {
+
+Check keyringCheck(const findings::Keyring &keyring);
+
+} // namespace orbitledge
