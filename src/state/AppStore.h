@@ -171,7 +171,12 @@ private:
     static QCoro::Task<void> lookForUpdateOnce(Store store);
 
     /// Announces the change before and after it.
-    template <typename Change> void change(const Change &apply);
+    template <typename Change> void change(const Change &apply)
+    {
+        Q_EMIT aboutToChange();
+        apply(m_state);
+        Q_EMIT changed();
+    }
     void publishFetchFailure(const APIError &error);
     void publishFailure(const APIError &error);
     void publishCreated(Subscription created);
