@@ -1,13 +1,14 @@
 #include "ui/tray/NotifierHostWatch.h"
 
-#include "platform/SerialQueue.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
-#include <QCoroDBusPendingCall>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusPendingCall>
 #include <QDBusVariant>
 #include <QPointer>
+
+#include <chrono>
+#include <utility>
 
 namespace orbitledge::ui {
 
@@ -18,7 +19,7 @@ namespace {
 constexpr auto serviceName = "org.kde.StatusNotifierWatcher"_L1;
 constexpr auto objectPath = "/StatusNotifierWatcher"_L1;
 
-constexpr int patience = 5'000; // milliseconds
+constexpr auto patience = std::chrono::seconds(5);
 
 QDBusMessage question()
 {
@@ -40,11 +41,7 @@ NotifierHostWatch::NotifierHostWatch(QObject *parent)
 QCoro::Task<> NotifierHostWatch::start()
 {
     const QPointer<NotifierHostWatch> self(this);
-    SerialQueue background;
-    // A process connects once, and that waits.
-    const auto connect = [] { return QDBusConnection::sessionBus().isConnected(); };
-    auto connecting = background.run(connect);
-    const bool hasBus = co_await connecting;
+    const bool hasBus = co_await reachSessionBus();
     if (!self || !hasBus)
         co_return;
     self->follow();
@@ -83,12 +80,11 @@ QCoro::Task<> NotifierHostWatch::askOnce()
 {
     const QPointer<NotifierHostWatch> self(this);
     const int number = ++m_question;
-    const QDBusPendingCall asking = QDBusConnection::sessionBus().asyncCall(question(), patience);
-    const QDBusMessage answer = co_await asking;
+    const QDBusMessage answer = co_await callSessionBus(question(), patience);
     if (!self || self->m_question != number)
         co_return;
     const auto value = answer.arguments().value(0).value<QDBusVariant>();
-    self->setHasHost(answer.type() == QDBusMessage::ReplyMessage && value.variant().toBool());
+    self->setHasHost(isAnswer(answer) && value.variant().toBool());
 }
 
 void NotifierHostWatch::setHasHost(bool hasHost)

@@ -3,7 +3,7 @@
 #include "platform/Completion.h"
 #include "platform/linux/SealedMessage.h"
 #include "platform/linux/application/ApplicationAdaptors.h"
-#include "platform/linux/notifications/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
 #include <QDBusConnection>
 #include <QDBusError>

@@ -2,16 +2,12 @@
 
 #include "platform/OneShot.h"
 #include "platform/linux/SealedMessage.h"
-#include "platform/linux/notifications/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
-#include <QCoroDBusPendingCall>
-#include <QDBusConnection>
 #include <QDBusError>
-#include <QDBusPendingCall>
 #include <QDBusUnixFileDescriptor>
 #include <QDBusVariant>
 
-#include <limits>
 #include <memory>
 #include <utility>
 
@@ -24,11 +20,6 @@ namespace {
 
 using Reached = tl::expected<bool, QString>;
 using Performed = tl::expected<std::optional<SessionOutcome>, QString>;
-
-bool isAnswer(const QDBusMessage &message)
-{
-    return message.type() == QDBusMessage::ReplyMessage;
-}
 
 QString muteSentence()
 {
@@ -133,9 +124,7 @@ struct PendingCall {
 QCoro::Task<void> settleWhenAnswered(QDBusMessage sent, std::shared_ptr<PendingCall> call)
 {
     // Without limit: a person may be at a prompt of the keyring. The bus tells of one who went away.
-    const QDBusPendingCall pending
-        = QDBusConnection::sessionBus().asyncCall(sent, std::numeric_limits<int>::max());
-    call->answer = co_await pending;
+    call->answer = co_await callSessionBusPatiently(sent);
     call->end.settle(true);
 }
 

@@ -1,30 +1,13 @@
 #include "platform/linux/diagnosis/BusInquiry.h"
 
-#include "platform/linux/notifications/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
-#include <QDBusError>
 #include <QDBusVariant>
 
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;
 using findings::Presence;
-
-namespace {
-
-bool isSilence(const QDBusMessage &error)
-{
-    switch (QDBusError(error).type()) {
-    case QDBusError::NoReply:
-    case QDBusError::Timeout:
-    case QDBusError::TimedOut:
-        return true;
-    default:
-        return false;
-    }
-}
-
-} // namespace
 
 Presence BusNames::presenceOf(const QString &name) const
 {
@@ -41,7 +24,7 @@ QCoro::Task<BusInquiry::Answer> BusInquiry::ask(QDBusMessage question)
         co_return tl::unexpected(Presence::Mute);
     question.setAutoStartService(false);
     const QDBusMessage reply = co_await callSessionBus(question, left);
-    if (reply.type() == QDBusMessage::ReplyMessage)
+    if (isAnswer(reply))
         co_return reply;
     co_return tl::unexpected(isSilence(reply) ? Presence::Mute : Presence::Refusing);
 }

@@ -4,6 +4,7 @@
 #include "platform/linux/DetachedProgram.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/RouteConnectivity.h"
+#include "platform/linux/bus/SessionBusCall.h"
 #include "platform/linux/diagnosis/AutostartInspection.h"
 #include "platform/linux/diagnosis/BusGreeting.h"
 #include "platform/linux/diagnosis/BusInquiry.h"
@@ -13,7 +14,6 @@
 #include "platform/linux/diagnosis/PortalInspection.h"
 #include "platform/linux/diagnosis/SystemInspection.h"
 #include "platform/linux/diagnosis/TrayInspection.h"
-#include "platform/linux/notifications/SessionBusCall.h"
 #include "platform/linux/notifications/SystemdDelivery.h"
 #include "platform/linux/notifications/SystemdUnitFiles.h"
 

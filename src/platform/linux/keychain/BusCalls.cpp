@@ -1,16 +1,12 @@
 #include "platform/linux/keychain/BusCalls.h"
 
 #include "platform/OneShot.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
-#include <QCoroDBusPendingCall>
 #include <QDBusConnection>
 #include <QDBusError>
-#include <QDBusPendingCall>
 #include <QDBusServiceWatcher>
 #include <QElapsedTimer>
-
-#include <algorithm>
-#include <limits>
 
 namespace orbitledge {
 
@@ -19,12 +15,6 @@ using std::chrono::milliseconds;
 
 namespace {
 
-QDBusMessage busMethod(const QString &method)
-{
-    return QDBusMessage::createMethodCall(
-        u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, method);
-}
-
 KeychainStatus statusOfError(const QDBusMessage &error)
 {
     const QString name = error.errorName();
@@ -32,16 +22,14 @@ KeychainStatus statusOfError(const QDBusMessage &error)
         return KeychainStatus::ItemNotFound;
     if (name == "org.freedesktop.Secret.Error.IsLocked"_L1)
         return KeychainStatus::InteractionNotAllowed;
+    // The bus says so of a service that went away. Where we stopped waiting, nobody said anything.
+    if (isSilence(error))
+        return error.service().isEmpty() ? KeychainStatus::TimedOut : KeychainStatus::IoError;
     switch (QDBusError(error).type()) {
     case QDBusError::AccessDenied:
         return KeychainStatus::AuthFailed;
     case QDBusError::UnknownObject:
         return KeychainStatus::ItemNotFound;
-    case QDBusError::NoReply:
-    case QDBusError::Timeout:
-    case QDBusError::TimedOut:
-        // The bus says so of a service that went away. Where we stopped waiting, nobody said anything.
-        return error.service().isEmpty() ? KeychainStatus::TimedOut : KeychainStatus::IoError;
     default:
         return KeychainStatus::IoError;
     }
@@ -55,23 +43,18 @@ QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::call(QDBusMess
         co_return tl::unexpected(KeychainStatus::TimedOut);
     QElapsedTimer elapsed;
     elapsed.start();
-    const int timeout = static_cast<int>(std::min<milliseconds::rep>(
-        m_left.count(), std::numeric_limits<int>::max() - 1)); // the maximum itself means no limit
-    const QDBusPendingCall pending = QDBusConnection::sessionBus().asyncCall(message, timeout);
-    const QDBusMessage reply = co_await pending;
+    const QDBusMessage reply = co_await callSessionBus(message, m_left);
     m_left -= milliseconds(elapsed.elapsed());
-    if (reply.type() == QDBusMessage::ReplyMessage)
+    if (isAnswer(reply))
         co_return reply;
     co_return tl::unexpected(statusOfError(reply));
 }
 
 QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::callPatiently(QDBusMessage message)
 {
-    const QDBusPendingCall pending
-        = QDBusConnection::sessionBus().asyncCall(message, std::numeric_limits<int>::max());
-    const QDBusMessage reply = co_await pending;
+    const QDBusMessage reply = co_await callSessionBusPatiently(message);
     restartTime();
-    if (reply.type() == QDBusMessage::ReplyMessage)
+    if (isAnswer(reply))
         co_return reply;
     co_return tl::unexpected(statusOfError(reply));
 }

@@ -1,13 +1,11 @@
 #include "platform/linux/keychain/DesktopKeychain.h"
 
-#include "platform/SerialQueue.h"
 #include "platform/Turns.h"
+#include "platform/linux/bus/SessionBusCall.h"
 #include "platform/linux/keychain/BusCalls.h"
 #include "platform/linux/keychain/KWallet.h"
 #include "platform/linux/keychain/PreferredWallet.h"
 #include "platform/linux/keychain/SecretService.h"
-
-#include <QDBusConnection>
 
 #include <array>
 #include <optional>
@@ -17,16 +15,6 @@ namespace orbitledge {
 
 using namespace Qt::StringLiterals;
 using std::chrono::milliseconds;
-
-namespace {
-
-/// To connect to the bus means to wait for it, which is done away from the thread of the windows.
-bool connectToBus()
-{
-    return QDBusConnection::sessionBus().isConnected();
-}
-
-} // namespace
 
 /// What the operations share, which they keep alive until the last of them is through.
 struct DesktopKeychain::State {
@@ -108,10 +96,8 @@ QCoro::Task<KeychainStatus> DesktopKeychain::remove(KeychainItem item, KeychainP
 QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summonKeyring(
     std::shared_ptr<BusCalls> calls)
 {
-    if (!hasBus) {
-        SerialQueue background;
-        hasBus = co_await background.run([] { return connectToBus(); });
-    }
+    if (!hasBus)
+        hasBus = co_await reachSessionBus();
     if (!*hasBus)
         co_return tl::unexpected(KeychainStatus::NotAvailable);
 

@@ -1,7 +1,7 @@
 #include "platform/linux/notifications/DesktopNotificationSwitches.h"
 
+#include "platform/linux/bus/SessionBusCall.h"
 #include "platform/linux/notifications/ProgramOutput.h"
-#include "platform/linux/notifications/SessionBusCall.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -71,7 +71,7 @@ QCoro::Task<NotificationSwitchPositions> readFromXfce(
         u"org.xfce.Xfconf"_s, u"/org/xfce/Xfconf"_s, u"org.xfce.Xfconf"_s, u"GetProperty"_s);
     ask << u"xfce4-notifyd"_s << u"/applications/muted_applications"_s;
     const QDBusMessage reply = co_await callSessionBus(ask, patience);
-    if (reply.type() != QDBusMessage::ReplyMessage)
+    if (!isAnswer(reply))
         co_return NotificationSwitchPositions(); // such an error also stands for a list that is not there
     const QVariantList muted = listIn(reply);
     // Which of the two is listed depends on the version.

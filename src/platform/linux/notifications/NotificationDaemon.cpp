@@ -1,12 +1,9 @@
 #include "platform/linux/notifications/NotificationDaemon.h"
 
-#include "platform/linux/notifications/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
-#include <QCoroDBusPendingCall>
 #include <QDBusConnection>
-#include <QDBusPendingCall>
 
-#include <limits>
 #include <utility>
 
 namespace orbitledge {
@@ -22,11 +19,6 @@ constexpr auto objectPath = "/org/freedesktop/Notifications"_L1;
 QDBusMessage methodOf(const QString &daemon, const QString &method)
 {
     return QDBusMessage::createMethodCall(daemon, objectPath, serviceName, method);
-}
-
-bool isAnswer(const QDBusMessage &message)
-{
-    return message.type() == QDBusMessage::ReplyMessage;
 }
 
 } // namespace
@@ -85,9 +77,7 @@ QCoro::Task<std::optional<quint32>> NotificationDaemon::show(
     QDBusMessage message = methodOf(daemon->m_owner, u"Notify"_s);
     message.setArguments(daemon->arguments(content, replaced));
     // Without limit: somebody who is slow shows it yet, and the bus tells of one who went away.
-    const QDBusPendingCall showing
-        = QDBusConnection::sessionBus().asyncCall(message, std::numeric_limits<int>::max());
-    const QDBusMessage answer = co_await showing;
+    const QDBusMessage answer = co_await callSessionBusPatiently(message);
     const quint32 number = answer.arguments().value(0).toUInt();
     if (!isAnswer(answer) || number == 0)
         co_return std::nullopt;

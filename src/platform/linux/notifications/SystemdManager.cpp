@@ -1,10 +1,9 @@
 #include "platform/linux/notifications/SystemdManager.h"
 
 #include "platform/OneShot.h"
-#include "platform/linux/notifications/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
 #include <QDBusConnection>
-#include <QDBusError>
 
 #include <algorithm>
 
@@ -18,11 +17,6 @@ namespace {
 const QString managerPath = u"/org/freedesktop/systemd1"_s;
 const QString managerInterface = u"org.freedesktop.systemd1.Manager"_s;
 
-bool isError(const QDBusMessage &reply)
-{
-    return reply.type() != QDBusMessage::ReplyMessage;
-}
-
 QString silence()
 {
     return u"systemd does not answer"_s;
@@ -30,14 +24,8 @@ QString silence()
 
 QString reasonOf(const QDBusMessage &error)
 {
-    switch (QDBusError(error).type()) {
-    case QDBusError::NoReply:
-    case QDBusError::Timeout:
-    case QDBusError::TimedOut:
+    if (isSilence(error))
         return silence();
-    default:
-        break;
-    }
     // Some of its messages have more lines, and their own full stop.
     QString words = error.errorMessage().section(u'\n', 0, 0).trimmed();
     while (words.endsWith(u'.'))
@@ -48,7 +36,7 @@ QString reasonOf(const QDBusMessage &error)
 
 SystemdManager::Outcome outcomeOf(const QDBusMessage &reply)
 {
-    if (isError(reply))
+    if (!isAnswer(reply))
         return tl::make_unexpected(reasonOf(reply));
     return {};
 }
@@ -67,7 +55,7 @@ QCoro::Task<tl::expected<std::shared_ptr<SystemdManager>, QString>> SystemdManag
     const QDBusMessage reply = co_await callSessionBus(ask, limit);
     if (reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1)
         co_return std::shared_ptr<SystemdManager>();
-    if (isError(reply))
+    if (!isAnswer(reply))
         co_return tl::make_unexpected(u"the session bus does not tell whether systemd is there"_s);
     co_return std::make_shared<SystemdManager>(reply.arguments().value(0).toString(), deadline);
 }
@@ -106,7 +94,7 @@ QCoro::Task<SystemdManager::Outcome> SystemdManager::restart(QString unit)
     QDBusMessage message = method(u"RestartUnit"_s);
     message << unit << u"replace"_s;
     const QDBusMessage reply = co_await callSessionBus(message, left());
-    if (isError(reply))
+    if (!isAnswer(reply))
         co_return tl::make_unexpected(reasonOf(reply));
     const Outcome outcome = co_await finish(qvariant_cast<QDBusObjectPath>(reply.arguments().value(0)));
     co_return outcome;
@@ -119,7 +107,7 @@ QCoro::Task<SystemdManager::Outcome> SystemdManager::stop(QString unit)
     const QDBusMessage reply = co_await callSessionBus(message, left());
     if (reply.errorName() == "org.freedesktop.systemd1.NoSuchUnit"_L1)
         co_return {};
-    if (isError(reply))
+    if (!isAnswer(reply))
         co_return tl::make_unexpected(reasonOf(reply));
     const Outcome outcome = co_await finish(qvariant_cast<QDBusObjectPath>(reply.arguments().value(0)));
     co_return outcome;

@@ -1,6 +1,6 @@
 #include "platform/linux/preferences/PortalPreferences.h"
 
-#include "platform/linux/notifications/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -79,7 +79,7 @@ QCoro::Task<void> PortalPreferences::read(QPointer<PortalPreferences> preference
     const QList<Setting> toldMeanwhile = preferences->m_toldMeanwhile;
     if (--preferences->m_readCount == 0)
         preferences->m_toldMeanwhile.clear();
-    if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != u"a{sa{sv}}")
+    if (!isAnswer(answer) || answer.signature() != u"a{sa{sv}}")
         co_return;
     const auto groups
         = qdbus_cast<QMap<QString, QVariantMap>>(answer.arguments().constFirst().value<QDBusArgument>());

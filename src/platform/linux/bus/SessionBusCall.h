@@ -15,7 +15,17 @@ QCoro::Task<bool> reachSessionBus();
 /// A call to the bus itself.
 QDBusMessage busMethod(const QString &method);
 
-/// What comes back, which may be an error. Nobody is started to answer unless the message says so.
+/// What comes back, which may be an error. The bus starts who is to answer, unless the message says that it
+/// should not.
 QCoro::Task<QDBusMessage> callSessionBus(QDBusMessage message, std::chrono::milliseconds limit);
+
+/// The same without limit, for what may take a person's time: the bus tells of one who went away.
+QCoro::Task<QDBusMessage> callSessionBusPatiently(QDBusMessage message);
+
+/// Is what came back no error?
+bool isAnswer(const QDBusMessage &message);
+
+/// Does the error say no more than that no answer came?
+bool isSilence(const QDBusMessage &error);
 
 } // namespace orbitledge

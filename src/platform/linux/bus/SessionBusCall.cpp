@@ -1,9 +1,10 @@
-#include "platform/linux/notifications/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusCall.h"
 
 #include "platform/SerialQueue.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusPendingCall>
 
 #include <algorithm>
@@ -36,6 +37,31 @@ QCoro::Task<QDBusMessage> callSessionBus(QDBusMessage message, std::chrono::mill
     const QDBusPendingCall pending = QDBusConnection::sessionBus().asyncCall(message, timeout);
     QDBusMessage reply = co_await pending;
     co_return reply;
+}
+
+QCoro::Task<QDBusMessage> callSessionBusPatiently(QDBusMessage message)
+{
+    const QDBusPendingCall pending
+        = QDBusConnection::sessionBus().asyncCall(message, std::numeric_limits<int>::max());
+    QDBusMessage reply = co_await pending;
+    co_return reply;
+}
+
+bool isAnswer(const QDBusMessage &message)
+{
+    return message.type() == QDBusMessage::ReplyMessage;
+}
+
+bool isSilence(const QDBusMessage &error)
+{
+    switch (QDBusError(error).type()) {
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace orbitledge
