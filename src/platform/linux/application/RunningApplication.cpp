@@ -2,6 +2,7 @@
 
 #include "platform/OneShot.h"
 #include "platform/linux/SealedMessage.h"
+#include "platform/linux/bus/NameOwner.h"
 #include "platform/linux/bus/SessionBusCall.h"
 
 #include <QDBusError>
@@ -53,19 +54,16 @@ QCoro::Task<QString> ownerOf(QString name, milliseconds patience)
     const bool hasBus = co_await reachSessionBus();
     if (!hasBus)
         co_return QString();
-    QDBusMessage ask = busMethod(u"GetNameOwner"_s);
-    ask << name;
-    const QDBusMessage answer = co_await callSessionBus(ask, patience);
-    co_return isAnswer(answer) ? answer.arguments().value(0).toString() : QString();
+    const auto owner = co_await nameOwner(name, patience);
+    co_return owner.value_or(QString());
 }
 
-/// Where an answer is missing: has it gone, or does it only say nothing?
+/// Where an answer is missing: has it gone, or does it only say nothing? It is there as long as the bus does
+/// not tell that it has gone.
 QCoro::Task<bool> isThere(QString owner, milliseconds patience)
 {
-    QDBusMessage ask = busMethod(u"NameHasOwner"_s);
-    ask << owner;
-    const QDBusMessage answer = co_await callSessionBus(ask, patience);
-    co_return answer.arguments().value(0).toBool();
+    const auto hasOwner = co_await hasNameOwner(owner, patience);
+    co_return hasOwner.value_or(true);
 }
 
 QDBusMessage actionCall(const QString &destination, const QString &path, const QString &action,

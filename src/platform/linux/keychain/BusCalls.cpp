@@ -1,6 +1,7 @@
 #include "platform/linux/keychain/BusCalls.h"
 
 #include "platform/OneShot.h"
+#include "platform/linux/bus/NameOwner.h"
 #include "platform/linux/bus/SessionBusCall.h"
 
 #include <QDBusConnection>
@@ -37,14 +38,21 @@ KeychainStatus statusOfError(const QDBusMessage &error)
 
 } // namespace
 
-QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::call(QDBusMessage message)
+template <typename Answer> QCoro::Task<Answer> BusCalls::timed(QCoro::Task<Answer> asking)
 {
-    if (m_left <= milliseconds::zero())
-        co_return tl::unexpected(KeychainStatus::TimedOut);
     QElapsedTimer elapsed;
     elapsed.start();
-    const QDBusMessage reply = co_await callSessionBus(message, m_left);
+    Answer answer = co_await asking;
     m_left -= milliseconds(elapsed.elapsed());
+    co_return answer;
+}
+
+QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::call(QDBusMessage message)
+{
+    if (!hasTime())
+        co_return tl::unexpected(KeychainStatus::TimedOut);
+    auto calling = timed(callSessionBus(message, m_left));
+    const QDBusMessage reply = co_await calling;
     if (isAnswer(reply))
         co_return reply;
     co_return tl::unexpected(statusOfError(reply));
@@ -61,12 +69,13 @@ QCoro::Task<tl::expected<QDBusMessage, KeychainStatus>> BusCalls::callPatiently(
 
 QCoro::Task<KeychainStatus> BusCalls::summon(QString name)
 {
-    QDBusMessage hasOwner = busMethod(u"NameHasOwner"_s);
-    hasOwner << name;
-    const auto owned = co_await call(hasOwner);
-    if (!owned)
-        co_return owned.error();
-    if (owned->arguments().value(0).toBool())
+    if (!hasTime())
+        co_return KeychainStatus::TimedOut;
+    auto asking = timed(hasNameOwner(name, m_left));
+    const auto isThere = co_await asking;
+    if (!isThere)
+        co_return statusOfError(isThere.error());
+    if (*isThere)
         co_return KeychainStatus::Success;
 
     const auto activatable = co_await call(busMethod(u"ListActivatableNames"_s));
@@ -101,12 +110,15 @@ QCoro::Task<KeychainStatus> BusCalls::summon(QString name, milliseconds comingUp
 
 QCoro::Task<tl::expected<QString, KeychainStatus>> BusCalls::owner(QString name)
 {
-    QDBusMessage ask = busMethod(u"GetNameOwner"_s);
-    ask << name;
-    const auto reply = co_await call(ask);
-    if (!reply)
-        co_return tl::unexpected(reply.error());
-    co_return reply->arguments().value(0).toString();
+    if (!hasTime())
+        co_return tl::unexpected(KeychainStatus::TimedOut);
+    auto asking = timed(nameOwner(name, m_left));
+    const auto owner = co_await asking;
+    if (!owner)
+        co_return tl::unexpected(statusOfError(owner.error()));
+    if (owner->isEmpty())
+        co_return tl::unexpected(KeychainStatus::IoError);
+    co_return *owner;
 }
 
 } // namespace orbitledge

@@ -46,10 +46,14 @@ public:
     /// came.
     QCoro::Task<KeychainStatus> summon(QString name, std::chrono::milliseconds comingUp);
 
-    /// The unique name of who answers for `name`.
+    /// The unique name of who answers for `name`. IoError where nobody does.
     QCoro::Task<tl::expected<QString, KeychainStatus>> owner(QString name);
 
 private:
+    [[nodiscard]] bool hasTime() const { return m_left > std::chrono::milliseconds::zero(); }
+    /// The time runs while it is awaited.
+    template <typename Answer> QCoro::Task<Answer> timed(QCoro::Task<Answer> asking);
+
     std::chrono::milliseconds m_limit;
     std::chrono::milliseconds m_left;
 };

@@ -1,5 +1,6 @@
 #include "platform/linux/notifications/NotificationDaemon.h"
 
+#include "platform/linux/bus/NameOwner.h"
 #include "platform/linux/bus/SessionBusCall.h"
 
 #include <QDBusConnection>
@@ -92,10 +93,8 @@ QString NotificationDaemon::sender() const
 QCoro::Task<bool> NotificationDaemon::isSenderThere(
     std::shared_ptr<NotificationDaemon> daemon, QString sender)
 {
-    QDBusMessage ask = busMethod(u"NameHasOwner"_s);
-    ask << sender;
-    const QDBusMessage answer = co_await callSessionBus(ask, daemon->m_patience);
-    co_return answer.arguments().value(0).toBool();
+    const auto isThere = co_await hasNameOwner(sender, daemon->m_patience);
+    co_return isThere.value_or(true); // a click has one effect, or none
 }
 
 void NotificationDaemon::close(quint32 number) const

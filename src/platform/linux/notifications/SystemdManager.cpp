@@ -1,6 +1,7 @@
 #include "platform/linux/notifications/SystemdManager.h"
 
 #include "platform/OneShot.h"
+#include "platform/linux/bus/NameOwner.h"
 #include "platform/linux/bus/SessionBusCall.h"
 
 #include <QDBusConnection>
@@ -50,14 +51,12 @@ QCoro::Task<tl::expected<std::shared_ptr<SystemdManager>, QString>> SystemdManag
         co_return std::shared_ptr<SystemdManager>();
     const QDeadlineTimer deadline(limit);
     // A call to the name itself would have the bus start something.
-    QDBusMessage ask = busMethod(u"GetNameOwner"_s);
-    ask << u"org.freedesktop.systemd1"_s;
-    const QDBusMessage reply = co_await callSessionBus(ask, limit);
-    if (reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1)
-        co_return std::shared_ptr<SystemdManager>();
-    if (!isAnswer(reply))
+    const auto owner = co_await nameOwner(u"org.freedesktop.systemd1"_s, limit);
+    if (!owner)
         co_return tl::make_unexpected(u"the session bus does not tell whether systemd is there"_s);
-    co_return std::make_shared<SystemdManager>(reply.arguments().value(0).toString(), deadline);
+    if (owner->isEmpty())
+        co_return std::shared_ptr<SystemdManager>();
+    co_return std::make_shared<SystemdManager>(*owner, deadline);
 }
 
 SystemdManager::SystemdManager(QString uniqueName, QDeadlineTimer deadline)
