@@ -1,6 +1,7 @@
 #include "ui/tray/NotifierHostWatch.h"
 
 #include "platform/linux/bus/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusSignal.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -51,12 +52,11 @@ QCoro::Task<> NotifierHostWatch::start()
 
 void NotifierHostWatch::follow()
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    // From anybody, since where a sender is named the toolkit asks the bus for it, and waits. What is said is
-    // not believed anyway, but asked for.
-    const QString anybody;
-    for (const auto &name : {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s})
-        bus.connect(anybody, objectPath, serviceName, name, this, SLOT(ask()));
+    // From anybody: what is said is not believed anyway, but asked for.
+    for (const auto &name : {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s}) {
+        hearSignal({.sender = {}, .path = objectPath, .interface = serviceName, .name = name}, this,
+            &NotifierHostWatch::ask);
+    }
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString &, const QString &, const QString &newOwner) {
             // The next one begins without a host.
@@ -67,7 +67,7 @@ void NotifierHostWatch::follow()
                 ++m_question;
         });
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-    m_watcher.setConnection(bus);
+    m_watcher.setConnection(QDBusConnection::sessionBus());
     m_watcher.addWatchedService(serviceName);
 }
 

@@ -24,7 +24,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    Q_SLOT void ask();
+    void ask();
     QCoro::Task<> askOnce();
     void follow();
     void setHasHost(bool hasHost);

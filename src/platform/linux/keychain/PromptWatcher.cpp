@@ -1,5 +1,7 @@
 #include "platform/linux/keychain/PromptWatcher.h"
 
+#include "platform/linux/bus/SessionBusSignal.h"
+
 #include <QDBusConnection>
 
 namespace orbitledge {
@@ -8,15 +10,15 @@ using namespace Qt::StringLiterals;
 
 PromptWatcher::PromptWatcher(const QString &service, const QDBusObjectPath &prompt)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    // With the signature, without which the toolkit ends the program over a signal of the same name and of
-    // other types.
-    bus.connect(service, prompt.path(), u"org.freedesktop.Secret.Prompt"_s, u"Completed"_s, u"bv"_s, this,
-        SLOT(complete(bool, QDBusVariant)));
+    hearSignal({.sender = service,
+                   .path = prompt.path(),
+                   .interface = u"org.freedesktop.Secret.Prompt"_s,
+                   .name = u"Completed"_s},
+        this, &PromptWatcher::complete);
 
     // GNOME Keyring's windows belong to another process. When that one ends, the keyring calls the prompt
     // dismissed, but not before the bus told us.
-    m_watcher.setConnection(bus);
+    m_watcher.setConnection(QDBusConnection::sessionBus());
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
     m_watcher.setWatchedServices({service, gnomePrompter});
     connect(

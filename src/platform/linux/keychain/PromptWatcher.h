@@ -12,8 +12,6 @@ namespace orbitledge {
 /// Waits for the end of a Secret Service prompt: Success, UserCanceled where the person dismissed it, IoError
 /// where the service ended, or the desktop's prompter under it.
 class PromptWatcher final : public QObject {
-    Q_OBJECT
-
 public:
     /// The bus name of the program that shows GNOME Keyring's prompts.
     static constexpr auto gnomePrompter = QLatin1StringView("org.gnome.keyring.SystemPrompter");
@@ -25,7 +23,7 @@ public:
     auto ended() { return m_outcome.settled(); }
 
 private:
-    Q_SLOT void complete(bool dismissed, const QDBusVariant &result);
+    void complete(bool dismissed, const QDBusVariant &result);
 
     OneShot<KeychainStatus> m_outcome;
     QDBusServiceWatcher m_watcher;

@@ -2,6 +2,7 @@
 
 #include "platform/linux/bus/NameOwner.h"
 #include "platform/linux/bus/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusSignal.h"
 
 #include <QDBusConnection>
 
@@ -110,23 +111,21 @@ void NotificationDaemon::listen()
 {
     if (std::exchange(m_isListening, true))
         return; // another call was first
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    // From anybody; who sent it is looked at when it comes. Where a sender is named, the toolkit asks the bus
-    // for it, and waits.
-    const QString anybody;
-    // With the signature, without which the toolkit ends the program over a signal of the same name and of
-    // other types.
-    bus.connect(anybody, objectPath, serviceName, u"ActionInvoked"_s, u"us"_s, this,
-        SLOT(actionInvoked(uint, QString, QDBusMessage)));
-    bus.connect(anybody, objectPath, serviceName, u"ActivationToken"_s, u"us"_s, this,
-        SLOT(activationToken(uint, QString, QDBusMessage)));
-    bus.connect(anybody, objectPath, serviceName, u"NotificationClosed"_s, u"uu"_s, this,
-        SLOT(notificationClosed(uint, uint, QDBusMessage)));
-    bus.connect(anybody, u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s, u"Disconnected"_s,
-        this, SLOT(ownerLost()));
+    // From anybody; who sent it is looked at when it comes.
+    const auto signal = [](const QString &name) {
+        return SessionBusSignal{.sender = {}, .path = objectPath, .interface = serviceName, .name = name};
+    };
+    hearSignal(signal(u"ActionInvoked"_s), this, &NotificationDaemon::actionInvoked);
+    hearSignal(signal(u"ActivationToken"_s), this, &NotificationDaemon::activationToken);
+    hearSignal(signal(u"NotificationClosed"_s), this, &NotificationDaemon::notificationClosed);
+    hearSignal({.sender = {},
+                   .path = u"/org/freedesktop/DBus/Local"_s,
+                   .interface = u"org.freedesktop.DBus.Local"_s,
+                   .name = u"Disconnected"_s},
+        this, &NotificationDaemon::ownerLost);
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &NotificationDaemon::followOwner);
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-    m_watcher.setConnection(bus);
+    m_watcher.setConnection(QDBusConnection::sessionBus());
     m_watcher.addWatchedService(serviceName);
 }
 

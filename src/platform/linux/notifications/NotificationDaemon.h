@@ -52,10 +52,10 @@ private:
     [[nodiscard]] bool isFromDaemon(const QDBusMessage &message) const;
 
     // Called by the bus.
-    Q_SLOT void actionInvoked(uint number, const QString &action, const QDBusMessage &message);
-    Q_SLOT void activationToken(uint number, const QString &token, const QDBusMessage &message);
-    Q_SLOT void ownerLost();
-    Q_SLOT void notificationClosed(uint number, uint reason, const QDBusMessage &message);
+    void actionInvoked(uint number, const QString &action, const QDBusMessage &message);
+    void activationToken(uint number, const QString &token, const QDBusMessage &message);
+    void ownerLost();
+    void notificationClosed(uint number, uint reason, const QDBusMessage &message);
 
     NotificationSender m_sender;
     std::chrono::milliseconds m_patience;

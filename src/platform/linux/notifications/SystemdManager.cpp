@@ -3,8 +3,7 @@
 #include "platform/OneShot.h"
 #include "platform/linux/bus/NameOwner.h"
 #include "platform/linux/bus/SessionBusCall.h"
-
-#include <QDBusConnection>
+#include "platform/linux/bus/SessionBusSignal.h"
 
 #include <algorithm>
 
@@ -63,12 +62,9 @@ SystemdManager::SystemdManager(QString uniqueName, QDeadlineTimer deadline)
     : m_uniqueName(std::move(uniqueName))
     , m_deadline(deadline)
 {
-    // The bus looks for the slot by the names of its types, and knows this one only from its first use.
-    qRegisterMetaType<QDBusObjectPath>();
-    // With the signature, without which the toolkit ends the program over a signal of the same name and of
-    // other types.
-    QDBusConnection::sessionBus().connect(m_uniqueName, managerPath, managerInterface, u"JobRemoved"_s,
-        u"uoss"_s, this, SLOT(removeJob(uint, QDBusObjectPath, QString, QString)));
+    hearSignal(
+        {.sender = m_uniqueName, .path = managerPath, .interface = managerInterface, .name = u"JobRemoved"_s},
+        this, &SystemdManager::removeJob);
 }
 
 QDBusMessage SystemdManager::method(const QString &name) const

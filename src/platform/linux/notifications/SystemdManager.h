@@ -20,8 +20,6 @@ template <typename Value> class OneShot;
 /// The user instance of systemd, over the session bus. All calls together have a limited time. On failure
 /// they tell why, as the end of a sentence. Must outlive what it returns, of which there is one at a time.
 class SystemdManager final : public QObject {
-    Q_OBJECT
-
 public:
     using Outcome = tl::expected<void, QString>;
 
@@ -39,8 +37,7 @@ public:
     QCoro::Task<Outcome> stop(QString unit);
 
 private:
-    Q_SLOT void removeJob(
-        uint number, const QDBusObjectPath &job, const QString &unit, const QString &result);
+    void removeJob(uint number, const QDBusObjectPath &job, const QString &unit, const QString &result);
 
     [[nodiscard]] QDBusMessage method(const QString &name) const;
     [[nodiscard]] std::chrono::milliseconds left() const;

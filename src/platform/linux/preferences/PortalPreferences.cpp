@@ -1,6 +1,7 @@
 #include "platform/linux/preferences/PortalPreferences.h"
 
 #include "platform/linux/bus/SessionBusCall.h"
+#include "platform/linux/bus/SessionBusSignal.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -50,17 +51,11 @@ QCoro::Task<void> PortalPreferences::begin(QPointer<PortalPreferences> preferenc
     const bool hasBus = co_await reachSessionBus();
     if (!hasBus || !preferences)
         co_return;
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    // The slot is looked for by the names of its types, and nothing may have named this one yet.
-    qRegisterMetaType<QDBusVariant>();
-    // From whomever: to ask for the owner of the name would wait.
-    // With the signature, without which the toolkit ends the program over a signal of the same name and of
-    // other types.
-    bus.connect(QString(), path, interface, u"SettingChanged"_s, u"ssv"_s, preferences,
-        SLOT(settingChanged(QString, QString, QDBusVariant)));
+    hearSignal({.sender = {}, .path = path, .interface = interface, .name = u"SettingChanged"_s},
+        preferences.get(), &PortalPreferences::settingChanged);
     // A portal that comes later, or again, may have other answers.
     preferences->m_watcher = std::make_unique<QDBusServiceWatcher>(
-        QString(service), bus, QDBusServiceWatcher::WatchForOwnerChange);
+        QString(service), QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForOwnerChange);
     connect(preferences->m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, preferences,
         &PortalPreferences::ownerChanged);
     co_await read(preferences);

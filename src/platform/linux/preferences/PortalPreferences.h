@@ -53,8 +53,8 @@ private:
     void show(const Look &look);
 
     // Called by the bus.
-    Q_SLOT void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
-    Q_SLOT void ownerChanged(const QString &service, const QString &oldOwner, const QString &newOwner);
+    void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+    void ownerChanged(const QString &service, const QString &oldOwner, const QString &newOwner);
 
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
     Look m_look;
