@@ -4,7 +4,7 @@
 #include "composition/SystemParts.h"
 #include "composition/logos/SystemLogos.h"
 #include "platform/Completion.h"
-#include "platform/OneShot.h"
+#include "platform/Pause.h"
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/application/DesktopApplication.h"
 #include "platform/linux/application/RunningApplication.h"
@@ -113,26 +113,6 @@ QString ownActivationToken()
     return token.isEmpty() ? qEnvironmentVariable("DESKTOP_STARTUP_ID") : token;
 }
 
-QCoro::Task<void> pause()
-{
-    constexpr auto duration = std::chrono::milliseconds(50);
-    OneShot<bool> never;
-    (void)co_await never.settledWithin(duration);
-}
-
-/// The lock beside the name on the bus, for a machine without one. Who is just about to end still has it for
-/// a moment. Absent where another program keeps it.
-QCoro::Task<ProgramLocks::Attempt> takeInstance()
-{
-    const QDeadlineTimer deadline(std::chrono::seconds(3));
-    while (true) {
-        ProgramLocks::Attempt attempt = ProgramLocks::takeInstance();
-        if (!attempt || *attempt || deadline.hasExpired())
-            co_return attempt;
-        co_await pause();
-    }
-}
-
 /// How this process begins: as the one that runs, or, with the status that it ends with, as another.
 QCoro::Task<std::optional<int>> claim(
     std::shared_ptr<DesktopApplication> service, std::optional<ApplicationAction> action, QString token)
@@ -150,7 +130,7 @@ QCoro::Task<std::optional<int>> claim(
             co_return fail(heard.error());
         if (*heard)
             co_return 0;
-        co_await pause(); // it has just ended
+        co_await pauseFor(ProgramLocks::pause); // it has just ended
     }
     if (action == ApplicationAction::Quit)
         co_return 0;
@@ -176,11 +156,8 @@ struct SessionTurn {
 QCoro::Task<void> takeSession(SystemParts parts, std::shared_ptr<AppStore> store,
     std::shared_ptr<DesktopApplication> service, std::shared_ptr<SessionTurn> turn)
 {
-    ProgramLocks::Attempt attempt = ProgramLocks::takeSession();
-    while (attempt && !*attempt) {
-        co_await pause();
-        attempt = ProgramLocks::takeSession();
-    }
+    auto waiting = ProgramLocks::awaitSession();
+    ProgramLocks::Attempt attempt = co_await waiting;
     if (attempt)
         turn->lock = *std::move(attempt);
     parts.notifications->start();
@@ -230,7 +207,10 @@ int main(int argc, char **argv)
     const auto service = std::make_shared<DesktopApplication>(QString::fromLatin1(build::applicationId));
     if (const std::optional<int> end = QCoro::waitFor(claim(service, action, token)))
         return *end;
-    const ProgramLocks::Attempt instance = QCoro::waitFor(takeInstance());
+    // The lock beside the name on the bus, for a machine without one.
+    constexpr auto patience = std::chrono::seconds(3);
+    const ProgramLocks::Attempt instance
+        = QCoro::waitFor(ProgramLocks::takeInstance(QDeadlineTimer(patience)));
     if (instance && !*instance)
         return action ? fail(u"Orbitledge is running already, but cannot be reached over the session bus."_s)
                       : 0;

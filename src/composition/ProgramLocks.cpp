@@ -1,6 +1,7 @@
 #include "composition/ProgramLocks.h"
 
 #include "BuildInfo.h"
+#include "platform/Pause.h"
 #include "platform/linux/XdgDirectories.h"
 #include "state/SnapshotCache.h"
 
@@ -8,14 +9,26 @@
 
 namespace orbitledge {
 
-ProgramLocks::Attempt ProgramLocks::takeInstance()
+namespace {
+
+constexpr const char *instanceLock = "instance.lock";
+constexpr const char *sessionLock = "session.lock";
+
+} // namespace
+
+QCoro::Task<ProgramLocks::Attempt> ProgramLocks::takeInstance(QDeadlineTimer deadline)
 {
-    return take("instance.lock");
+    return take(instanceLock, deadline);
 }
 
 ProgramLocks::Attempt ProgramLocks::takeSession()
 {
-    return take("session.lock");
+    return take(sessionLock);
+}
+
+QCoro::Task<ProgramLocks::Attempt> ProgramLocks::awaitSession()
+{
+    return take(sessionLock, QDeadlineTimer(QDeadlineTimer::Forever));
 }
 
 ProgramLocks::Attempt ProgramLocks::take(const char *name)
@@ -28,6 +41,16 @@ ProgramLocks::Attempt ProgramLocks::take(const char *name)
             return attempt;
     }
     return ProcessLock::take(SnapshotCache::defaultLocation(directories).parent_path() / name);
+}
+
+QCoro::Task<ProgramLocks::Attempt> ProgramLocks::take(const char *name, QDeadlineTimer deadline)
+{
+    while (true) {
+        Attempt attempt = take(name);
+        if (!attempt || *attempt || deadline.hasExpired())
+            co_return attempt;
+        co_await pauseFor(pause);
+    }
 }
 
 } // namespace orbitledge

@@ -4,7 +4,7 @@
 #include "composition/ProgramLocks.h"
 #include "composition/SystemParts.h"
 #include "logos/cache/LogoCache.h"
-#include "platform/OneShot.h"
+#include "platform/Pause.h"
 #include "platform/linux/DetachedProgram.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/XdgDirectories.h"
@@ -26,7 +26,6 @@ using Performed = tl::expected<SessionOutcome, QString>;
 
 /// Long enough for another command that waits for a slow service.
 constexpr auto turnPatience = 60s;
-constexpr auto turnPause = 50ms;
 
 /// Long enough for a notification daemon that is only just starting.
 constexpr auto deliveryLimit = 60s;
@@ -117,8 +116,7 @@ QCoro::Task<Performed> performSession(SessionRequest request)
         if (deadline.hasExpired())
             co_return tl::make_unexpected(
                 u"Another command, or Orbitledge itself, is at work and does not come to an end. Try again later."_s);
-        OneShot<bool> never;
-        (void)co_await never.settledWithin(turnPause);
+        co_await pauseFor(ProgramLocks::pause);
     }
 }
 

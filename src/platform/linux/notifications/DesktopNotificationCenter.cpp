@@ -3,6 +3,7 @@
 #include "model/FloorDivide.h"
 #include "platform/Completion.h"
 #include "platform/OneShot.h"
+#include "platform/Pause.h"
 #include "platform/SerialQueue.h"
 #include "platform/linux/ProcessLock.h"
 #include "platform/linux/notifications/NotificationQueue.h"
@@ -289,8 +290,7 @@ QCoro::Task<void> DesktopNotificationCenter::State::openFile(Self self, millisec
         const bool isElsewhere = !opening.queue && opening.failure.isEmpty();
         if (!isElsewhere || waited >= patience || self->isClosed())
             break;
-        OneShot<bool> never;
-        (void)co_await never.settledWithin(pause);
+        co_await pauseFor(pause);
         waited += pause;
     }
     self->m_openingFailure = opening.failure;

@@ -1,0 +1,80 @@
+#include "composition/ProgramLocks.h"
+
+#include "support/TestMain.h"
+
+using namespace orbitledge;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QDeadlineTimer never(QDeadlineTimer::Forever);
+const QDeadlineTimer atOnce(0);
+
+} // namespace
+
+class ProgramLocksTest : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_runtime;
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("XDG_RUNTIME_DIR", m_runtime.path().toUtf8()); }
+
+    void shouldGiveEachLockToOneAtATime()
+    {
+        auto instance = QCoro::waitFor(ProgramLocks::takeInstance(atOnce));
+        QVERIFY(instance.has_value());
+        QVERIFY(instance->has_value());
+        QVERIFY(!QCoro::waitFor(ProgramLocks::takeInstance(atOnce))->has_value());
+        auto session = ProgramLocks::takeSession();
+        QVERIFY(session.has_value());
+        QVERIFY(session->has_value());
+        QVERIFY(!ProgramLocks::takeSession()->has_value());
+
+        session->reset();
+        instance->reset();
+        QVERIFY(ProgramLocks::takeSession()->has_value());
+        QVERIFY(QCoro::waitFor(ProgramLocks::takeInstance(atOnce))->has_value());
+    }
+
+    void shouldWaitForTheOneWhoIsAboutToEnd()
+    {
+        auto first = QCoro::waitFor(ProgramLocks::takeInstance(atOnce));
+        QVERIFY(first->has_value());
+        auto taking = ProgramLocks::takeInstance(never);
+        QVERIFY(!taking.isReady());
+        first->reset();
+        QVERIFY(QCoro::waitFor(std::move(taking))->has_value());
+    }
+
+    void shouldWaitNoLongerThanUntilTheDeadline()
+    {
+        const auto first = QCoro::waitFor(ProgramLocks::takeInstance(atOnce));
+        QVERIFY(first->has_value());
+        const QDeadlineTimer deadline(120);
+        const auto second = QCoro::waitFor(ProgramLocks::takeInstance(deadline));
+        QVERIFY(second.has_value());
+        QVERIFY(!second->has_value());
+        QVERIFY(deadline.hasExpired());
+    }
+
+    void shouldAwaitTheEndOfAnothersSession()
+    {
+        auto first = ProgramLocks::takeSession();
+        QVERIFY(first->has_value());
+        auto awaiting = ProgramLocks::awaitSession();
+        QVERIFY(!awaiting.isReady());
+        first->reset();
+        QVERIFY(QCoro::waitFor(std::move(awaiting))->has_value());
+    }
+
+    void shouldHaveAFreeSessionAtOnce()
+    {
+        // The start of the program goes on without a turn of its event loop.
+        const auto awaiting = ProgramLocks::awaitSession();
+        QVERIFY(awaiting.isReady());
+    }
+};
+
+ORBITLEDGE_TEST_MAIN(ProgramLocksTest)
+#include "ProgramLocksTest.moc"
