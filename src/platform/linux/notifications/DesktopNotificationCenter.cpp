@@ -3,14 +3,12 @@
 #include "model/FloorDivide.h"
 #include "platform/Completion.h"
 #include "platform/OneShot.h"
-#include "platform/Pause.h"
-#include "platform/SerialQueue.h"
-#include "platform/linux/ProcessLock.h"
-#include "platform/linux/notifications/NotificationQueue.h"
+#include "platform/linux/notifications/NotificationQueueStore.h"
+#include "platform/linux/notifications/RetryTimer.h"
+#include "platform/linux/notifications/UnattendedTimes.h"
 
 #include <QDeadlineTimer>
 #include <QLoggingCategory>
-#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -32,64 +30,6 @@ tl::unexpected<NotificationError> failed(const QString &what, const QString &rea
     return tl::make_unexpected(NotificationError{what + u": "_s + reason});
 }
 
-/// The file, and the right to use it; both are touched by one background thread alone.
-struct QueueFile {
-    std::filesystem::path path;
-    std::shared_ptr<FileStore> files;
-    std::optional<ProcessLock> lock;
-    QByteArray saved;
-};
-
-struct Opening {
-    /// Absent where another process has the lock.
-    std::optional<NotificationQueue> queue;
-    QString failure;
-};
-
-Opening open(QueueFile &file)
-{
-    std::filesystem::path lockFile = file.path;
-    lockFile += ".lock";
-    auto lock = ProcessLock::take(lockFile);
-    if (!lock)
-        return {.queue = std::nullopt, .failure = lock.error().errorDescription};
-    if (!*lock)
-        return {};
-    const auto content = file.files->read(file.path);
-    if (!content && content.error().kind != FileError::Kind::NotFound)
-        return {.queue = std::nullopt, .failure = content.error().errorDescription};
-    if (!content) {
-        file.lock = std::move(*lock);
-        file.saved = NotificationQueue().encoded(); // to be written when there is something to keep
-        return {.queue = NotificationQueue(), .failure = {}};
-    }
-    auto queue = NotificationQueue::decoded(*content);
-    if (!queue) {
-        // Somebody may still be able to read it.
-        std::filesystem::path aside = file.path;
-        aside += ".unreadable";
-        if (const auto kept = file.files->replace(aside, *content); !kept)
-            return {
-                .queue = std::nullopt, .failure = queue.error() + u". "_s + kept.error().errorDescription};
-        file.lock = std::move(*lock);
-        return {.queue = NotificationQueue(), .failure = {}};
-    }
-    file.lock = std::move(*lock);
-    file.saved = *content;
-    return {.queue = *std::move(queue), .failure = {}};
-}
-
-tl::expected<void, FileError> write(QueueFile &file, const NotificationQueue &queue)
-{
-    QByteArray content = queue.encoded();
-    if (content == file.saved)
-        return {};
-    auto written = file.files->replace(file.path, content);
-    if (written)
-        file.saved = std::move(content);
-    return written;
-}
-
 } // namespace
 
 /// What the operations share, which they keep alive until the last of them is through.
@@ -101,11 +41,9 @@ public:
         : m_center(&center)
         , m_parts(std::move(parts))
         , m_patience(patience)
-        , m_file(
-              std::make_shared<QueueFile>(QueueFile{m_parts.file, m_parts.files, std::nullopt, QByteArray()}))
-        , m_shortestPause(pause)
+        , m_store(std::make_shared<NotificationQueueStore>(m_parts.file, m_parts.files))
+        , m_retry(pause)
     {
-        m_retry.setSingleShot(true);
     }
 
     void start(const Self &self);
@@ -129,25 +67,20 @@ public:
 
     [[nodiscard]] Instant now() const { return m_parts.clock->now(); }
     /// Once it is open.
-    NotificationQueue &queue() { return m_queue; }
+    NotificationQueue &queue() { return m_store->queue(); }
     void setAlarm();
     [[nodiscard]] QList<ShownNotification> shown() const
     {
-        return m_queue.freshlyShown(m_parts.display->name());
+        return m_store->queue().freshlyShown(m_parts.display->name());
     }
 
 private:
-    static constexpr milliseconds longestPause = 1h;
-
     [[nodiscard]] bool isClosed() const { return m_center == nullptr; }
     [[nodiscard]] LocalDate today() const;
     void lookAgainLater();
-    /// What systemd is to start next: soon where something is due, since this process may end before it is
-    /// shown.
-    [[nodiscard]] std::optional<Instant> nextDelivery();
+    [[nodiscard]] std::optional<Instant> nextDelivery() { return m_unattended.next(queue(), now()); }
 
     static QCoro::Task<void> choose(Self self, quint32 number, QString token);
-    static QCoro::Task<void> openFile(Self self, milliseconds patience);
     static QCoro::Task<void> begin(Self self);
     static QCoro::Task<bool> deliver(Self self);
     static QCoro::Task<void> settleWhenDelivered(Self self, std::shared_ptr<OneShot<bool>> outcome);
@@ -163,19 +96,11 @@ private:
     DesktopNotificationCenter *m_center;
     Parts m_parts;
     milliseconds m_patience;
-    std::shared_ptr<QueueFile> m_file;
-    SerialQueue m_work;
-    /// While it is being opened.
-    std::shared_ptr<Completion> m_opening;
-    QString m_openingFailure;
-    NotificationQueue m_queue;
-    bool m_isOpen = false;
-    Instant m_startOfRun;
-    QTimer m_retry;
-    milliseconds m_shortestPause;
-    milliseconds m_pause = m_shortestPause;
-    /// When another process is to try what is due now.
-    std::optional<Instant> m_secondAttempt;
+    std::shared_ptr<NotificationQueueStore> m_store;
+    /// When it was opened.
+    std::optional<Instant> m_startOfRun;
+    RetryTimer m_retry;
+    UnattendedTimes m_unattended;
     bool m_isStarted = false;
     bool m_isDelivering = false;
     /// Of what is being shown.
@@ -197,14 +122,14 @@ void DesktopNotificationCenter::State::start(const Self &self)
         if (const Self state = weak.lock())
             begin(state);
     };
-    connect(&m_retry, &QTimer::timeout, this, look);
+    connect(&m_retry, &RetryTimer::rang, this, look);
     connect(m_parts.alarm.get(), &WallClockAlarm::rang, this, look);
     connect(m_parts.alarm.get(), &WallClockAlarm::clockChanged, this, look);
     const NotificationDisplay *const display = m_parts.display.get();
     connect(display, &NotificationDisplay::appeared, this, look);
     connect(display, &NotificationDisplay::closed, this, [this](quint32 number) {
-        if (m_isOpen)
-            m_queue.recordClosed(m_parts.display->name(), number);
+        if (m_store->isOpen())
+            queue().recordClosed(m_parts.display->name(), number);
     });
     connect(display, &NotificationDisplay::chosen, this,
         [weak = std::weak_ptr<State>(self)](quint32 number, const QString &token) {
@@ -218,7 +143,7 @@ void DesktopNotificationCenter::State::start(const Self &self)
 /// is for the one who has shown it, as long as that is there.
 QCoro::Task<void> DesktopNotificationCenter::State::choose(Self self, quint32 number, QString token)
 {
-    const auto shown = self->m_queue.shown(self->m_parts.display->name(), number);
+    const auto shown = self->queue().shown(self->m_parts.display->name(), number);
     if (!shown)
         co_return;
     if (!shown->isFresh && !shown->sender.isEmpty()) {
@@ -233,6 +158,7 @@ QCoro::Task<void> DesktopNotificationCenter::State::choose(Self self, quint32 nu
 void DesktopNotificationCenter::State::close()
 {
     m_center = nullptr;
+    m_store->abandon();
     m_retry.stop();
     if (m_isStarted)
         m_parts.alarm->set(std::nullopt);
@@ -251,68 +177,38 @@ QCoro::Task<void> DesktopNotificationCenter::State::begin(Self self)
         co_return;
     }
     // People may still choose what an earlier run has shown.
-    if (self->m_queue.hasShown() && self->m_parts.display->name().isEmpty())
+    if (self->queue().hasShown() && self->m_parts.display->name().isEmpty())
         (void)co_await awakenDisplay(self);
     (void)co_await deliver(self);
 }
 
 void DesktopNotificationCenter::State::lookAgainLater()
 {
-    if (!m_isStarted)
-        return;
-    m_retry.start(m_pause);
-    m_pause = std::min(2 * m_pause, longestPause);
+    if (m_isStarted)
+        m_retry.start();
 }
 
 // ---- the file --------------------------------------------------------------------------------------------
 
 QCoro::Task<bool> DesktopNotificationCenter::State::opened(Self self, milliseconds patience)
 {
-    if (self->m_isOpen)
-        co_return true;
-    if (!self->m_opening) {
-        self->m_opening = std::make_shared<Completion>();
-        openFile(self, patience);
-    }
-    co_await Completion::wait(self->m_opening);
-    co_return self->m_isOpen;
-}
-
-QCoro::Task<void> DesktopNotificationCenter::State::openFile(Self self, milliseconds patience)
-{
-    constexpr milliseconds pause = 100ms;
-    milliseconds waited{0};
-    Opening opening;
-    while (true) {
-        auto work = [file = self->m_file] { return open(*file); };
-        auto task = self->m_work.run(std::move(work));
-        opening = co_await task;
-        const bool isElsewhere = !opening.queue && opening.failure.isEmpty();
-        if (!isElsewhere || waited >= patience || self->isClosed())
-            break;
-        co_await pauseFor(pause);
-        waited += pause;
-    }
-    self->m_openingFailure = opening.failure;
-    if (opening.queue) {
-        self->m_queue = *std::move(opening.queue);
-        self->m_isOpen = true;
+    auto opening = NotificationQueueStore::open(self->m_store, patience);
+    const bool isOpen = co_await opening;
+    if (isOpen && !self->m_startOfRun)
         self->m_startOfRun = self->now();
-    }
-    std::exchange(self->m_opening, nullptr)->complete();
+    co_return isOpen;
 }
 
 tl::unexpected<NotificationError> DesktopNotificationCenter::State::notOpened() const
 {
     return failed(u"Reminders cannot be kept"_s,
-        m_openingFailure.isEmpty() ? u"Another process is in charge of them"_s : m_openingFailure);
+        m_store->failure().isEmpty() ? u"Another process is in charge of them"_s : m_store->failure());
 }
 
 QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
 {
-    auto work = [file = self->m_file, queue = self->m_queue] { return write(*file, queue); };
-    auto task = self->m_work.run(std::move(work));
-    const auto written = co_await task;
+    auto saving = NotificationQueueStore::save(self->m_store);
+    const auto written = co_await saving;
     self->m_isSaved = written.has_value();
     if (!self->m_isSaved && !self->m_isDelivering)
         self->lookAgainLater();
@@ -330,24 +226,8 @@ void DesktopNotificationCenter::State::setAlarm()
         return;
     // What came due since the alarm was set last: to set it anew keeps it from ringing for that. What is
     // being delivered, or waits for the next attempt, needs no alarm.
-    const bool isMissed = !m_isDelivering && !m_isUnshown && m_queue.hasDue(now());
-    m_parts.alarm->set(isMissed ? now() : m_queue.nextDue(now()));
-}
-
-std::optional<Instant> DesktopNotificationCenter::State::nextDelivery()
-{
-    const Instant present = now();
-    const std::optional<Instant> next = m_queue.nextDue(present);
-    if (!m_queue.hasDue(present)) {
-        m_secondAttempt.reset();
-        return next;
-    }
-    constexpr qint64 tenMinutes = 600'000;
-    const Instant latest = Instant::fromMillisecondsSinceEpoch(present.millisecondsSinceEpoch() + tenMinutes);
-    // Not put off each time: that would have systemd read its units anew for every notification.
-    if (!m_secondAttempt || *m_secondAttempt <= present || *m_secondAttempt > latest)
-        m_secondAttempt = latest;
-    return std::min(next.value_or(*m_secondAttempt), *m_secondAttempt);
+    const bool isMissed = !m_isDelivering && !m_isUnshown && queue().hasDue(now());
+    m_parts.alarm->set(isMissed ? now() : queue().nextDue(now()));
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self, std::optional<Instant> next)
@@ -382,12 +262,10 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
     if (self->isClosed())
         co_return isDone;
     self->m_isUnshown = !isDone;
-    if (isDone && self->m_isSaved) {
-        self->m_retry.stop();
-        self->m_pause = self->m_shortestPause;
-    } else {
+    if (isDone && self->m_isSaved)
+        self->m_retry.reset();
+    else
         self->lookAgainLater(); // also to save it, where only that failed
-    }
     self->setAlarm();
     if (!isDone)
         arrangeUnattended(self, self->nextDelivery());
@@ -397,9 +275,9 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
 QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
 {
     while (!self->isClosed()) {
-        self->m_queue.followClock(self->now());
-        self->m_queue.expire(self->now(), self->today());
-        if (!self->m_queue.hasDue(self->now())) {
+        self->queue().followClock(self->now());
+        self->queue().expire(self->now(), self->today());
+        if (!self->queue().hasDue(self->now())) {
             (void)co_await save(self);
             break;
         }
@@ -407,8 +285,8 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
         if (!isAwake)
             co_return false;
         // Another one shows nothing yet of what could have been replaced: it counts as done.
-        self->m_queue.expire(self->now(), self->today());
-        const auto batch = self->m_queue.nextBatch(self->now(), self->m_startOfRun);
+        self->queue().expire(self->now(), self->today());
+        const auto batch = self->queue().nextBatch(self->now(), self->m_startOfRun.value_or(self->now()));
         if (!batch || self->isClosed())
             continue; // taken away meanwhile
         const bool isShown = co_await showAndRecord(self, *batch);
@@ -439,7 +317,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::showBatch(Self self, Notific
     const auto number = co_await display.show(batch.content, isReplacing ? batch.replaced->number : 0);
     if (!number)
         co_return false;
-    const bool isWanted = self->m_queue.recordShown(batch, self->now(), name, *number, display.sender());
+    const bool isWanted = self->queue().recordShown(batch, self->now(), name, *number, display.sender());
     if (!isWanted && display.name() == name)
         display.close(*number);
     co_return true;
@@ -449,7 +327,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::awakenDisplay(Self self)
 {
     const bool isAwake = co_await self->m_parts.display->awaken();
     if (isAwake)
-        self->m_queue.recordDisplay(self->m_parts.display->name());
+        self->queue().recordDisplay(self->m_parts.display->name());
     co_return isAwake;
 }
 
@@ -457,20 +335,20 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
 {
     const bool isOpen = co_await opened(self, 0ms);
     if (!isOpen)
-        co_return self->m_openingFailure.isEmpty() ? NotificationDelivery::Elsewhere
-                                                   : NotificationDelivery::Unreadable;
+        co_return self->m_store->failure().isEmpty() ? NotificationDelivery::Elsewhere
+                                                     : NotificationDelivery::Unreadable;
     // Who shows them may not see whose they are, and then cannot follow the switch.
     const NotificationSwitchPositions switches = co_await self->m_parts.switches->read();
     if (!switches.allows) {
         // It may be on by then.
-        co_await arrangeUnattended(self, self->m_queue.nextDue(self->now()));
+        co_await arrangeUnattended(self, self->queue().nextDue(self->now()));
         co_return NotificationDelivery::Done;
     }
     // Also in case that this process does not live to show them.
     co_await arrangeUnattended(self, self->nextDelivery());
     const QDeadlineTimer deadline(limit);
     bool isDone = true;
-    while (isDone && self->m_queue.hasDue(self->now()) && !deadline.hasExpired()) {
+    while (isDone && self->queue().hasDue(self->now()) && !deadline.hasExpired()) {
         auto outcome = std::make_shared<OneShot<bool>>();
         settleWhenDelivered(self, outcome);
         const std::optional<bool> answer
@@ -489,7 +367,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::prepareDelivery(Self self)
     if (!isOpen)
         co_return false;
     co_await arrangeUnattended(self, self->nextDelivery());
-    co_return self->m_queue.hasDue(self->now());
+    co_return self->queue().hasDue(self->now());
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
@@ -517,7 +395,7 @@ QCoro::Task<void> DesktopNotificationCenter::State::settleWhenRecorded(
 
 QCoro::Task<Result> DesktopNotificationCenter::State::forget(Self self, QString prefix)
 {
-    const QList<ShownNotification> takenBack = self->m_queue.forget(prefix);
+    const QList<ShownNotification> takenBack = self->queue().forget(prefix);
     // First, so that nothing of it comes back where this process ends while it waits for the display.
     auto saved = co_await save(self);
     if (!takenBack.isEmpty()) {
@@ -538,7 +416,7 @@ QCoro::Task<NotificationSettings> DesktopNotificationCenter::State::settings(Sel
     const bool isAwake = co_await self->m_parts.display->awaken();
     const bool isAllowed = isAwake && switches.allows;
     NotificationSettings settings;
-    if (isOpen && self->m_queue.wasAsked()) {
+    if (isOpen && self->queue().wasAsked()) {
         settings.authorization
             = isAllowed ? NotificationAuthorization::Authorized : NotificationAuthorization::Denied;
     }
