@@ -1,13 +1,12 @@
 #include "BuildInfo.h"
+#include "composition/ProgramInstance.h"
 #include "composition/ProgramLocks.h"
 #include "composition/SessionCommand.h"
 #include "composition/SystemParts.h"
 #include "composition/logos/SystemLogos.h"
 #include "platform/Completion.h"
-#include "platform/Pause.h"
 #include "platform/linux/StandardDescriptors.h"
 #include "platform/linux/application/DesktopApplication.h"
-#include "platform/linux/application/RunningApplication.h"
 #include "platform/linux/preferences/PortalPreferences.h"
 #include "ui/OrbitledgeApp.h"
 #include "ui/kit/FontConfiguration.h"
@@ -16,7 +15,6 @@
 
 #include <QApplication>
 #include <QDBusConnection>
-#include <QDeadlineTimer>
 #include <QIcon>
 #include <QLoggingCategory>
 #include <QTimer>
@@ -113,30 +111,6 @@ QString ownActivationToken()
     return token.isEmpty() ? qEnvironmentVariable("DESKTOP_STARTUP_ID") : token;
 }
 
-/// How this process begins: as the one that runs, or, with the status that it ends with, as another.
-QCoro::Task<std::optional<int>> claim(
-    std::shared_ptr<DesktopApplication> service, std::optional<ApplicationAction> action, QString token)
-{
-    const RunningApplication running(QString::fromLatin1(build::applicationId));
-    while (true) {
-        const DesktopApplication::Claim end = co_await service->claim();
-        if (end != DesktopApplication::Claim::Elsewhere)
-            break;
-        if (!action)
-            co_return 0;
-        auto asking = running.request(*action, token);
-        const auto heard = co_await asking;
-        if (!heard)
-            co_return fail(heard.error());
-        if (*heard)
-            co_return 0;
-        co_await pauseFor(ProgramLocks::pause); // it has just ended
-    }
-    if (action == ApplicationAction::Quit)
-        co_return 0;
-    co_return std::nullopt;
-}
-
 /// What is being shown is written down first: otherwise the next start would show it again.
 QCoro::Task<void> endInOrder(std::shared_ptr<DesktopNotificationCenter> notifications)
 {
@@ -204,16 +178,13 @@ int main(int argc, char **argv)
         return parts ? drawPicture(*parts, arguments.value(picture + 1)) : fail(parts.error());
     }
     const std::optional<ApplicationAction> action = actionOf(arguments);
-    const auto service = std::make_shared<DesktopApplication>(QString::fromLatin1(build::applicationId));
-    if (const std::optional<int> end = QCoro::waitFor(claim(service, action, token)))
-        return *end;
-    // The lock beside the name on the bus, for a machine without one.
-    constexpr auto patience = std::chrono::seconds(3);
-    const ProgramLocks::Attempt instance
-        = QCoro::waitFor(ProgramLocks::takeInstance(QDeadlineTimer(patience)));
-    if (instance && !*instance)
-        return action ? fail(u"Orbitledge is running already, but cannot be reached over the session bus."_s)
-                      : 0;
+    const auto beginning = QCoro::waitFor(ProgramInstance::begin(action, token));
+    if (!beginning)
+        return fail(beginning.error());
+    const std::optional<ProgramInstance> &instance = *beginning;
+    if (!instance)
+        return 0;
+    const std::shared_ptr<DesktopApplication> service = instance->application();
 
     const auto parts = SystemParts::make(Presence::Resident);
     if (!parts)
