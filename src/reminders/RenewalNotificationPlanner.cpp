@@ -47,7 +47,7 @@ public:
         , m_calendar(calendar)
         , m_today(calendar.startOfDay(now))
         , m_money(calendar.locale(), FractionDigits::OfCurrency)
-        , m_hasPages(editPage({}).isValid())
+        , m_hasPages(settings.webURL.isValid() && !settings.webURL.isRelative())
     {
     }
 
@@ -127,7 +127,9 @@ private:
 
     [[nodiscard]] QUrl editPage(const QUuid &id) const
     {
-        QString base = m_settings.webURL.toString();
+        // Encoded, as a blank in it makes no address.
+        QString base = m_settings.webURL.adjusted(QUrl::RemoveQuery | QUrl::RemoveFragment)
+                           .toString(QUrl::FullyEncoded);
         if (base.endsWith(u'/'))
             base.chop(1);
         return QUrl(base + u"/subscriptions/"_s + uuidText(id) + u"/edit"_s, QUrl::StrictMode);
@@ -172,7 +174,7 @@ private:
     const Calendar &m_calendar;
     Instant m_today;
     MoneyFormatter m_money;
-    /// Whether the web application's address is one; what follows it always fits.
+    /// Whether the web application has an address; what follows it always fits.
     bool m_hasPages;
     std::vector<Candidate> m_candidates;
     QHash<qint64, std::optional<ReminderDay>> m_days;

@@ -318,6 +318,12 @@ private Q_SLOTS:
         QTest::newRow("without") << u"https://example.com"_s << u"https://example.com/subscriptions/"_s;
         QTest::newRow("with a path") << u"http://localhost:8420/app/"_s
                                      << u"http://localhost:8420/app/subscriptions/"_s;
+        QTest::newRow("with an encoded blank")
+            << u"https://example.com/my%20app"_s << u"https://example.com/my%20app/subscriptions/"_s;
+        QTest::newRow("with an encoded percent sign")
+            << u"https://example.com/100%25/"_s << u"https://example.com/100%25/subscriptions/"_s;
+        QTest::newRow("with a query and a fragment")
+            << u"https://example.com/app/?from=mail#top"_s << u"https://example.com/app/subscriptions/"_s;
     }
     void shouldBuildPagesFromAnyBase()
     {
@@ -327,7 +333,24 @@ private Q_SLOTS:
         here.webURL = QUrl(base);
         const auto planning
             = planReminders({renewing({2026, 3, 20})}, here, at("2026-03-18T08:00:00Z"), m_utc, {});
-        QVERIFY(planning.plans.front().destinationURL.toString().startsWith(prefix));
+        QCOMPARE(planning.plans.size(), 1);
+        QVERIFY(planning.plans.front().destinationURL.toString(QUrl::FullyEncoded).startsWith(prefix));
+    }
+
+    void shouldPlanNothingWithoutPages()
+    {
+        const Subscription late = renewing({2026, 3, 20}, 1);
+        const Subscription shown = renewing({2026, 3, 20}, 2);
+        const Subscription toCome = renewing({2026, 3, 28}, 3);
+        ReminderSettings here = settings(3);
+        for (const QUrl &noAddress : {QUrl(), QUrl(u"/app/"_s), QUrl(u"https://["_s)}) {
+            here.webURL = noAddress;
+            const auto planning = planReminders(
+                {late, shown, toCome}, here, at("2026-03-18T08:00:00Z"), m_utc, {keyOf(shown, 3)});
+            QVERIFY(planning.plans.isEmpty());
+            // What was shown stays so, and nothing else counts as shown.
+            QCOMPARE(planning.ledger, QSet<QString>{keyOf(shown, 3)});
+        }
     }
 
     void shouldKeepTheEarliestSixty()
