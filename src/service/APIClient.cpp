@@ -77,11 +77,10 @@ QByteArray subscriptionPath(const QUuid &id, const char *verb)
     return "/subscriptions/" + uuidText(id).toLatin1() + '/' + verb;
 }
 
-/// Absent where base and path make no address that a request can go to.
-std::optional<QUrl> urlOf(QUrl base, const QByteArray &path)
+/// The path begins with a slash, and takes the place of the base's. Absent where base and path make no
+/// address that a request can go to.
+std::optional<QUrl> urlOf(const QUrl &base, const QByteArray &path)
 {
-    if (!base.path().endsWith(u'/'))
-        base.setPath(base.path() + u'/');
     QUrl url = base.resolved(QUrl::fromEncoded(path, QUrl::StrictMode));
     if (!url.isValid() || url.host().isEmpty())
         return std::nullopt;

@@ -94,7 +94,7 @@ private:
             return Bucket::Week;
         if (m_month && m_month->contains(renewal))
             return Bucket::Month;
-        if (m_nextMonth && renewal >= m_nextMonth->start && renewal < m_nextMonth->end)
+        if (m_nextMonth && renewal < m_nextMonth->end)
             return Bucket::NextMonth;
         return Bucket::Later;
     }
