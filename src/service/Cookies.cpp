@@ -59,10 +59,15 @@ QList<QByteArrayView> splitCookies(QByteArrayView field)
     return cookies;
 }
 
+qsizetype leadingDigits(QByteArrayView token)
+{
+    return std::ranges::find_if_not(token, isDigit) - token.begin();
+}
+
 /// The number of digits at the start, if there are `fewest` to `most` of them and no further one.
 std::optional<int> leadingNumber(QByteArrayView token, qsizetype fewest, qsizetype most)
 {
-    const auto digits = std::ranges::find_if_not(token, isDigit) - token.begin();
+    const qsizetype digits = leadingDigits(token);
     if (digits < fewest || digits > most)
         return std::nullopt;
     return token.first(digits).toInt();
@@ -72,16 +77,16 @@ std::optional<QTime> timeOf(QByteArrayView token)
 {
     std::array<int, 3> parts{};
     for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (i > 0) {
+            if (!token.startsWith(':'))
+                return std::nullopt;
+            token = token.sliced(1);
+        }
         const auto number = leadingNumber(token, 1, 2);
         if (!number)
             return std::nullopt;
         parts.at(i) = *number;
-        if (i + 1 == parts.size())
-            break;
-        const auto colon = token.indexOf(':');
-        if (colon < 1 || colon > 2)
-            return std::nullopt;
-        token = token.sliced(colon + 1);
+        token = token.sliced(leadingDigits(token));
     }
     return QTime(parts[0], parts[1], parts[2]);
 }

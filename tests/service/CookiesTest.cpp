@@ -145,6 +145,9 @@ private Q_SLOTS:
         row("three digits for the hour", "Expires=Wed, 21 Oct 2026 007:28:00 GMT", "");
         row("three digits for the minute", "Expires=Wed, 21 Oct 2026 07:028:00 GMT", "");
         row("three digits for the second", "Expires=Wed, 21 Oct 2026 07:28:000 GMT", "");
+        row("a letter behind the hour", "Expires=Wed, 21 Oct 2026 7x:28:00 GMT", "");
+        row("a letter behind two digits of the hour", "Expires=Wed, 21 Oct 2026 07x:28:00 GMT", "");
+        row("a letter behind the minute", "Expires=Wed, 21 Oct 2026 07:2x:00 GMT", "");
         row("no seconds", "Expires=Wed, 21 Oct 2026 07:28 GMT", "");
         row("no hour", "Expires=Wed, 21 Oct 2026 :28:00 GMT", "");
         row("letters behind the time", "Expires=Wed, 21 Oct 2026 07:28:00Z", "2026-10-21T07:28:00Z");
