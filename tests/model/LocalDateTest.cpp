@@ -123,6 +123,8 @@ void LocalDateTest::shouldRefuseATextThatIsNoDay_data()
     row("a time behind it", "2026-03-05T00:00:00Z");
     row("a zone behind it", "2026-03-05Z");
     row("slashes", "2026/03/05");
+    row("a slash before the month", "2026/03-05");
+    row("a slash before the day", "2026-03/05");
     row("dots", "2026.03.05");
     row("day first", "05-03-2026");
     row("blank before", " 2026-03-05");
