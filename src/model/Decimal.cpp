@@ -65,10 +65,9 @@ template <typename Number> const Number &wholePower(int exponent)
     return wholePowers<Number>()[static_cast<std::size_t>(exponent)];
 }
 
+/// Of a value that is not zero.
 template <typename Number> int digitCount(const Number &value)
 {
-    if (value == 0)
-        return 1;
     // log10(2), rounded down so that the estimate is right or one too small.
     const int estimate = static_cast<int>(boost::multiprecision::msb(value) * 30102 / 100000);
     return value >= wholePower<Number>(estimate + 1) ? estimate + 2 : estimate + 1;
@@ -77,8 +76,8 @@ template <typename Number> int digitCount(const Number &value)
 /// Drops the last `count` digits, half-even; `inexact` says that something non-zero was cut off before.
 template <typename Number> Number withoutDigits(const Number &value, int count, bool inexact)
 {
-    // Less than half of the unit; of one that the type cannot hold, every value is.
-    if (count > digitCount(value) || static_cast<std::size_t>(count) >= wholePowers<Number>().size())
+    // Of a unit that the type cannot hold, every value is less than half.
+    if (static_cast<std::size_t>(count) >= wholePowers<Number>().size())
         return 0;
     const auto &unit = wholePower<Number>(count);
     Number quotient;
@@ -249,8 +248,6 @@ private:
 
     static Decimal withinRange(bool negative, Significand significand, int exponent)
     {
-        if (significand == 0)
-            return {};
         for (; exponent > maximumExponent; --exponent) {
             if (__builtin_mul_overflow(significand, Significand{10}, &significand))
                 return raw(negative, largestSignificand, maximumExponent);
@@ -436,9 +433,6 @@ Decimal Decimal::dividedBy(quint32 divisor) const
 {
     Q_ASSERT(divisor != 0);
     const Significand significand = Access::significand(*this);
-    if (significand % divisor == 0)
-        return Access::canonical(m_negative, significand / divisor, m_exponent);
-
     // Long division, nine digits at a time while they fit.
     Significand quotient = significand / divisor;
     auto remainder = static_cast<quint64>(significand % divisor);

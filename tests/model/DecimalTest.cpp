@@ -637,6 +637,10 @@ void DecimalTest::shouldComputeOddResultsExactly_data()
         decimal("50000000000000000000000000000000000001e-90")
             * decimal("10000000000000000000000000000000000001e-113"),
         least);
+    row("the widest product, below half the least",
+        decimal("330000000000000000000000000000000000001e-103")
+            * decimal("330000000000000000000000000000000000001e-103"),
+        "0");
     row("a quotient of half the least, to even", decimal("1e-128").dividedBy(2), "0");
     row("a quotient above half the least", decimal("2e-128").dividedBy(3), least);
     row("a quotient that is no tie by its 39th digit",
