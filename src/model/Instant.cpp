@@ -74,10 +74,8 @@ private:
 /// Any number of digits, of which three count.
 qint64 milliseconds(Scanner &scanner)
 {
-    if (!scanner.nextIsDigit()) {
+    if (!scanner.nextIsDigit())
         scanner.fail();
-        return 0;
-    }
     qint64 value = 0;
     int taken = 0;
     while (scanner.nextIsDigit()) {
