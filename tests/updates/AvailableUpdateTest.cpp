@@ -35,6 +35,7 @@ private Q_SLOTS:
         row("below zero", "1.0.0", "-1", "1.0.0", "-2", true);
         row("below zero and above", "1.0.0", "1", "1.0.0", "-5", true);
         row("minus zero", "1.0.0", "-0", "1.0.0", "0", false);
+        row("minus zero, running", "1.0.0", "0", "1.0.0", "-0", false);
         row("a build that is no number", "1.1.0", "1.1", "1.0.0", "120", true);
         row("a running build that is none", "1.1.0", "121", "1.0.0", "dev", true);
         row("neither a number, lower version", "0.9", "b", "1.0.0", "a", false);
