@@ -437,6 +437,8 @@ private Q_SLOTS:
         makeClient(url);
         QCoro::waitFor(m_client->signOut());
         QVERIFY(!stored());
+        // Whoever signs out may be asked to unlock the store for it.
+        QVERIFY(m_keychain->removals == (QList{KeychainPrompt::Allowed, KeychainPrompt::Allowed}));
     }
 
     void shouldNotAskAgainWhoHasJustDeclinedToUnlockTheStore()
