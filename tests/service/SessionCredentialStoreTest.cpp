@@ -87,6 +87,8 @@ private Q_SLOTS:
         QVERIFY((**QCoro::waitFor(m_store->load())).expiresAt == *Instant::fromText("2026-03-29T12:00:00Z"));
         stored() = R"({"expiresAt":-1.5e3,"value":""})";
         QVERIFY((**QCoro::waitFor(m_store->load())).expiresAt == *Instant::fromText("2000-12-31T23:35:00Z"));
+        stored() = R"({"expiresAt":316223999999,"value":"a b"})";
+        QVERIFY((**QCoro::waitFor(m_store->load())).value == u"a b");
     }
 
     void shouldRefuseWhatIsNoCredential_data()
@@ -104,8 +106,12 @@ private Q_SLOTS:
         row("a value that is no text", R"({"value":1,"expiresAt":1})");
         row("an expiry that is no number", R"({"value":"v","expiresAt":"2026-03-29T00:00:00Z"})");
         row("an expiry beyond all calendars", R"({"value":"v","expiresAt":1e300})");
+        row("an expiry ten thousand years from the epoch", R"({"value":"v","expiresAt":316224000000})");
+        row("an expiry ten thousand years before it", R"({"value":"v","expiresAt":-316224000000})");
         row("a line break in the value", R"({"value":"v\r\nX-Evil: 1","expiresAt":1})");
         row("a zero byte in the value", R"({"value":"v\u0000","expiresAt":1})");
+        row("the last control character in the value", R"({"value":"v\u001F","expiresAt":1})");
+        row("a delete character in the value", R"({"value":"v\u007f","expiresAt":1})");
     }
     void shouldRefuseWhatIsNoCredential()
     {
