@@ -42,6 +42,8 @@ private Q_SLOTS:
         row("an empty value", "a=; Path=/", one(u"a"_s, QString()));
         row("a comma in the value", "a=1,2", one(u"a"_s, u"1,2"_s));
         row("two in one field", "a=1,b=2", {{u"a"_s, u"1"_s, std::nullopt}, {u"b"_s, u"2"_s, std::nullopt}});
+        row("three in one field", "a=1,b=2,c=3",
+            {{u"a"_s, u"1"_s, std::nullopt}, {u"b"_s, u"2"_s, std::nullopt}, {u"c"_s, u"3"_s, std::nullopt}});
         row("two in one field with attributes", "a=1; Path=/, b=2; Path=/",
             {{u"a"_s, u"1"_s, std::nullopt}, {u"b"_s, u"2"_s, std::nullopt}});
         row("no name", "=1", {});
