@@ -174,9 +174,7 @@ private:
 
     QString nextMonthName(const std::optional<DateInterval> &month)
     {
-        if (!month)
-            return u"Next month"_s;
-        // Only a section that will be shown is worth a formatter.
+        // Only a section that will be shown is worth a formatter; nothing is in it where there are no months.
         if (places(Bucket::NextMonth).empty())
             return {};
         return DateFormatter(m_calendar.locale()).month(m_calendar.localDate(month->end));
