@@ -52,6 +52,24 @@ private Q_SLOTS:
         QVERIFY2(said.startsWith(u"The data is not valid JSON: "_s + words), qPrintable(said));
     }
 
+    void shouldSayNearWhichByteADocumentIsBroken_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<int>("byte");
+        const auto row
+            = [](const char *name, const QByteArray &json, int byte) { QTest::newRow(name) << json << byte; };
+        row("a bad value", R"({"name":oops})", 9);
+        row("a bad value in an ignored one", R"({"x":[1,oops]})", 9);
+        row("behind a byte order mark", "\xEF\xBB\xBF{\"name\":oops}", 12);
+    }
+    void shouldSayNearWhichByteADocumentIsBroken()
+    {
+        QFETCH(QByteArray, json);
+        QFETCH(int, byte);
+        const QString said = wordsAbout(json);
+        QVERIFY2(said.endsWith(u", near byte %1"_s.arg(byte)), qPrintable(said));
+    }
+
     void shouldSayWhatWasFoundInAnothersPlace_data()
     {
         QTest::addColumn<QByteArray>("value");
