@@ -69,7 +69,8 @@ template <typename Record> bool readRecord(Value &value, DecodingContext &contex
 
         const char *const key = field.key().raw();
         std::size_t index = order.next[position];
-        if (index >= count || !matches(key, readers[index].key)) {
+        Q_ASSERT(index < count);
+        if (!matches(key, readers[index].key)) {
             for (index = 0; index < count && !matches(key, readers[index].key); ++index) { }
             if (index == count) {
                 std::string_view unescaped;
