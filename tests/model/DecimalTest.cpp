@@ -617,6 +617,8 @@ void DecimalTest::shouldComputeOddResultsExactly_data()
     row("a subtrahend far too small that breaks a tie",
         decimal("340282366920938463463374607431768211445") - decimal("1e-128"),
         "340282366920938463463374607431768211440");
+    row("the widest numbers that lie 39 digits apart",
+        decimal("200000000000000000000000000000000000001") + decimal("1e-39"), "2" + zeros(38));
     row("saturated sum", greatest + greatest, largest);
     row("saturated negative sum", -greatest - greatest, "-" + largest);
     row("saturated sum by a small step", greatest + decimal("1e127"), largest);
