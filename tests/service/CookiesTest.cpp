@@ -76,6 +76,7 @@ private Q_SLOTS:
             {{u"a"_s, u"1"_s, std::nullopt}, {u"b"_s, u"2"_s, std::nullopt}});
         row("a comma before an equals sign", "a=1,=2", one(u"a"_s, u"1,=2"_s));
         row("a comma before a name alone", "a=1,b", one(u"a"_s, u"1,b"_s));
+        row("a comma first", ",a=1", one(u"a"_s, u"1"_s));
         row("a comma at the end", "a=1,", one(u"a"_s, u"1,"_s));
     }
     void shouldReadNamesAndValues()
