@@ -2,6 +2,8 @@
 
 import re
 
+# How the reason begins of a fault that makes a difference, and yet is not noticed.
+KNOWN = "Not equivalent"
 HEAD = re.compile(r"^(\S+) (\S.*?)(?: \[(\d+)\])?$")
 
 
