@@ -138,6 +138,17 @@ private Q_SLOTS:
         QCOMPARE(m_center->identifiers(), QStringList{identifierOf(kept)});
     }
 
+    void shouldTakeBackWhatIsOnItsWayAlsoWhereOthersArePlanned()
+    {
+        const Notifying notifying(m_center);
+        const Subscription cancelled = renewing({2026, 3, 19}, u"Cancelled"_s);
+        const Subscription later = renewing({2026, 4, 19}, u"Later"_s);
+        notifying.synchronise({cancelled, later}, at("2026-03-17T12:00:00Z"));
+        QCOMPARE(m_center->requests.size(), 2);
+        notifying.synchronise({later}, at("2026-03-17T12:00:01Z"));
+        QCOMPARE(m_center->identifiers(), QStringList{identifierOf(later)});
+    }
+
     void shouldYieldTheSameIdentifiersAgain()
     {
         const Notifying notifying(m_center);
