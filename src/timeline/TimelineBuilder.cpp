@@ -175,7 +175,7 @@ private:
     QString nextMonthName(const std::optional<DateInterval> &month)
     {
         // Only a section that will be shown is worth a formatter; nothing is in it where there are no months.
-        if (places(Bucket::NextMonth).empty())
+        if (!month || places(Bucket::NextMonth).empty())
             return {};
         return DateFormatter(m_calendar.locale()).month(m_calendar.localDate(month->end));
     }
