@@ -161,7 +161,7 @@ std::optional<Instant> afterMaxAge(QByteArrayView text, Instant now)
     constexpr qint64 longest = qint64{1000} * 366 * 86'400;
     bool fits = false;
     const qint64 seconds = text.toLongLong(&fits);
-    if (text.startsWith('-') || (fits && seconds <= 0))
+    if (text.startsWith('-'))
         return now;
     return Instant::fromMillisecondsSinceEpoch(
         now.millisecondsSinceEpoch() + (fits ? std::min(seconds, longest) : longest) * 1000);
