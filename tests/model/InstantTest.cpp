@@ -223,6 +223,7 @@ void InstantTest::shouldRefuseATextThatIsNoInstant_data()
     row("an offset that leads before year 1", "0001-01-01T00:00:00+00:01");
     row("a fraction and an offset that lead before year 1", "0001-01-01T00:59:59.999+01:00");
     row("an offset that leads behind year 9999", "9999-12-31T23:59:59-00:01");
+    row("an offset that leads to the first moment behind year 9999", "9999-12-31T23:59:00-00:01");
     row("year 0 with an offset that leads into year 1", "0000-12-31T23:30:00-01:00");
 }
 
