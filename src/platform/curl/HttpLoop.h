@@ -47,7 +47,6 @@ public:
     void shutDown();
 
 private:
-    class Exchange;
     class Thread;
 
     struct Order {
