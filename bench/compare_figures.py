@@ -13,6 +13,7 @@ program's processes, while no other one of these programs runs. Hidden, all of t
 
 import os
 import pathlib
+import random
 import re
 import shutil
 import statistics
@@ -106,14 +107,17 @@ def windows_named(words):
 
 def sign_browser_in():
     """By the page's own form."""
-    program = Program(*browser_at("/login"))
+    program = Program(*browser_at("/login"), is_heard=False)
     window = wait_for("the page for signing in", lambda: windows_named("Sign in"), 0.2)[0]
     output("xdotool", "windowfocus", "--sync", window)
     time.sleep(2)  # until the field has the keyboard
     output("xdotool", "type", "--delay", "50", "ada@example.com\torbit-ledger\n")
     wait_for("the browser to be signed in", lambda: not windows_named("Sign in"), 0.2)
-    time.sleep(2)
-    program.end()  # orderly, so that it saves its cookies
+    close(int(window))  # told to end by a signal, it would lose its cookies
+    program.wait()
+    program = Program(*browser_at("/calendar"), is_heard=False)
+    wait_for("the calendar", lambda: windows_named("^Calendar ·"), 0.2)
+    program.end()
 
 
 # ---- a start ---------------------------------------------------------------------------------------------
@@ -127,7 +131,7 @@ class Shown:
     """A program with its window on the screen, as it stays."""
 
     def __init__(self, watch, contender):
-        self.program = Program(*contender.command)
+        self.program = Program(*contender.command, is_heard=False)  # of what they miss here, nobody has to know
         self._watch = watch
         self._sizes = {}
         self.window, drawn_at = self._first_frame(contender.is_blank)
@@ -186,11 +190,12 @@ def seen(make, watch, contender):
 
 
 def measure_starts(watch, programs, amounts):
-    """They take turns, so that whatever else the machine does meets all of them."""
+    """They take turns, so that whatever else the machine does meets all of them, and each comes after each other."""
     for contender in programs:
         seen(Start, watch, contender)  # what is not in memory yet is read from the disk
+    chance = random.Random(1)
     for _ in range(amounts.starts):
-        for contender in programs:
+        for contender in chance.sample(programs, len(programs)):
             contender.starts.append(seen(Start, watch, contender))
 
 

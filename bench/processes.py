@@ -37,13 +37,17 @@ def output(*command):
 class Program:
     """One that was just started."""
 
-    def __init__(self, *command):
+    def __init__(self, *command, is_heard=True):
         self.command = command
+        silence = [] if is_heard else [(os.POSIX_SPAWN_OPEN, 2, os.devnull, os.O_WRONLY, 0)]
         self.started = time.monotonic_ns()
-        self.pid = os.posix_spawn(command[0], command, os.environ)
+        self.pid = os.posix_spawn(command[0], command, os.environ, file_actions=silence)
 
     def end(self):
         os.kill(self.pid, signal.SIGTERM)
+        self.wait()
+
+    def wait(self):
         os.waitpid(self.pid, 0)
 
 
