@@ -26,7 +26,8 @@ def main():
     folders = {}
     untested = []
     for file in json.loads(counts.read_text())["files"]:
-        source = pathlib.Path(file["file"])
+        # Headers are read through links to their folders.
+        source = pathlib.Path(file["file"]).resolve().relative_to(pathlib.Path.cwd())
         text = source.read_text().split("\n")
         for key in (str(source.parent), "all"):
             lines, branches = folders.setdefault(key, (Count(), Count()))

@@ -18,7 +18,9 @@ namespace {
 
 constexpr int many = 10'000;
 
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#if defined(ORBITLEDGE_COVERAGE)
+constexpr double limit = 1000; // nothing is optimised
+#elif defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr double limit = 100;
 #else
 constexpr double limit = 16; // milliseconds: a frame
@@ -74,6 +76,8 @@ private Q_SLOTS:
             QCoro::waitFor(store.refresh());
         };
         const double stretch = longestStretch(refresh, limit);
+        // First: after many refreshes fewer are due at once than is said below.
+        QVERIFY2(stretch < limit, QByteArray::number(stretch).constData());
         QCOMPARE(store.state().errorMessage, std::nullopt);
         QCOMPARE(store.state().subscriptions.size(), many);
         QVERIFY(sections > 0);
@@ -82,7 +86,6 @@ private Q_SLOTS:
         QCOMPARE(store.state().notificationsSkippedOverBudget, many - 60 * refreshes);
         QCOMPARE(QCoro::waitFor(desk.notifications->pendingRequests())->size(), 60 * refreshes);
         QCOMPARE(QCoro::waitFor(desk.cache->load())->subscriptions.size(), many);
-        QVERIFY2(stretch < limit, QByteArray::number(stretch).constData());
         desk.store.reset();
         desk.notifications.reset();
     }
