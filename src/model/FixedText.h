@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/LocalDate.h"
+
 #include <QtGlobal>
 
 #include <array>
@@ -26,6 +28,15 @@ public:
             character('0');
         for (qsizetype i = 0; i < length; ++i)
             character(digits[static_cast<std::size_t>(i)]);
+    }
+
+    void date(const LocalDate &date)
+    {
+        number(date.year, 4);
+        character('-');
+        number(date.month, 2);
+        character('-');
+        number(date.day, 2);
     }
 
     void character(char c) { m_characters[m_size++] = c; }

@@ -144,13 +144,8 @@ QByteArray Instant::text() const
     const qint64 seconds = floorDivide(m_milliseconds, millisecondsPerSecond);
     const qint64 days = floorDivide(seconds, secondsPerDay);
     const qint64 ofDay = seconds - days * secondsPerDay;
-    const LocalDate date = LocalDate::fromDaysSinceEpoch(days);
     FixedText text;
-    text.number(date.year, 4);
-    text.character('-');
-    text.number(date.month, 2);
-    text.character('-');
-    text.number(date.day, 2);
+    text.date(LocalDate::fromDaysSinceEpoch(days));
     text.character('T');
     text.number(ofDay / 3600, 2);
     text.character(':');

@@ -97,11 +97,7 @@ bool LocalDate::isValid() const
 QString LocalDate::text() const
 {
     FixedText text;
-    text.number(year, 4);
-    text.character('-');
-    text.number(month, 2);
-    text.character('-');
-    text.number(day, 2);
+    text.date(*this);
     return QString::fromLatin1(text.view());
 }
 
