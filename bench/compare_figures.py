@@ -25,7 +25,7 @@ from desktop import Session
 from documents import write_between_marks
 from machine import describe_machine, describe_packages, describe_sharing
 from processes import Activity, Program, fail, memory_of, output, tree_of, wait_for
-from window_watch import Watch
+from window_watch import Unseen, Watch, once_seen
 
 SUBSCRIPTIONS = 200
 SMALLEST_WINDOW = 200
@@ -123,10 +123,6 @@ def sign_browser_in():
 # ---- a start ---------------------------------------------------------------------------------------------
 
 
-class Unseen(Exception):
-    """The observer was late, as can be on a busy machine."""
-
-
 class Shown:
     """A program with its window on the screen, as it stays."""
 
@@ -181,12 +177,7 @@ class Start:
 
 
 def seen(make, watch, contender):
-    for _ in range(3):
-        try:
-            return make(watch, contender)
-        except Unseen:
-            print(f"{contender.name}: not seen, so once more", file=sys.stderr)
-    return fail(f"{contender.name} drew no window")
+    return once_seen(contender.name, lambda: make(watch, contender))
 
 
 def measure_starts(watch, programs, amounts):

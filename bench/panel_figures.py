@@ -20,7 +20,7 @@ import time
 from desktop import Session, badge_place
 from machine import describe_machine, describe_packages, describe_sharing
 from processes import Activity, Program, fail, memory_of, output, settle, wait_for
-from window_watch import Watch
+from window_watch import Unseen, Watch, once_seen
 
 PANEL_SIZE = (360, 480)
 SUBSCRIPTIONS = 200
@@ -37,10 +37,6 @@ class Amounts:
         self.hidden_seconds = 20 if quick else 60
         self.warm_up = 20
         self.openings = 60 if quick else 500
-
-
-class Unseen(Exception):
-    """The observer was late, as can be on a busy machine."""
 
 
 def await_panel(watch, pid):
@@ -77,12 +73,7 @@ class Start:
 
 
 def seen_start(watch, *command):
-    for _ in range(3):
-        try:
-            return Start(watch, *command)
-        except Unseen:
-            print(f"{command[0]}: not seen, so once more", file=sys.stderr)
-    return fail("no window was drawn")
+    return once_seen(command[0], lambda: Start(watch, *command))
 
 
 def measure_starts(session, amounts):

@@ -2,10 +2,25 @@
 
 import queue
 import subprocess
+import sys
 import threading
 import time
 
 from processes import end_with_parent, fail
+
+
+class Unseen(Exception):
+    """The observer was late, as can be on a busy machine."""
+
+
+def once_seen(name, attempt):
+    """What the attempt gives; it raises Unseen where it has to be made once more."""
+    for _ in range(3):
+        try:
+            return attempt()
+        except Unseen:
+            print(f"{name}: not seen, so once more", file=sys.stderr)
+    return fail(f"{name} drew no window")
 
 
 class Watch:
