@@ -163,8 +163,7 @@ private Q_SLOTS:
             m_desk->lab.run(u"xdotool"_s, {u"type"_s, u"7.50"_s});
             m_desk->desk.press(u"Return"_s);
             DesktopLab::await("the subscription", [&] { return m_desk->saved(subscription).has_value(); });
-            m_desk->desk.press(u"Escape"_s);
-            m_desk->awaitPanel(false);
+            m_desk->closePanel();
         }
     }
 

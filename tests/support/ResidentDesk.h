@@ -129,6 +129,17 @@ public:
             desk.awaitActive(panelTitle());
     }
 
+    /// By keys. The first may still find the form, which closes a moment after what it added is in its file.
+    void closePanel()
+    {
+        DesktopLab::await("the panel to close", [&] {
+            if (!isPanelOpen())
+                return true;
+            desk.press(QStringLiteral("Escape"));
+            return QTest::qWaitFor([&] { return !isPanelOpen(); }, 2'000);
+        });
+    }
+
     /// The process that has the program's name on the bus.
     [[nodiscard]] std::optional<uint> owner() const
     {
