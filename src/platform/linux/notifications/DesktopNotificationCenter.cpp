@@ -1,22 +1,14 @@
 #include "platform/linux/notifications/DesktopNotificationCenter.h"
 
-#include "model/FloorDivide.h"
-#include "platform/Completion.h"
-#include "platform/OneShot.h"
-#include "platform/linux/notifications/NotificationQueueStore.h"
-#include "platform/linux/notifications/RetryTimer.h"
-#include "platform/linux/notifications/UnattendedTimes.h"
+#include "platform/linux/notifications/DesktopNotificationCenterState.h"
 
-#include <QDeadlineTimer>
 #include <QLoggingCategory>
 
-#include <algorithm>
 #include <utility>
 
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 
 namespace {
@@ -31,85 +23,6 @@ tl::unexpected<NotificationError> failed(const QString &what, const QString &rea
 }
 
 } // namespace
-
-/// What the operations share, which they keep alive until the last of them is through.
-class DesktopNotificationCenter::State final : public QObject {
-public:
-    using Self = std::shared_ptr<State>;
-
-    State(DesktopNotificationCenter &center, Parts parts, milliseconds patience, milliseconds pause)
-        : m_center(&center)
-        , m_parts(std::move(parts))
-        , m_patience(patience)
-        , m_store(std::make_shared<NotificationQueueStore>(m_parts.file, m_parts.files))
-        , m_retry(pause)
-    {
-    }
-
-    void start(const Self &self);
-    /// From now on nothing begins, and nobody is told.
-    void close();
-
-    /// Takes charge of the file and reads it, where that was not done. False where it cannot be had.
-    static QCoro::Task<bool> opened(Self self, milliseconds patience);
-    static QCoro::Task<bool> opened(const Self &self) { return opened(self, self->m_patience); }
-    /// Of those who wanted to have it opened.
-    [[nodiscard]] tl::unexpected<NotificationError> notOpened() const;
-
-    /// Writes what changed, and has the alarm ring and a delivery started for what comes next.
-    static QCoro::Task<Result> save(Self self);
-
-    static QCoro::Task<NotificationDelivery> deliverDue(Self self, milliseconds limit);
-    static QCoro::Task<bool> prepareDelivery(Self self);
-    static QCoro::Task<void> finish(Self self, milliseconds limit);
-    static QCoro::Task<Result> forget(Self self, QString prefix);
-    static QCoro::Task<NotificationSettings> settings(Self self);
-
-    [[nodiscard]] Instant now() const { return m_parts.clock->now(); }
-    /// Once it is open.
-    NotificationQueue &queue() { return m_store->queue(); }
-    void setAlarm();
-    [[nodiscard]] QList<ShownNotification> shown() const
-    {
-        return m_store->queue().freshlyShown(m_parts.display->name());
-    }
-
-private:
-    [[nodiscard]] bool isClosed() const { return m_center == nullptr; }
-    [[nodiscard]] LocalDate today() const;
-    void lookAgainLater();
-    [[nodiscard]] std::optional<Instant> nextDelivery() { return m_unattended.next(queue(), now()); }
-
-    static QCoro::Task<void> choose(Self self, quint32 number, QString token);
-    static QCoro::Task<void> begin(Self self);
-    static QCoro::Task<bool> deliver(Self self);
-    static QCoro::Task<void> settleWhenDelivered(Self self, std::shared_ptr<OneShot<bool>> outcome);
-    static QCoro::Task<bool> deliverRound(Self self);
-    /// Before the next one is shown it is written down, so that at most one is ever told twice.
-    static QCoro::Task<bool> showAndRecord(Self self, NotificationBatch batch);
-    static QCoro::Task<bool> showBatch(Self self, NotificationBatch batch);
-    static QCoro::Task<void> settleWhenRecorded(
-        std::shared_ptr<Completion> recording, std::shared_ptr<OneShot<bool>> outcome);
-    static QCoro::Task<bool> awakenDisplay(Self self);
-    static QCoro::Task<void> arrangeUnattended(Self self, std::optional<Instant> next);
-
-    DesktopNotificationCenter *m_center;
-    Parts m_parts;
-    milliseconds m_patience;
-    std::shared_ptr<NotificationQueueStore> m_store;
-    /// When it was opened.
-    std::optional<Instant> m_startOfRun;
-    RetryTimer m_retry;
-    UnattendedTimes m_unattended;
-    bool m_isStarted = false;
-    bool m_isDelivering = false;
-    /// Of what is being shown.
-    std::shared_ptr<Completion> m_recording;
-    bool m_isToLookAgain = false;
-    /// Nobody was there to show what is due.
-    bool m_isUnshown = false;
-    bool m_isSaved = true;
-};
 
 // ---- starting and ending ---------------------------------------------------------------------------------
 
@@ -234,146 +147,6 @@ QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self,
 {
     if (const auto arranged = co_await self->m_parts.unattended->arrange(next); !arranged)
         qCWarning(lcNotifications, "%ls", qUtf16Printable(arranged.error()));
-}
-
-// ---- delivering ------------------------------------------------------------------------------------------
-
-LocalDate DesktopNotificationCenter::State::today() const
-{
-    constexpr qint64 perDay = 86'400'000;
-    return LocalDate::fromDaysSinceEpoch(floorDivide(m_parts.timeZone().wallClock(now()), perDay));
-}
-
-/// Shows what is due until nothing is, or nobody is there to show it: false in that case.
-QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
-{
-    if (self->m_isDelivering) {
-        self->m_isToLookAgain = true;
-        co_return true;
-    }
-    self->m_isDelivering = true;
-    self->m_isToLookAgain = true;
-    bool isDone = true;
-    while (self->m_isToLookAgain) {
-        self->m_isToLookAgain = false;
-        isDone = co_await deliverRound(self);
-    }
-    self->m_isDelivering = false;
-    if (self->isClosed())
-        co_return isDone;
-    self->m_isUnshown = !isDone;
-    if (isDone && self->m_isSaved)
-        self->m_retry.reset();
-    else
-        self->lookAgainLater(); // also to save it, where only that failed
-    self->setAlarm();
-    if (!isDone)
-        arrangeUnattended(self, self->nextDelivery());
-    co_return isDone;
-}
-
-QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
-{
-    while (!self->isClosed()) {
-        self->queue().followClock(self->now());
-        self->queue().expire(self->now(), self->today());
-        if (!self->queue().hasDue(self->now())) {
-            (void)co_await save(self);
-            break;
-        }
-        const bool isAwake = co_await awakenDisplay(self);
-        if (!isAwake)
-            co_return false;
-        // Another one shows nothing yet of what could have been replaced: it counts as done.
-        self->queue().expire(self->now(), self->today());
-        const auto batch = self->queue().nextBatch(self->now(), self->m_startOfRun.value_or(self->now()));
-        if (!batch || self->isClosed())
-            continue; // taken away meanwhile
-        const bool isShown = co_await showAndRecord(self, *batch);
-        if (!isShown)
-            co_return false;
-    }
-    co_return true;
-}
-
-QCoro::Task<bool> DesktopNotificationCenter::State::showAndRecord(Self self, NotificationBatch batch)
-{
-    const auto recording = std::make_shared<Completion>();
-    self->m_recording = recording;
-    const bool isShown = co_await showBatch(self, std::move(batch));
-    // Where it cannot be saved, it is still known until this process ends.
-    if (isShown)
-        (void)co_await save(self);
-    self->m_recording.reset();
-    recording->complete();
-    co_return isShown;
-}
-
-QCoro::Task<bool> DesktopNotificationCenter::State::showBatch(Self self, NotificationBatch batch)
-{
-    NotificationDisplay &display = *self->m_parts.display;
-    const QString name = display.name();
-    const bool isReplacing = batch.replaced && batch.replaced->display == name;
-    const auto number = co_await display.show(batch.content, isReplacing ? batch.replaced->number : 0);
-    if (!number)
-        co_return false;
-    const bool isWanted = self->queue().recordShown(batch, self->now(), name, *number, display.sender());
-    if (!isWanted && display.name() == name)
-        display.close(*number);
-    co_return true;
-}
-
-QCoro::Task<bool> DesktopNotificationCenter::State::awakenDisplay(Self self)
-{
-    const bool isAwake = co_await self->m_parts.display->awaken();
-    if (isAwake)
-        self->queue().recordDisplay(self->m_parts.display->name());
-    co_return isAwake;
-}
-
-QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(Self self, milliseconds limit)
-{
-    const bool isOpen = co_await opened(self, 0ms);
-    if (!isOpen)
-        co_return self->m_store->failure().isEmpty() ? NotificationDelivery::Elsewhere
-                                                     : NotificationDelivery::Unreadable;
-    // Who shows them may not see whose they are, and then cannot follow the switch.
-    const NotificationSwitchPositions switches = co_await self->m_parts.switches->read();
-    if (!switches.allows) {
-        // It may be on by then.
-        co_await arrangeUnattended(self, self->queue().nextDue(self->now()));
-        co_return NotificationDelivery::Done;
-    }
-    // Also in case that this process does not live to show them.
-    co_await arrangeUnattended(self, self->nextDelivery());
-    const QDeadlineTimer deadline(limit);
-    bool isDone = true;
-    while (isDone && self->queue().hasDue(self->now()) && !deadline.hasExpired()) {
-        auto outcome = std::make_shared<OneShot<bool>>();
-        settleWhenDelivered(self, outcome);
-        const std::optional<bool> answer
-            = co_await outcome->settledWithin(milliseconds(deadline.remainingTime()));
-        isDone = answer.value_or(false);
-        // What started this process starts no second one beside it: what comes due before the next one is
-        // arranged is for this one. And nobody else looks again while nothing runs.
-        co_await arrangeUnattended(self, self->nextDelivery());
-    }
-    co_return isDone ? NotificationDelivery::Done : NotificationDelivery::NoDisplay;
-}
-
-QCoro::Task<bool> DesktopNotificationCenter::State::prepareDelivery(Self self)
-{
-    const bool isOpen = co_await opened(self, 0ms);
-    if (!isOpen)
-        co_return false;
-    co_await arrangeUnattended(self, self->nextDelivery());
-    co_return self->queue().hasDue(self->now());
-}
-
-QCoro::Task<void> DesktopNotificationCenter::State::settleWhenDelivered(
-    Self self, std::shared_ptr<OneShot<bool>> outcome)
-{
-    outcome->settle(co_await deliver(self));
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::finish(Self self, milliseconds limit)
