@@ -42,7 +42,7 @@ class Session:
         os.environ.update(NO_AT_BRIDGE="1", GSETTINGS_BACKEND="memory", LC_ALL="C.UTF-8", TZ="UTC")
         folder = pathlib.Path(os.environ["XDG_CONFIG_HOME"], "xfce4/xfconf/xfce-perchannel-xml")
         folder.mkdir(parents=True)
-        (folder / "xfce4-panel.xml").write_text(BAR)
+        (folder / "xfce4-panel.xml").write_text(bar_configuration())
         service = pathlib.Path("/usr/share/dbus-1/services/org.xfce.Xfconf.service").read_text()
         self.child(next(line[5:] for line in service.splitlines() if line.startswith("Exec=")))
         wait_for("the bar's settings", lambda: has_owner("org.xfce.Xfconf"))
@@ -86,30 +86,13 @@ def has_owner(name):
         "/org/freedesktop/DBus", "org.freedesktop.DBus.NameHasOwner", f"string:{name}")
 
 
-BAR = """<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=11;x=512;y=15"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="size" type="uint" value="30"/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-    </property>
-    <property name="plugin-2" type="string" value="systray"/>
-  </property>
-</channel>
-"""
+def bar_configuration():
+    """A bar along the top, with nothing but a tray."""
+    support = pathlib.Path(__file__).parent.parent / "tests/support"
+    text = (support / "xfce_bar.xml").read_text()
+    for name, value in dict(POSITION="p=11;x=512;y=15", MODE=0, THICKNESS=30, ICON_SIZE=22).items():
+        text = text.replace(f"@{name}@", str(value))
+    return text
 
 
 def badge_place():

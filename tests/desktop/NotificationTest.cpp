@@ -1,5 +1,6 @@
 #include "support/Dunst.h"
 #include "support/NotificationDriver.h"
+#include "support/PageRecorder.h"
 #include "support/TestMain.h"
 
 #include <QDBusMessage>
@@ -15,26 +16,9 @@ struct Session {
     DesktopLab lab{{.hasDisplay = true}};
     Dunst dunst{lab};
     QProcessEnvironment environment = lab.environment();
-
-    Session()
-    {
-        const QString bin = lab.path(u"bin"_s);
-        QDir().mkpath(bin);
-        QFile browser(bin + u"/xdg-open"_s);
-        if (!browser.open(QIODevice::WriteOnly)
-            || browser.write("#!/bin/sh\necho \"$1\" >>\"$OPENED_PAGES\"\n") < 0
-            || !browser.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
-            qFatal("cannot make a browser");
-        environment.insert(u"PATH"_s, bin + u':' + environment.value(u"PATH"_s));
-        environment.insert(u"OPENED_PAGES"_s, lab.path(u"opened"_s));
-    }
+    PageRecorder browser{lab, environment};
 
     [[nodiscard]] QString file() const { return lab.path(u"state/app/reminders.json"_s); }
-    [[nodiscard]] QByteArrayList openedPages() const
-    {
-        QFile pages(lab.path(u"opened"_s));
-        return pages.open(QIODevice::ReadOnly) ? pages.readAll().split('\n') : QByteArrayList();
-    }
 
     void startMock(const QString &serverName)
     {
@@ -105,7 +89,7 @@ private Q_SLOTS:
         session.dunst.click();
         QCOMPARE(driver.awaitLine("chosen"), "chosen https://example.com/soon opened");
         QTRY_COMPARE_WITH_TIMEOUT(
-            session.openedPages(), (QByteArrayList{"https://example.com/soon", ""}), 20'000);
+            session.browser.pages(), QByteArrayList{"https://example.com/soon"}, 20'000);
     }
 
     void shouldNotMindWhatPeopleChooseOfOthers()
@@ -141,7 +125,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(choices(), 12, 20'000);
         QCOMPARE(driver.tell("settings"), "0 on"); // the bus keeps the order
         QVERIFY(!driver.hasSaid("chosen"));
-        QCOMPARE(session.openedPages(), (QByteArrayList{"https://example.com/ours", ""}));
+        QCOMPARE(session.browser.pages(), QByteArrayList{"https://example.com/ours"});
     }
 
     void shouldTakeBackWhatIsShown()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/DemoService.h"
+#include "support/PageRecorder.h"
 #include "support/XfceDesk.h"
 
 #include <sys/prctl.h>
@@ -40,7 +41,6 @@ public:
         set("LSAN_OPTIONS",
             QStringLiteral("suppressions=%1/lsan-desktop.supp print_suppressions=0")
                 .arg(QStringLiteral(ORBITLEDGE_TEST_SUPPORT)));
-        makeBrowser();
     }
     ~ProgramDesk()
     {
@@ -118,13 +118,7 @@ public:
     }
 
     /// What the browser was to open.
-    [[nodiscard]] QByteArrayList openedPages() const
-    {
-        QFile pages(m_lab.path(QStringLiteral("opened")));
-        QByteArrayList lines = (pages.open(QIODevice::ReadOnly) ? pages.readAll() : QByteArray()).split('\n');
-        lines.removeLast(); // what follows the last line's end
-        return lines;
-    }
+    [[nodiscard]] QByteArrayList openedPages() const { return m_browser.pages(); }
     void awaitPage()
     {
         DesktopLab::await("the page", [&] { return !openedPages().isEmpty(); });
@@ -138,22 +132,11 @@ public:
     }
 
 private:
-    void makeBrowser()
-    {
-        const QString bin = m_lab.path(QStringLiteral("bin"));
-        QFile browser(bin + QStringLiteral("/xdg-open"));
-        if (!QDir().mkpath(bin) || !browser.open(QIODevice::WriteOnly)
-            || browser.write("#!/bin/sh\necho \"$1\" >>\"$OPENED_PAGES\"\n") < 0
-            || !browser.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
-            qFatal("cannot make a browser");
-        set("PATH", bin + QLatin1Char(':') + m_environment.value(QStringLiteral("PATH")));
-        set("OPENED_PAGES", m_lab.path(QStringLiteral("opened")));
-    }
-
     DesktopLab m_lab;
     XfceDesk m_desk;
     DemoService m_service;
     QProcessEnvironment m_environment;
+    PageRecorder m_browser{m_lab, m_environment};
     std::unique_ptr<QProcess> m_program;
 };
 

@@ -2,13 +2,13 @@
 
 #include "state/CacheSnapshot.h"
 #include "support/DemoService.h"
+#include "support/PageRecorder.h"
 #include "support/XfceDesk.h"
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDate>
-#include <QDir>
 #include <QFile>
 #include <QProcess>
 
@@ -44,14 +44,12 @@ public:
         const QString today = QDate::currentDate().toString(Qt::ISODate);
         if (!service.start({}, {QStringLiteral("--today"), today}))
             qFatal("%s", qPrintable(service.problem()));
-        environment = lab.environment();
         environment.insert(QStringLiteral("ORBITLEDGE_API_URL"), service.baseUrl().toString());
         environment.insert(QStringLiteral("ORBITLEDGE_WEB_URL"), service.baseUrl().toString());
         environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
         environment.insert(QStringLiteral("LSAN_OPTIONS"),
             QStringLiteral("suppressions=%1/lsan-desktop.supp print_suppressions=0")
                 .arg(QStringLiteral(ORBITLEDGE_TEST_SUPPORT)));
-        makeBrowser();
         desk.startWindowManager(XfceDesk::Compositing::Off);
     }
     ~ResidentDesk()
@@ -160,11 +158,7 @@ public:
         return call(QStringLiteral("ActivateAction"), {action, QVariant(parameters), QVariantMap()});
     }
 
-    [[nodiscard]] QByteArrayList openedPages() const
-    {
-        QFile pages(lab.path(QStringLiteral("opened")));
-        return pages.open(QIODevice::ReadOnly) ? pages.readAll().trimmed().split('\n') : QByteArrayList();
-    }
+    [[nodiscard]] QByteArrayList openedPages() const { return m_browser.pages(); }
 
     [[nodiscard]] QString cacheFile() const
     {
@@ -185,7 +179,7 @@ public:
     DesktopLab lab;
     XfceDesk desk;
     DemoService service;
-    QProcessEnvironment environment;
+    QProcessEnvironment environment = lab.environment();
 
 private:
     static void end(QProcess &program)
@@ -196,20 +190,7 @@ private:
         program.waitForFinished();
     }
 
-    void makeBrowser()
-    {
-        const QString bin = lab.path(QStringLiteral("bin"));
-        QDir().mkpath(bin);
-        QFile browser(bin + QStringLiteral("/xdg-open"));
-        if (!browser.open(QIODevice::WriteOnly)
-            || browser.write("#!/bin/sh\necho \"$1\" >>\"$OPENED_PAGES\"\n") < 0
-            || !browser.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
-            qFatal("cannot make a browser");
-        const QString path = QStringLiteral("PATH");
-        environment.insert(path, bin + QLatin1Char(':') + environment.value(path));
-        environment.insert(QStringLiteral("OPENED_PAGES"), lab.path(QStringLiteral("opened")));
-    }
-
+    PageRecorder m_browser{lab, environment};
     std::vector<std::unique_ptr<QProcess>> m_programs;
 };
 

@@ -221,37 +221,14 @@ private:
         const QByteArray position
             = clings + ";x=" + QByteArray::number(middle.x()) + ";y=" + QByteArray::number(middle.y());
         const bool isUpright = bar.edge == Edge::Left || bar.edge == Edge::Right;
-        return R"(<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value=")"
-            + position + R"("/>
-      <property name="mode" type="uint" value=")"
-            + (isUpright ? "1" : "0") + R"("/>
-      <property name="length" type="uint" value="100"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="size" type="uint" value=")"
-            + QByteArray::number(bar.thickness) + R"("/>
-      <property name="plugin-ids" type="array">
-        <value type="int" value="1"/>
-        <value type="int" value="2"/>
-      </property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="separator">
-      <property name="expand" type="bool" value="true"/>
-    </property>
-    <property name="plugin-2" type="string" value="systray">
-      <property name="icon-size" type="int" value=")"
-            + QByteArray::number(bar.iconSize) + R"("/>
-    </property>
-  </property>
-</channel>
-)";
+        QFile file(QStringLiteral(ORBITLEDGE_TEST_SUPPORT "/xfce_bar.xml"));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("cannot read the bar's configuration");
+        return file.readAll()
+            .replace("@POSITION@", position)
+            .replace("@MODE@", isUpright ? "1" : "0")
+            .replace("@THICKNESS@", QByteArray::number(bar.thickness))
+            .replace("@ICON_SIZE@", QByteArray::number(bar.iconSize));
     }
 
     DesktopLab &m_lab;
