@@ -4,7 +4,6 @@
 
 #include <QDateTime>
 #include <QRegularExpression>
-#include <QSqlRecord>
 
 #include <sodium.h>
 

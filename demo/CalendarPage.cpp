@@ -1,7 +1,7 @@
 #include "demo/CalendarPage.h"
 
-#include "demo/ExchangeRates.h"
 #include "demo/Money.h"
+#include "demo/PageFrame.h"
 #include "model/SubscriptionRules.h"
 
 #include <QMap>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "demo/PageFrame.h"
+#include "demo/Html.h"
 #include "demo/Subscriptions.h"
 
 namespace orbitledge::demo {

@@ -1,6 +1,5 @@
 #include "demo/CatalogueSearch.h"
 
-#include <QHash>
 #include <QStringList>
 
 #include <algorithm>

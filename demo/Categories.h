@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <QLatin1StringView>
 #include <QUuid>
 
 #include <optional>

@@ -1,5 +1,6 @@
 #include "demo/EditPage.h"
 
+#include "demo/Database.h"
 #include "demo/ExchangeRates.h"
 #include "demo/Money.h"
 #include "timeline/EntryTexts.h"

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "demo/PageFrame.h"
-#include "demo/Subscriptions.h"
+#include "demo/SubscriptionInput.h"
+#include "model/Subscription.h"
 
 namespace orbitledge::demo {
 

@@ -4,7 +4,6 @@
 
 #include <QString>
 
-#include <optional>
 #include <span>
 
 namespace orbitledge::demo {

@@ -1,6 +1,7 @@
 #include "demo/StartPage.h"
 
 #include "demo/Money.h"
+#include "demo/PageFrame.h"
 #include "demo/SampleData.h"
 #include "model/SubscriptionRules.h"
 #include "timeline/EntryTexts.h"

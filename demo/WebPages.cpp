@@ -5,8 +5,6 @@
 #include "demo/LoginPage.h"
 #include "demo/StartPage.h"
 
-#include <QUrl>
-
 using namespace Qt::StringLiterals;
 
 namespace orbitledge::demo {

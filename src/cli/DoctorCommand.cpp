@@ -9,8 +9,6 @@
 #include "locale/TimeZone.h"
 #include "service/ServiceAddresses.h"
 
-#include <algorithm>
-
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;

@@ -5,8 +5,6 @@
 #include "platform/linux/XdgDirectories.h"
 #include "state/SnapshotCache.h"
 
-#include <QtGlobal>
-
 namespace orbitledge {
 
 namespace {

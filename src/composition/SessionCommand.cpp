@@ -9,7 +9,7 @@
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/XdgDirectories.h"
 #include "platform/linux/application/RunningApplication.h"
-#include "state/StoreSession.h"
+#include "service/ServiceAddresses.h"
 
 #include <QDeadlineTimer>
 

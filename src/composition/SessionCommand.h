@@ -2,7 +2,6 @@
 
 #include "platform/SessionService.h"
 #include "platform/linux/application/ApplicationBus.h"
-#include "service/ServiceAddresses.h"
 
 #include <tl/expected.hpp>
 

@@ -1,6 +1,5 @@
 #include "locale/RegionData.h"
 
-#include "locale/IcuText.h"
 #include "locale/IcuZone.h"
 
 #include <unicode/calendar.h>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "model/Instant.h"
-#include "model/LocalDate.h"
 
 #include <QByteArray>
 

@@ -1,15 +1,14 @@
 #pragma once
 
-#include "model/AuthenticationResponse.h"
-#include "model/CreateSubscriptionRequest.h"
+#include "model/AuthenticationResponse.h" // IWYU pragma: export
+#include "model/CreateSubscriptionRequest.h" // IWYU pragma: export
 #include "model/DecodingError.h"
-#include "model/Subscription.h"
-#include "model/SubscriptionMutationResponse.h"
-#include "model/SubscriptionTemplate.h"
-#include "model/UserProfile.h"
+#include "model/Subscription.h" // IWYU pragma: export
+#include "model/SubscriptionMutationResponse.h" // IWYU pragma: export
+#include "model/SubscriptionTemplate.h" // IWYU pragma: export
+#include "model/UserProfile.h" // IWYU pragma: export
 
 #include <QByteArray>
-#include <QList>
 
 namespace orbitledge {
 

@@ -1,5 +1,7 @@
 #include "platform/Handover.h"
 
+#include <QCoreApplication>
+
 namespace orbitledge {
 
 void HandoverBase::wake()

@@ -2,7 +2,7 @@
 
 #include "model/json/RecordReader.h"
 #include "model/json/RecordWriter.h"
-#include "model/json/Records.h"
+#include "model/json/Records.h" // IWYU pragma: keep
 
 namespace orbitledge {
 

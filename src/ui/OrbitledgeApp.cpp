@@ -2,7 +2,7 @@
 
 #include "presentation/MenuBarContent.h"
 #include "presentation/PanelScreen.h"
-#include "ui/settings/SettingsWindow.h"
+#include "ui/settings/SettingsWindow.h" // IWYU pragma: keep
 #include "ui/tray/BarColors.h"
 #include "ui/tray/WindowActivation.h"
 

@@ -21,7 +21,6 @@
 #include <QPointer>
 #include <QTimer>
 
-#include <functional>
 #include <memory>
 #include <optional>
 

@@ -3,7 +3,6 @@
 #include "BuildInfo.h"
 
 #include <QCryptographicHash>
-#include <QList>
 
 #include <algorithm>
 #include <system_error>

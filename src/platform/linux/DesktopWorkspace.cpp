@@ -3,8 +3,6 @@
 #include "platform/linux/DetachedProgram.h"
 #include "platform/linux/PosixFileStore.h"
 
-#include <algorithm>
-
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;

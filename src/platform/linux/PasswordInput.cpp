@@ -8,7 +8,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <optional>
 #include <system_error>
 
 namespace orbitledge {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QAbstractButton>
-#include <QFont>
 
 namespace orbitledge::ui {
 

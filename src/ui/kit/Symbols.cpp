@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QIconEngine>
 #include <QImage>
-#include <QPaintDevice>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QTransform>

@@ -4,7 +4,6 @@
 #include <QLatin1StringView>
 #include <QPixmap>
 #include <QRectF>
-#include <QSize>
 
 #include <array>
 

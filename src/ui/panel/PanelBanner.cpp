@@ -1,5 +1,6 @@
 #include "ui/panel/PanelBanner.h"
 
+#include "ui/kit/RoundedFrame.h"
 #include "ui/kit/Typography.h"
 
 #include <QHBoxLayout>

@@ -2,7 +2,6 @@
 
 #include "presentation/BannerContent.h"
 #include "ui/kit/PlainButton.h"
-#include "ui/kit/RoundedFrame.h"
 #include "ui/kit/ThemedLabel.h"
 #include "ui/panel/Component.h"
 #include "ui/panel/SymbolView.h"

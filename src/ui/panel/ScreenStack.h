@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QPixmap>
 #include <QPointer>
 #include <QVariantAnimation>
 #include <QWidget>

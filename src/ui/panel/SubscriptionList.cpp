@@ -5,10 +5,8 @@
 #include "ui/kit/Typography.h"
 #include "ui/panel/RowMeasures.h"
 
-#include <QApplication>
 #include <QFocusEvent>
 #include <QScrollBar>
-#include <QStyle>
 
 #include <algorithm>
 

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <memory>
 #include <type_traits>
-#include <utility>
 
 namespace orbitledge {
 

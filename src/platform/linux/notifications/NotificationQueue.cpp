@@ -1,5 +1,7 @@
 #include "platform/linux/notifications/NotificationQueue.h"
 
+#include "locale/TimeZone.h"
+
 #include <algorithm>
 
 namespace orbitledge {

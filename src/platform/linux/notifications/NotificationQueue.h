@@ -1,6 +1,5 @@
 #pragma once
 
-#include "locale/TimeZone.h"
 #include "model/Instant.h"
 #include "platform/UserNotificationCenter.h"
 
