@@ -52,6 +52,18 @@ if(ORBITLEDGE_COVERAGE)
     add_link_options(--coverage)
 endif()
 
+# orbitledge_counts_at_end(<target>...): for programs that tests end at once, or that turn into another one, which
+# would take what they have counted along.
+function(orbitledge_counts_at_end)
+    if(NOT ORBITLEDGE_COVERAGE)
+        return()
+    endif()
+    foreach(target ${ARGN})
+        target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/CountsAtEnd.cpp")
+        target_link_options(${target} PRIVATE "LINKER:--wrap=execv")
+    endforeach()
+endfunction()
+
 # Distributions pass these themselves; a plain release build gets them from here.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT ORBITLEDGE_SANITIZERS)
     add_compile_definitions(_FORTIFY_SOURCE=2)

@@ -2,6 +2,7 @@
 
 #include "model/Instant.h"
 #include "support/DesktopLab.h"
+#include "support/ProgramEnd.h"
 
 #include <QMap>
 #include <QProcess>
@@ -31,13 +32,7 @@ public:
             qFatal("cannot start the probe");
     }
 
-    ~DeliveryDriver()
-    {
-        if (m_probe.state() != QProcess::NotRunning) {
-            m_probe.kill();
-            m_probe.waitForFinished();
-        }
-    }
+    ~DeliveryDriver() { endAtOnce(m_probe); }
 
     int startArranging(std::optional<Instant> next)
     {

@@ -2,6 +2,7 @@
 
 #include "platform/Keychain.h"
 #include "support/DesktopLab.h"
+#include "support/ProgramEnd.h"
 
 #include <QFile>
 #include <QMap>
@@ -49,13 +50,7 @@ public:
             qFatal("cannot start the probe");
     }
 
-    ~KeychainDriver()
-    {
-        if (m_probe.state() != QProcess::NotRunning) {
-            m_probe.kill();
-            m_probe.waitForFinished();
-        }
-    }
+    ~KeychainDriver() { endAtOnce(m_probe); }
 
     int startReading(const KeychainItem &item) { return command("read", {item.service, item.account}); }
     int startWriting(const KeychainItem &item, const QByteArray &secret)

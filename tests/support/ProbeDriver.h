@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/DesktopLab.h"
+#include "support/ProgramEnd.h"
 
 #include <QProcess>
 
@@ -26,13 +27,7 @@ public:
             qFatal("cannot start the probe");
     }
 
-    ~ProbeDriver()
-    {
-        if (m_probe.state() != QProcess::NotRunning) {
-            m_probe.kill();
-            m_probe.waitForFinished();
-        }
-    }
+    ~ProbeDriver() { endAtOnce(m_probe); }
     Q_DISABLE_COPY_MOVE(ProbeDriver)
 
     /// Waits for nothing.

@@ -2,6 +2,7 @@
 
 #include "support/DemoService.h"
 #include "support/PageRecorder.h"
+#include "support/ProgramEnd.h"
 #include "support/XfceDesk.h"
 
 #include <sys/prctl.h>
@@ -94,10 +95,8 @@ public:
     [[nodiscard]] QProcess *program() const { return m_program.get(); }
     void kill()
     {
-        if (m_program && m_program->state() != QProcess::NotRunning) {
-            m_program->kill();
-            m_program->waitForFinished();
-        }
+        if (m_program)
+            endAtOnce(*m_program);
         m_program.reset();
     }
     /// By its shortcut, in a window that has the keyboard.

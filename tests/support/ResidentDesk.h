@@ -3,6 +3,7 @@
 #include "state/CacheSnapshot.h"
 #include "support/DemoService.h"
 #include "support/PageRecorder.h"
+#include "support/ProgramEnd.h"
 #include "support/XfceDesk.h"
 
 #include <QDBusConnectionInterface>
@@ -55,7 +56,7 @@ public:
     ~ResidentDesk()
     {
         for (const auto &program : m_programs)
-            end(*program);
+            endAtOnce(*program);
         // One that the bus started.
         if (const auto running = owner())
             ::kill(static_cast<pid_t>(*running), SIGKILL);
@@ -182,14 +183,6 @@ public:
     QProcessEnvironment environment = lab.environment();
 
 private:
-    static void end(QProcess &program)
-    {
-        if (program.state() == QProcess::NotRunning)
-            return;
-        program.kill();
-        program.waitForFinished();
-    }
-
     PageRecorder m_browser{lab, environment};
     std::vector<std::unique_ptr<QProcess>> m_programs;
 };
