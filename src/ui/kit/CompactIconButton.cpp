@@ -1,6 +1,7 @@
 #include "ui/kit/CompactIconButton.h"
 
 #include "ui/kit/Drawing.h"
+#include "ui/kit/Palette.h"
 #include "ui/kit/Typography.h"
 
 #include <QPainter>
@@ -30,12 +31,6 @@ void CompactIconButton::setSymbol(Symbol symbol)
     update();
 }
 
-void CompactIconButton::setTone(Tone tone)
-{
-    m_tone = tone;
-    update();
-}
-
 void CompactIconButton::setBlank(bool isBlank)
 {
     m_isBlank = isBlank;
@@ -60,7 +55,7 @@ void CompactIconButton::paintEvent(QPaintEvent * /*event*/)
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     if (!m_isBlank)
         paintSymbol(painter, m_symbol, QRectF(rect()).adjusted(inset, inset, -inset, -inset),
-            colorOf(m_tone, colorScheme));
+            colorOf(Tone::Ink, colorScheme));
     painter.setOpacity(1);
     paintFocusRing(painter, radius);
 }

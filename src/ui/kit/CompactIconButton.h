@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ui/kit/ButtonBase.h"
-#include "ui/kit/Palette.h"
 #include "ui/kit/Symbols.h"
 
 namespace orbitledge::ui {
@@ -15,7 +14,6 @@ public:
         Symbol symbol, const QString &accessibleName, const QString &toolTip, QWidget *parent = nullptr);
 
     void setSymbol(Symbol symbol);
-    void setTone(Tone tone);
     /// Leaves the symbol out, for as long as something else stands in its place.
     void setBlank(bool isBlank);
 
@@ -26,7 +24,6 @@ protected:
 
 private:
     Symbol m_symbol;
-    Tone m_tone = Tone::Ink;
     bool m_isBlank = false;
 };
 

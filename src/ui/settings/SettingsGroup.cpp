@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsGroup.h"
 
+#include "ui/kit/Palette.h"
 #include "ui/kit/Typography.h"
 #include "ui/settings/SettingsRow.h"
 
