@@ -126,6 +126,32 @@ private Q_SLOTS:
         session.desk.awaitBadge();
     }
 
+    void shouldBeDrawnForALightBar()
+    {
+        Session session;
+        session.desk.startBar();
+        Tray tray(session);
+        tray.awaitHost("notifier");
+        tray.tell("badge 3");
+        const QRect badge = session.desk.awaitBadge();
+        // The symbol beside the badge.
+        const auto symbol = [&] { return session.desk.screen().copy(badge.adjusted(-8, 4, -4, 8)); };
+        const QImage forDark = symbol();
+        tray.tell("light-bar");
+        DesktopLab::await("another symbol", [&] { return symbol() != forDark; });
+        keep(session.desk.screen(), u"light-bar"_s);
+        const auto darkest = [](const QImage &picture) {
+            int count = 0;
+            for (int y = 0; y < picture.height(); ++y) {
+                for (int x = 0; x < picture.width(); ++x)
+                    count += luminanceOf(picture.pixelColor(x, y)) < 0.05 ? 1 : 0;
+            }
+            return count;
+        };
+        QVERIFY(darkest(symbol()) > darkest(forDark) + 20);
+        session.desk.awaitBadge();
+    }
+
     void shouldTellWhereNothingShowsIcons()
     {
         Session session;

@@ -36,6 +36,11 @@ bool isAlmost(QColor a, QColor b)
         && std::abs(a.blue() - b.blue()) < 8 && a.alpha() == b.alpha();
 }
 
+QByteArray lossyWebp(QSize size, const QColor &color = Qt::red)
+{
+    return picture("webp", size, color, 80);
+}
+
 } // namespace
 
 class LogoDecoderTest : public QObject {
@@ -59,6 +64,7 @@ private Q_SLOTS:
             QTest::addRow("%s wide", format) << picture(format, {2048, 1024}) << QSize(256, 128);
             QTest::addRow("%s a line", format) << picture(format, {2048, 1}) << QSize(256, 1);
         }
+        QTest::newRow("webp that loses something") << lossyWebp({320, 80}) << QSize(256, 64);
         QTest::newRow("gif") << animatedGif() << QSize(1, 1);
         QTest::newRow("something behind") << picture("png") + "and more" << QSize(8, 8);
     }
@@ -79,6 +85,11 @@ private Q_SLOTS:
         const auto image = decodeLogo(picture("png", {4, 4}, QColor(0, 0, 255, 128)));
         QVERIFY(image);
         QCOMPARE(image->pixelColor(1, 1).alpha(), 128);
+
+        const auto lossy = decodeLogo(lossyWebp({320, 80}, QColor(0, 0, 255, 128)));
+        QVERIFY(lossy);
+        QCOMPARE(lossy->size(), QSize(256, 64));
+        QCOMPARE(lossy->pixelColor(128, 30).alpha(), 128);
     }
 
     void shouldRefuseWhatIsNoLogo_data()
@@ -125,6 +136,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("content");
         for (const char *format : {"png", "jpeg", "webp"})
             QTest::newRow(format) << picture(format, {16, 16});
+        QTest::newRow("webp that loses something") << lossyWebp({16, 16});
+        QTest::newRow("webp that loses something, transparent")
+            << lossyWebp({16, 16}, QColor(0, 0, 255, 128));
         const QByteArray gif = animatedGif();
         // The frames behind the first are not needed.
         QTest::newRow("gif") << gif.first(inspectPicture(gif)->content.size() - 1);
@@ -142,6 +156,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("content");
         for (const char *format : {"png", "jpeg", "webp"})
             QTest::newRow(format) << picture(format, {16, 16});
+        QTest::newRow("webp that loses something") << lossyWebp({16, 16});
+        QTest::newRow("webp that loses something, transparent")
+            << lossyWebp({16, 16}, QColor(0, 0, 255, 128));
         QTest::newRow("gif") << animatedGif();
     }
     void shouldSurviveAChangeOfAnyByte()

@@ -353,6 +353,20 @@ private Q_SLOTS:
         QCOMPARE(requestsFor("/logo"), 2);
     }
 
+    void shouldForgetOnDiskWhatMustNotBeKeptAnyLonger()
+    {
+        m_server->answerNext(
+            FaultServer::whole(200, picture("png"), "Cache-Control: max-age=60\r\nETag: \"one\"\r\n"));
+        m_server->answerNext(FaultServer::whole(304, "", "Cache-Control: no-store\r\n"));
+        QVERIFY(arrives(url()));
+        QVERIFY(getsOnDisk(url()));
+        wait(2h);
+        start();
+        QVERIFY(arrives(url()));
+        QTRY_VERIFY(!LogoCache(folder(), std::make_shared<PosixFileStore>()).find(url()));
+        QVERIFY(!m_loader->image(url()).isNull());
+    }
+
     void shouldShowANewerOne()
     {
         m_server->answerNext(FaultServer::whole(200, picture("png"), "ETag: \"one\"\r\n"));

@@ -11,8 +11,11 @@
 
 namespace orbitledge::testing {
 
-/// A picture of one colour, encoded by the toolkit: "png", "jpeg" or "webp".
-inline QByteArray picture(const char *format, QSize size = {8, 8}, const QColor &color = Qt::red)
+/// A picture of one colour, encoded by the toolkit: "png", "jpeg" or "webp". A WebP of less than the best
+/// quality has another first chunk than one that loses nothing, and yet another where something is
+/// transparent.
+inline QByteArray picture(
+    const char *format, QSize size = {8, 8}, const QColor &color = Qt::red, int quality = 100)
 {
     QImage image(size, QImage::Format_ARGB32);
     image.fill(color);
@@ -21,7 +24,7 @@ inline QByteArray picture(const char *format, QSize size = {8, 8}, const QColor 
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, format);
     if (qstrcmp(format, "png") != 0) // to which it would mean not to compress
-        writer.setQuality(100);
+        writer.setQuality(quality);
     if (!writer.write(image))
         qFatal("no %s was written: %s", format, qPrintable(writer.errorString()));
     return content;

@@ -3,6 +3,7 @@
 ///     badge TEXT        the icon's badge; none where the text is missing
 ///     next TEXT         the next renewal, percent-encoded
 ///     dark              the color scheme is dark from now on
+///     light-bar         the bar is taken to be a light one from now on
 ///     host              says "host" and none, notifier or embedder
 ///     open              shows the panel as a second launch would
 ///     panel             says "panel" and hidden, or its place and size, and whether it has the focus
@@ -90,6 +91,8 @@ public:
         } else if (words[0] == "dark") {
             m_icon.setColorScheme(ui::ColorScheme::Dark);
             applyColorScheme(m_panel, ui::ColorScheme::Dark);
+        } else if (words[0] == "light-bar") {
+            m_icon.setBarColorScheme(ui::ColorScheme::Light);
         } else if (words[0] == "host") {
             answer = kind();
         } else if (words[0] == "open") {

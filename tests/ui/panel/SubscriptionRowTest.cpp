@@ -295,6 +295,25 @@ private Q_SLOTS:
         QVERIFY(m_desk->question() != nullptr);
     }
 
+    void shouldDoForAssistiveTechnologyWhatTheKeyboardDoes()
+    {
+        m_desk->show();
+        QAccessibleActionInterface *const actions
+            = QAccessible::queryAccessibleInterface(m_desk->row)->actionInterface();
+        QVERIFY(actions->actionNames().contains(QAccessibleActionInterface::showMenuAction()));
+        actions->doAction(QAccessibleActionInterface::showMenuAction());
+        auto *const menu = m_desk->row->findChild<QMenu *>();
+        QVERIFY(menu != nullptr);
+        QTRY_VERIFY(menu->isVisible());
+        menu->close();
+        actions->doAction(QAccessibleActionInterface::setFocusAction());
+        QVERIFY(m_desk->row->hasFocus());
+
+        // What it is read out as is what it does, where the toolkit has no word for it.
+        QCOMPARE(actions->localizedActionName(u"Cancel Tidewater Music"_s), u"Cancel Tidewater Music"_s);
+        QVERIFY(!actions->localizedActionName(QAccessibleActionInterface::pressAction()).isEmpty());
+    }
+
     void shouldMarkUrgencyAtItsEdge_data()
     {
         QTest::addColumn<qint64>("days");
