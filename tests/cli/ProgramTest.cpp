@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QTemporaryDir>
 
 using namespace orbitledge;
 using namespace orbitledge::testing;
@@ -25,14 +26,15 @@ private:
     };
 
     static Result run(const QStringList &arguments, const QByteArray &input = {},
-        const QHash<QString, QString> &variables = {})
+        const QHash<QString, QString> &variables = {},
+        const QString &program = QStringLiteral(ORBITLEDGE_PROGRAM))
     {
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (auto it = variables.begin(); it != variables.end(); ++it)
             environment.insert(it.key(), it.value());
         process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(ORBITLEDGE_PROGRAM), arguments);
+        process.start(program, arguments);
         process.write(input);
         process.closeWriteChannel();
         if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
@@ -75,6 +77,26 @@ private Q_SLOTS:
         QVERIFY(launcher.contains("libc.so"));
         for (const auto *const library : {"libQt", "libicu"})
             QVERIFY2(!launcher.contains(library), library);
+    }
+
+    void shouldTellWhichPartOfItIsMissing()
+    {
+        const QTemporaryDir folder;
+        const QString program = folder.filePath(u"orbitledge"_s);
+        const QHash<QString, QString> desktop{{u"DISPLAY"_s, u":0"_s}};
+        QVERIFY(QFile::copy(QStringLiteral(ORBITLEDGE_PROGRAM), program));
+        const Result alone = run({}, {}, desktop, program);
+        QCOMPARE(alone.exitCode, 1);
+        QCOMPARE(alone.errors, "orbitledge: the program is not whole: orbitledge-command is missing\n"_ba);
+
+        QVERIFY(QFile::copy(QStringLiteral(ORBITLEDGE_PROGRAM "-command"), program + u"-command"_s));
+        QCOMPARE(run({u"--version"_s}, {}, desktop, program).exitCode, 0);
+        const Result withoutWindows = run({u"--quick-add"_s}, {}, desktop, program);
+        QCOMPARE(withoutWindows.exitCode, 1);
+        QVERIFY2(withoutWindows.errors.contains(
+                     folder.filePath(u"orbitledge-desktop: No such file or directory"_s).toLocal8Bit()),
+            withoutWindows.errors.constData());
+        QCOMPARE(withoutWindows.errors.count('\n'), 1);
     }
 
     void shouldShowTheSavedData()

@@ -167,6 +167,17 @@ private Q_SLOTS:
         QCOMPARE(control<QSpinBox>(u"Remind me"_s)->text(), u"1 day before"_s);
     }
 
+    void shouldFollowWhenItIsShownAgainWhatWasSetWhileItWasHidden()
+    {
+        openIn(u"well"_s);
+        m_view->hide();
+        m_desk->settings->setAppearance(Appearance::Dark);
+        m_desk->settings->setShowMenuBadge(false);
+        m_view->show();
+        QCOMPARE(control<QComboBox>(u"Appearance"_s)->currentText(), u"Dark"_s);
+        QVERIFY(!toggle(u"Show urgent-renewal badge"_s)->isChecked());
+    }
+
     void shouldPlanAnewWithEachChangeOfTheLeadDays()
     {
         openIn(u"well"_s);
