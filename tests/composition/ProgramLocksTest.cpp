@@ -2,6 +2,8 @@
 
 #include "support/TestMain.h"
 
+#include <QDir>
+
 using namespace orbitledge;
 using namespace std::chrono_literals;
 
@@ -18,7 +20,7 @@ class ProgramLocksTest : public QObject {
     QTemporaryDir m_runtime;
 
 private Q_SLOTS:
-    void initTestCase() { qputenv("XDG_RUNTIME_DIR", m_runtime.path().toUtf8()); }
+    void init() { qputenv("XDG_RUNTIME_DIR", m_runtime.path().toUtf8()); }
 
     void shouldGiveEachLockToOneAtATime()
     {
@@ -66,6 +68,29 @@ private Q_SLOTS:
         QVERIFY(!awaiting.isReady());
         first->reset();
         QVERIFY(QCoro::waitFor(std::move(awaiting))->has_value());
+    }
+
+    void shouldLieBesideTheDataWhereThereIsNoFolderForRunningPrograms_data()
+    {
+        QTest::addColumn<QByteArray>("runtime");
+        QTest::newRow("none is told of") << QByteArray();
+        QTest::newRow("it cannot be made") << QByteArray("/proc/none");
+    }
+    void shouldLieBesideTheDataWhereThereIsNoFolderForRunningPrograms()
+    {
+        QFETCH(QByteArray, runtime);
+        // As in a job of cron, or after su.
+        if (runtime.isEmpty())
+            qunsetenv("XDG_RUNTIME_DIR");
+        else
+            qputenv("XDG_RUNTIME_DIR", runtime);
+        const auto session = ProgramLocks::takeSession();
+        QVERIFY(session.has_value());
+        QVERIFY(session->has_value());
+        QVERIFY(!ProgramLocks::takeSession()->has_value());
+        const QDir beside(
+            qEnvironmentVariable("XDG_DATA_HOME") + QStringLiteral("/app.orbitledge.Orbitledge"));
+        QVERIFY(!beside.entryList({QStringLiteral("*lock*")}, QDir::Files | QDir::Hidden).isEmpty());
     }
 
     void shouldHaveAFreeSessionAtOnce()
