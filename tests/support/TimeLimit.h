@@ -8,7 +8,8 @@ namespace orbitledge::testing {
 /// slower by a factor, but what grows with the square of its input is slower by far more.
 constexpr qint64 timeLimit(qint64 milliseconds)
 {
-#if !defined(__OPTIMIZE__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if !defined(__OPTIMIZE__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)                  \
+    || defined(_GLIBCXX_ASSERTIONS)
     return milliseconds * 15;
 #else
     return milliseconds;
