@@ -9,7 +9,7 @@ namespace orbitledge::testing {
 constexpr qint64 timeLimit(qint64 milliseconds)
 {
 #if !defined(__OPTIMIZE__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)                  \
-    || defined(_GLIBCXX_ASSERTIONS)
+    || defined(ORBITLEDGE_WITH_FAULTS)
     return milliseconds * 15;
 #else
     return milliseconds;
