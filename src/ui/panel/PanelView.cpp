@@ -76,9 +76,6 @@ void PanelView::showEvent(QShowEvent *event)
     if (m_isStale)
         update(ScreenStack::Change::Immediate);
     QWidget::showEvent(event);
-    // The keyboard begins above everything; the toolkit would begin with the first button.
-    if (m_screen == PanelScreen::Timeline)
-        m_timeline->setFocus(Qt::OtherFocusReason);
 }
 
 void PanelView::update(ScreenStack::Change change)

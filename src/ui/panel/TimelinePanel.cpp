@@ -107,6 +107,14 @@ void TimelinePanel::orderForKeyboard(const QList<QWidget *> &components)
     }
 }
 
+void TimelinePanel::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // The keyboard begins above everything. The toolkit would begin with the first row where the window is
+    // given the keyboard after this is shown, and nowhere where it was given it before.
+    setFocus(Qt::OtherFocusReason);
+}
+
 void TimelinePanel::focusAdd()
 {
     m_footer->focusAdd();

@@ -35,6 +35,9 @@ public:
 Q_SIGNALS:
     void settingsRequested();
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
     static void orderForKeyboard(const QList<QWidget *> &components);
     void updateBanner();

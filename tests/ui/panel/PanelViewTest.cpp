@@ -90,6 +90,14 @@ private:
         return nullptr;
     }
 
+    /// What a screen reader calls the one that has the keyboard; empty where none has.
+    [[nodiscard]] static QString nameOfFocus()
+    {
+        const QAccessibleInterface *const seen
+            = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
+        return seen != nullptr ? seen->text(QAccessible::Name) : QString();
+    }
+
     /// The one that is shown; others may be on their way out.
     [[nodiscard]] QuickAddView *quickAdd() const
     {
@@ -218,9 +226,7 @@ private Q_SLOTS:
         QStringList names;
         for (int i = 0; i < 9; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-            const QAccessibleInterface *const seen
-                = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
-            names.append(seen->text(QAccessible::Name));
+            names.append(nameOfFocus());
         }
         QCOMPARE(names,
             (QStringList{u"Retry"_s, u"Northlight Video"_s, u"Open Northlight Video in Web"_s,
@@ -401,11 +407,49 @@ private Q_SLOTS:
         m_desk->api->isQuick = true;
         m_desk->api->profile = sampleAmerican();
         m_desk->api->subscriptions = sampleList();
+        QCOMPARE(nameOfFocus(), u"Email"_s);
         (void)QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s));
         QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        QCOMPARE(nameOfFocus(), u"Upcoming renewals"_s);
         QCoro::waitFor(m_desk->store->signOut());
         QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
+        QCOMPARE(nameOfFocus(), u"Email"_s);
         m_desk->settle();
+    }
+
+    void shouldBeginAboveEverythingHoweverTheListComes_data()
+    {
+        QTest::addColumn<bool>("isEarly");
+        QTest::newRow("while the system has not given the window the keyboard") << true;
+        QTest::newRow("under somebody's eyes") << false;
+    }
+    void shouldBeginAboveEverythingHoweverTheListComes()
+    {
+        QFETCH(const bool, isEarly);
+        m_desk->make();
+        m_desk->store->start();
+        m_desk->settle();
+        m_panel = std::make_unique<PanelView>(*m_desk->store, localeNamed("en_US"), nullptr);
+        m_panel->resize(PanelView::panelSize);
+        QWidget other;
+        other.show();
+        m_panel->show();
+        QCOMPARE(m_panel->screen(), PanelScreen::CheckingSession);
+        const auto activate = [](QWidget &window) {
+            window.activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(&window));
+        };
+        activate(isEarly ? other : *m_panel);
+        m_desk->api->profile = sampleAmerican();
+        m_desk->api->subscriptions = sampleList();
+        m_desk->api->answerAll();
+        m_desk->settle();
+        m_desk->api->answerAll();
+        m_desk->settle();
+        QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
+        QCOMPARE(m_panel->isActiveWindow(), !isEarly);
+        activate(*m_panel);
+        QCOMPARE(nameOfFocus(), u"Upcoming renewals"_s);
     }
 
     void shouldTellWhatDoesNotWorkWhileNobodyIsSignedIn()
