@@ -12,6 +12,7 @@
 #include <QSettings>
 #include <QTest>
 
+#include <optional>
 #include <utility>
 
 namespace orbitledge::testing {
@@ -149,23 +150,30 @@ public:
                 QLatin1Char('^') + title + QLatin1Char('$')});
         return search.waitForFinished() && search.readAll().count('\n') >= count;
     }
-    /// Of the window that is shown, in pixels; the largest one where there are more.
+    /// Of the window that is shown, in pixels; the largest one where there are more. Waits for one.
     [[nodiscard]] QRect placeOf(const QStringList &criteria)
     {
-        const QByteArray found = m_lab.run(QStringLiteral("xdotool"),
-            QStringList{QStringLiteral("search"), QStringLiteral("--onlyvisible")} + criteria);
         QRect largest;
-        for (const QByteArray &window : found.trimmed().split('\n')) {
-            const QByteArray told = m_lab.run(QStringLiteral("xdotool"),
-                {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
+        DesktopLab::await("a window", [&] {
+            largest = {};
+            const auto found
+                = ask(QStringList{QStringLiteral("search"), QStringLiteral("--onlyvisible")} + criteria);
+            if (!found)
+                return false;
+            for (const QByteArray &window : found->trimmed().split('\n')) {
+                const auto told = ask({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"),
                     QString::fromLatin1(window)});
-            QHash<QByteArray, int> values;
-            for (const QByteArray &line : told.split('\n'))
-                values.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1).toInt());
-            const QRect place(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
-            if (place.width() * place.height() > largest.width() * largest.height())
-                largest = place;
-        }
+                if (!told)
+                    return false;
+                QHash<QByteArray, int> values;
+                for (const QByteArray &line : told->split('\n'))
+                    values.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1).toInt());
+                const QRect place(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
+                if (place.width() * place.height() > largest.width() * largest.height())
+                    largest = place;
+            }
+            return !largest.isEmpty();
+        });
         return largest;
     }
     /// Until a window of this title has the keyboard.
@@ -182,6 +190,17 @@ public:
     void press(const QString &key) { m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("key"), key}); }
 
 private:
+    /// What xdotool tells; nothing where a window that it looks at is closed meanwhile.
+    [[nodiscard]] std::optional<QByteArray> ask(const QStringList &arguments)
+    {
+        QProcess question;
+        question.setProcessEnvironment(m_lab.environment());
+        question.start(QStringLiteral("xdotool"), arguments);
+        const bool isAnswered = question.waitForFinished() && question.exitStatus() == QProcess::NormalExit
+            && question.exitCode() == 0;
+        return isAnswered ? std::optional(question.readAllStandardOutput()) : std::nullopt;
+    }
+
     /// As a child of the lab, so that it has ended when the lab's folder goes.
     void startSettings()
     {
