@@ -4,7 +4,6 @@
 #include "support/TestMain.h"
 
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <optional>
@@ -23,18 +22,8 @@ private:
     /// before them do nothing.
     [[nodiscard]] QByteArray pageOfFirstRow()
     {
-        constexpr qint64 patience = 2000;
-        QElapsedTimer sincePress;
-        DesktopLab::await("the page", [&] {
-            if (!m_session->openedPages().isEmpty())
-                return true;
-            if (!sincePress.isValid() || sincePress.hasExpired(patience)) {
-                for (const QString &key : {u"Tab"_s, u"Home"_s, u"Return"_s})
-                    m_session->desk().press(key);
-                sincePress.start();
-            }
-            return false;
-        });
+        m_session->desk().pressUntil({u"Tab"_s, u"Home"_s, u"Return"_s}, "the page",
+            [this] { return !m_session->openedPages().isEmpty(); });
         return m_session->openedPages().constFirst();
     }
 

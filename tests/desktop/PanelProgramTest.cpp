@@ -6,8 +6,6 @@
 #include "support/TestMain.h"
 #include "timeline/EntryTexts.h"
 
-#include <QElapsedTimer>
-
 #include <optional>
 
 using namespace orbitledge;
@@ -42,21 +40,12 @@ private:
         });
     }
 
-    /// As an impatient person does it: a press while the row is still at work with the last change does
-    /// nothing.
+    /// A press while the row is still at work with the last change does nothing.
     void takeBack(const QString &name)
     {
-        constexpr qint64 patience = 2000;
-        QElapsedTimer sincePress;
-        DesktopLab::await("the subscription to be taken back", [&] {
+        m_session->desk().pressUntil({u"Return"_s}, "the subscription to be taken back", [&] {
             const auto subscription = saved(name);
-            if (subscription && !isCancelled(*subscription))
-                return true;
-            if (!sincePress.isValid() || sincePress.hasExpired(patience)) {
-                m_session->desk().press(u"Return"_s);
-                sincePress.start();
-            }
-            return false;
+            return subscription && !isCancelled(*subscription);
         });
     }
 

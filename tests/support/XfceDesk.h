@@ -4,6 +4,7 @@
 #include "ui/kit/Palette.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QHash>
 #include <QImage>
@@ -12,6 +13,7 @@
 #include <QSettings>
 #include <QTest>
 
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -180,14 +182,28 @@ public:
     void awaitActive(const QString &title)
     {
         DesktopLab::await("the keyboard in a window", [&] {
-            QProcess query;
-            query.setProcessEnvironment(m_lab.environment());
-            query.start(QStringLiteral("xdotool"),
-                {QStringLiteral("getwindowfocus"), QStringLiteral("getwindowname")});
-            return query.waitForFinished() && QString::fromUtf8(query.readAll()).trimmed() == title;
+            const auto name = ask({QStringLiteral("getwindowfocus"), QStringLiteral("getwindowname")});
+            return name && QString::fromUtf8(*name).trimmed() == title;
         });
     }
     void press(const QString &key) { m_lab.run(QStringLiteral("xdotool"), {QStringLiteral("key"), key}); }
+    /// As an impatient person does it: one key after the other, and all of them again as long as it is not
+    /// so.
+    void pressUntil(const QStringList &keys, const char *what, const std::function<bool()> &isSo)
+    {
+        constexpr qint64 patience = 2000; // milliseconds
+        QElapsedTimer sincePress;
+        DesktopLab::await(what, [&] {
+            if (isSo())
+                return true;
+            if (!sincePress.isValid() || sincePress.hasExpired(patience)) {
+                for (const QString &key : keys)
+                    press(key);
+                sincePress.start();
+            }
+            return false;
+        });
+    }
 
 private:
     /// What xdotool tells; nothing where a window that it looks at is closed meanwhile.
