@@ -131,12 +131,7 @@ public:
     /// By keys. The first may still find the form, which closes a moment after what it added is in its file.
     void closePanel()
     {
-        DesktopLab::await("the panel to close", [&] {
-            if (!isPanelOpen())
-                return true;
-            desk.press(QStringLiteral("Escape"));
-            return QTest::qWaitFor([&] { return !isPanelOpen(); }, 2'000);
-        });
+        desk.pressUntil({QStringLiteral("Escape")}, "the panel to close", [this] { return !isPanelOpen(); });
     }
 
     /// The process that has the program's name on the bus.
