@@ -1,5 +1,6 @@
 #include "platform/linux/PosixFileStore.h"
 #include "state/CacheSnapshot.h"
+#include "support/ProgramEnd.h"
 #include "support/SampleRecords.h"
 #include "support/TestMain.h"
 
@@ -19,13 +20,7 @@ class ProgramTest : public QObject {
     Q_OBJECT
 
 private:
-    struct Result {
-        int exitCode = -1;
-        QByteArray output;
-        QByteArray errors;
-    };
-
-    static Result run(const QStringList &arguments, const QByteArray &input = {},
+    static ProgramEnd run(const QStringList &arguments, const QByteArray &input = {},
         const QHash<QString, QString> &variables = {},
         const QString &program = QStringLiteral(ORBITLEDGE_PROGRAM))
     {
@@ -85,13 +80,13 @@ private Q_SLOTS:
         const QString program = folder.filePath(u"orbitledge"_s);
         const QHash<QString, QString> desktop{{u"DISPLAY"_s, u":0"_s}};
         QVERIFY(QFile::copy(QStringLiteral(ORBITLEDGE_PROGRAM), program));
-        const Result alone = run({}, {}, desktop, program);
+        const ProgramEnd alone = run({}, {}, desktop, program);
         QCOMPARE(alone.exitCode, 1);
         QCOMPARE(alone.errors, "orbitledge: the program is not whole: orbitledge-command is missing\n"_ba);
 
         QVERIFY(QFile::copy(QStringLiteral(ORBITLEDGE_PROGRAM "-command"), program + u"-command"_s));
-        QCOMPARE(run({u"--version"_s}, {}, desktop, program).exitCode, 0);
-        const Result withoutWindows = run({u"--quick-add"_s}, {}, desktop, program);
+        QCOMPARE(run({u"--version"_s}, {}, desktop, program).complaint(), "");
+        const ProgramEnd withoutWindows = run({u"--quick-add"_s}, {}, desktop, program);
         QCOMPARE(withoutWindows.exitCode, 1);
         QVERIFY2(withoutWindows.errors.contains(
                      folder.filePath(u"orbitledge-desktop: No such file or directory"_s).toLocal8Bit()),
@@ -102,8 +97,8 @@ private Q_SLOTS:
     void shouldShowTheSavedData()
     {
         save(encodeCacheSnapshot(sampleSnapshot(3)));
-        const Result result = run({u"timeline"_s, u"--now"_s, u"2026-03-17T12:00:00Z"_s});
-        QCOMPARE(result.exitCode, 0);
+        const ProgramEnd result = run({u"timeline"_s, u"--now"_s, u"2026-03-17T12:00:00Z"_s});
+        QCOMPARE(result.complaint(), "");
         QVERIFY(result.output.contains("€29.97 / month"));
         QVERIFY(result.output.contains("tomorrow"));
         QCOMPARE(result.errors, ""_ba);
@@ -111,9 +106,9 @@ private Q_SLOTS:
 
     void shouldReadAPipe()
     {
-        const Result result = run({u"timeline"_s, u"--snapshot"_s, u"-"_s, u"--json"_s},
+        const ProgramEnd result = run({u"timeline"_s, u"--snapshot"_s, u"-"_s, u"--json"_s},
             encodeCacheSnapshot(sampleSnapshot(2'000)));
-        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.complaint(), "");
         const auto object = QJsonDocument::fromJson(result.output).object();
         QCOMPARE(object[u"activeCount"_s].toInt(), 2'000);
     }
@@ -128,7 +123,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, locale);
         save("{\"version\":1,\"profile\":{\"id\":\"ü\"}}");
-        const Result result = run({u"timeline"_s}, {}, {{u"LC_ALL"_s, locale}, {u"LANG"_s, locale}});
+        const ProgramEnd result = run({u"timeline"_s}, {}, {{u"LC_ALL"_s, locale}, {u"LANG"_s, locale}});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.output, ""_ba);
         QCOMPARE(result.errors, "orbitledge: " + ownCache().toUtf8() + ": profile.id: Expected a UUID\n");
@@ -144,8 +139,8 @@ private Q_SLOTS:
     void shouldFillAStatusBar()
     {
         save(encodeCacheSnapshot(sampleSnapshot(1)));
-        const Result result = run({u"status"_s, u"--now"_s, u"2026-03-17T12:00:00Z"_s});
-        QCOMPARE(result.exitCode, 0);
+        const ProgramEnd result = run({u"status"_s, u"--now"_s, u"2026-03-17T12:00:00Z"_s});
+        QCOMPARE(result.complaint(), "");
         QCOMPARE(result.output, "1 due · Subscription 0 tomorrow, €9.99 · €9.99 left this month\n"_ba);
         QCOMPARE(result.errors, ""_ba);
     }
@@ -153,8 +148,8 @@ private Q_SLOTS:
     void shouldTellAStatusBarThatNothingOfUseIsSavedAndLeaveItWhereItIs()
     {
         save("damaged");
-        const Result damaged = run({u"status"_s, u"--waybar"_s});
-        QCOMPARE(damaged.exitCode, 0);
+        const ProgramEnd damaged = run({u"status"_s, u"--waybar"_s});
+        QCOMPARE(damaged.complaint(), "");
         QVERIFY(damaged.output.contains("signed-out"));
         QCOMPARE(damaged.errors, ""_ba);
         QFile file(ownCache());
@@ -163,8 +158,8 @@ private Q_SLOTS:
 
         const QString home = qEnvironmentVariable("HOME") + u"/empty-bar"_s;
         QVERIFY(QDir().mkpath(home));
-        const Result missing = run({u"status"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
-        QCOMPARE(missing.exitCode, 0);
+        const ProgramEnd missing = run({u"status"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
+        QCOMPARE(missing.complaint(), "");
         QCOMPARE(missing.output, "Not signed in\n"_ba);
         QVERIFY(QDir(home).isEmpty());
     }
@@ -175,7 +170,7 @@ private Q_SLOTS:
         const QString home = qEnvironmentVariable("HOME") + u"/folder-for-a-file"_s;
         const QString path = home + u"/app.orbitledge.Orbitledge/subscription-snapshot-v1.json"_s;
         QVERIFY(QDir().mkpath(path));
-        const Result result = run({u"status"_s, u"--json"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
+        const ProgramEnd result = run({u"status"_s, u"--json"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.output, ""_ba);
         QCOMPARE(result.errors, "orbitledge: " + path.toUtf8() + ": Is a directory\n");
@@ -185,7 +180,7 @@ private Q_SLOTS:
     {
         const QString home = qEnvironmentVariable("HOME") + u"/empty"_s;
         QVERIFY(QDir().mkpath(home));
-        const Result result = run({u"timeline"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
+        const ProgramEnd result = run({u"timeline"_s}, {}, {{u"XDG_DATA_HOME"_s, home}});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errors.count('\n'), 1);
         QVERIFY(result.errors.contains("No data has been saved yet"));
@@ -194,7 +189,7 @@ private Q_SLOTS:
 
     void shouldRefuseWrongArgumentsWithTwo()
     {
-        const Result result = run({u"timeline"_s, u"--time-zone"_s, u"Mars/Olympus"_s});
+        const ProgramEnd result = run({u"timeline"_s, u"--time-zone"_s, u"Mars/Olympus"_s});
         QCOMPARE(result.exitCode, 2);
         QCOMPARE(result.errors.count('\n'), 1);
         QVERIFY(result.errors.contains("Mars/Olympus"));
@@ -204,9 +199,9 @@ private Q_SLOTS:
     {
         save(encodeCacheSnapshot(sampleSnapshot(1)));
         const QStringList arguments{u"timeline"_s, u"--json"_s, u"--now"_s, u"2026-03-18T12:30:00Z"_s};
-        const Result result
+        const ProgramEnd result
             = run(arguments, {}, {{u"TZ"_s, u"Pacific/Auckland"_s}, {u"LC_ALL"_s, u"de_DE.UTF-8"_s}});
-        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.complaint(), "");
         // Already the 19th there; Monday the 16th starts the week at 11:00 UTC of the day before.
         QVERIFY(result.output.contains(
             "\"week\":[{\"date\":\"2026-03-15T11:00:00Z\",\"localDate\":\"2026-03-16\""));
@@ -236,10 +231,10 @@ private Q_SLOTS:
         const QHash<QString, QString> latin{
             {u"LOCPATH"_s, locales.path()}, {u"LC_ALL"_s, u"de_DE.ISO-8859-1"_s}};
         save(encodeCacheSnapshot(sampleSnapshot(1)));
-        const Result shown = run({u"timeline"_s, u"--now"_s, u"2026-03-18T12:00:00Z"_s}, {}, latin);
-        QCOMPARE(shown.exitCode, 0);
+        const ProgramEnd shown = run({u"timeline"_s, u"--now"_s, u"2026-03-18T12:00:00Z"_s}, {}, latin);
+        QCOMPARE(shown.complaint(), "");
         QVERIFY(shown.output.startsWith("M\xE4rz 2026\n"));
-        const Result missing = run({u"timeline"_s, u"--snapshot"_s, u"/f\u00FCr"_s}, {}, latin);
+        const ProgramEnd missing = run({u"timeline"_s, u"--snapshot"_s, u"/f\u00FCr"_s}, {}, latin);
         QCOMPARE(missing.exitCode, 1);
         QCOMPARE(missing.errors, "orbitledge: /f\xFCr: No such file or directory\n"_ba);
     }
@@ -296,7 +291,7 @@ private Q_SLOTS:
         QFETCH(const QString, command);
         save(encodeCacheSnapshot(sampleSnapshot(1)));
         // The loader's own list of what it mapped, also of what would only be opened later.
-        const Result result = run({command}, {}, {{u"LD_DEBUG"_s, u"files"_s}});
+        const ProgramEnd result = run({command}, {}, {{u"LD_DEBUG"_s, u"files"_s}});
         QVERIFY(!result.output.isEmpty());
         QVERIFY(result.errors.contains("libQt6Core"));
         for (const char *library : {"Qt6Gui", "Qt6Widgets", "libX11", "libxcb", "wayland", "libGL"})

@@ -4,6 +4,7 @@
 #include "platform/linux/notifications/NotificationQueue.h"
 #include "support/Dunst.h"
 #include "support/NotificationDriver.h"
+#include "support/ProgramEnd.h"
 #include "support/TestMain.h"
 #include "support/Times.h"
 
@@ -49,13 +50,7 @@ struct Session {
             qFatal("cannot write %s", qPrintable(file()));
     }
 
-    struct Outcome {
-        int exitCode = -1;
-        QByteArray output;
-        QByteArray errors;
-    };
-
-    [[nodiscard]] Outcome deliver() const
+    [[nodiscard]] ProgramEnd deliver() const
     {
         QProcess program;
         start(program);
@@ -116,7 +111,7 @@ private Q_SLOTS:
             const auto outcome = session.deliver();
             QCOMPARE(outcome.errors, "");
             QCOMPARE(outcome.output, "");
-            QCOMPARE(outcome.exitCode, 0);
+            QCOMPARE(outcome.complaint(), "");
             QCOMPARE(session.dunst.displayedCount(), 5);
         }
         QVERIFY(session.lab.monitored().contains("string \"desktop-entry\""));
@@ -128,7 +123,7 @@ private Q_SLOTS:
         session.dunst.start();
         session.lab.startMonitor();
         session.keep({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s}, hour);
-        QCOMPARE(session.deliver().exitCode, 0);
+        QCOMPARE(session.deliver().complaint(), "");
         QCOMPARE(session.dunst.displayedCount(), 1);
         QCOMPARE(session.sentCount("5 reminders came due while Orbitledge was not running."), 1);
     }
@@ -138,7 +133,7 @@ private Q_SLOTS:
         Session session;
         const auto outcome = session.deliver();
         QCOMPARE(outcome.errors, "");
-        QCOMPARE(outcome.exitCode, 0);
+        QCOMPARE(outcome.complaint(), "");
         QVERIFY(!QFile::exists(session.file()));
     }
 
@@ -152,7 +147,7 @@ private Q_SLOTS:
             "moment.\n");
         QCOMPARE(outcome.exitCode, 1);
         session.dunst.start();
-        QCOMPARE(session.deliver().exitCode, 0);
+        QCOMPARE(session.deliver().complaint(), "");
         QCOMPARE(session.dunst.displayedCount(), 1);
     }
 
@@ -165,10 +160,10 @@ private Q_SLOTS:
         QCOMPARE(driver.pending(), QByteArrayList{"a"});
         const auto outcome = session.deliver();
         QCOMPARE(outcome.errors, "");
-        QCOMPARE(outcome.exitCode, 0);
+        QCOMPARE(outcome.complaint(), "");
         QCOMPARE(session.dunst.displayedCount(), 0);
         driver.quit();
-        QCOMPARE(session.deliver().exitCode, 0);
+        QCOMPARE(session.deliver().complaint(), "");
         QCOMPARE(session.dunst.displayedCount(), 1);
     }
 
@@ -178,7 +173,7 @@ private Q_SLOTS:
         session.startMock(u"gnome-shell"_s);
         session.lab.startMonitor();
         session.keep({u"a"_s}, second);
-        QCOMPARE(session.deliver().exitCode, 0);
+        QCOMPARE(session.deliver().complaint(), "");
         QCOMPARE(session.sentCount("a"), 1);
         QVERIFY(!session.lab.monitored().contains("string \"desktop-entry\""));
         // Who stays says whose they are.
@@ -213,7 +208,7 @@ private Q_SLOTS:
         for (int i = 0; i < 5; ++i) {
             session.keep({u"warm up"_s}, second);
             elapsed.start();
-            QCOMPARE(session.deliver().exitCode, 0);
+            QCOMPARE(session.deliver().complaint(), "");
             duration = std::min(duration, elapsed.nsecsElapsed() / 1000);
         }
 
@@ -241,7 +236,7 @@ private Q_SLOTS:
             else
                 duration = std::clamp<qint64>(lived, 1, duration); // the machine is less busy than it was
             session.awaitNobodyInCharge();
-            QCOMPARE(session.deliver().exitCode, 0);
+            QCOMPARE(session.deliver().complaint(), "");
             // Or each would have somebody waiting for a click.
             session.closeAll();
         }

@@ -102,7 +102,7 @@ private Q_SLOTS:
         const auto signIn = m_desk->signIn();
         QCOMPARE(signIn.errors, ""_ba);
         QCOMPARE(signIn.output, "Signed in as ada@example.com. 16 subscriptions fetched.\n"_ba);
-        QCOMPARE(signIn.exitCode, 0);
+        QCOMPARE(signIn.complaint(), "");
         m_desk->desk.awaitBadge();
 
         QVERIFY(QFile::remove(m_desk->cacheFile()));
@@ -172,11 +172,11 @@ private Q_SLOTS:
         server.answerWith(answerTo);
         m_desk->startResident();
         m_desk->lab.startMonitor();
-        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password + '\n').exitCode, 0);
+        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password + '\n').complaint(), "");
         QVERIFY(server.requests()[0].contains(password)); // the only place where it belongs
-        QCOMPARE(m_desk->run({u"refresh"_s}).exitCode, 0);
+        QCOMPARE(m_desk->run({u"refresh"_s}).complaint(), "");
         QVERIFY(server.requests().last().contains(cookie));
-        QCOMPARE(m_desk->run({u"sign-out"_s}).exitCode, 0);
+        QCOMPARE(m_desk->run({u"sign-out"_s}).complaint(), "");
         const QByteArray monitored = m_desk->lab.monitored();
         QVERIFY(monitored.contains("Session1; member=SignIn"));
         QVERIFY(!monitored.contains(password));
@@ -275,7 +275,7 @@ private Q_SLOTS:
         FaultServer server;
         askOf(server);
         server.answerWith(answerTo);
-        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password).complaint(), "");
         server.answerWith(noAnswer);
         const qsizetype before = server.requests().size();
         QProcess &first = m_desk->start({u"refresh"_s});
@@ -291,7 +291,7 @@ private Q_SLOTS:
         first.kill();
         const auto result = ResidentDesk::finish(second);
         QCOMPARE(result.errors, ""_ba);
-        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.complaint(), "");
         QCOMPARE(server.requests().size(), before + 4);
     }
 
@@ -300,7 +300,7 @@ private Q_SLOTS:
         FaultServer server;
         askOf(server);
         server.answerWith(answerTo);
-        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password).complaint(), "");
         server.answerWith(noAnswer);
         const qsizetype before = server.requests().size();
         QProcess &command = m_desk->start({u"refresh"_s});

@@ -67,7 +67,7 @@ private Q_SLOTS:
         launched.insert(u"DESKTOP_STARTUP_ID"_s, u"launcher-1-desk_TIME4711"_s);
         const auto result = ResidentDesk::finish(m_desk->start({}, launched));
         QCOMPARE(result.errors, ""_ba);
-        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.complaint(), "");
         m_desk->awaitPanel(true);
         QCOMPARE(first.state(), QProcess::Running);
         // With the desktop's word that a person asked for it.
@@ -78,7 +78,7 @@ private Q_SLOTS:
     {
         m_desk->startResident();
         m_desk->lab.startMonitor();
-        QCOMPARE(m_desk->run({u"--background"_s}).exitCode, 0);
+        QCOMPARE(m_desk->run({u"--background"_s}).complaint(), "");
         QVERIFY(!m_desk->lab.monitored().contains("org.freedesktop.Application"));
         QVERIFY(!m_desk->isPanelOpen());
     }
@@ -116,7 +116,7 @@ private Q_SLOTS:
 
     void shouldDoWhatLaunchersAskFor()
     {
-        QCOMPARE(m_desk->signIn().exitCode, 0);
+        QCOMPARE(m_desk->signIn().complaint(), "");
         QProcess &program = m_desk->startResident();
         QCOMPARE(m_desk->activateAction(u"open"_s).type(), QDBusMessage::ReplyMessage);
         m_desk->awaitPanel(true);
@@ -144,19 +144,19 @@ private Q_SLOTS:
         QTRY_COMPARE(m_desk->openedPages(), QByteArrayList{"https://example.com/page"});
 
         QCOMPARE(m_desk->activateAction(u"quit"_s).type(), QDBusMessage::ReplyMessage);
-        QCOMPARE(ResidentDesk::finish(program).exitCode, 0);
+        QCOMPARE(ResidentDesk::finish(program).complaint(), "");
         QTRY_VERIFY(!m_desk->lab.isOnBus(ResidentDesk::name()));
     }
 
     void shouldAddASubscriptionFromTheLauncher()
     {
-        QCOMPARE(m_desk->signIn().exitCode, 0);
+        QCOMPARE(m_desk->signIn().complaint(), "");
         // By the one that is started for it, and by one that runs.
         for (const QString &subscription : {u"First Flight"_s, u"Second Sight"_s}) {
             m_desk->start({u"--quick-add"_s});
             m_desk->awaitPanel(true);
             // Once it knows that somebody is signed in, and has looked at what it is to show.
-            QCOMPARE(m_desk->run({u"refresh"_s}).exitCode, 0);
+            QCOMPARE(m_desk->run({u"refresh"_s}).complaint(), "");
             QCOMPARE(m_desk->call(u"Activate"_s, {QVariantMap()}).type(), QDBusMessage::ReplyMessage);
             m_desk->lab.run(u"xdotool"_s, {u"type"_s, subscription});
             m_desk->desk.press(u"Tab"_s);
@@ -171,10 +171,10 @@ private Q_SLOTS:
     {
         QProcess &first = m_desk->start({u"--settings"_s});
         m_desk->desk.awaitActive(u"Orbitledge Settings"_s);
-        QCOMPARE(m_desk->run({u"--quit"_s}).exitCode, 0);
-        QCOMPARE(ResidentDesk::finish(first).exitCode, 0);
+        QCOMPARE(m_desk->run({u"--quit"_s}).complaint(), "");
+        QCOMPARE(ResidentDesk::finish(first).complaint(), "");
         // There is none that could quit, and none is started for it.
-        QCOMPARE(m_desk->run({u"--quit"_s}).exitCode, 0);
+        QCOMPARE(m_desk->run({u"--quit"_s}).complaint(), "");
         QVERIFY(!m_desk->lab.isOnBus(ResidentDesk::name()));
     }
 
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QCOMPARE(second.exitCode, 1);
         QCOMPARE(second.errors,
             "orbitledge: Orbitledge is running already, but cannot be reached over the session bus.\n"_ba);
-        QCOMPARE(ResidentDesk::finish(m_desk->start({u"--background"_s}, withoutBus())).exitCode, 0);
+        QCOMPARE(ResidentDesk::finish(m_desk->start({u"--background"_s}, withoutBus())).complaint(), "");
         QCOMPARE(panelCount(), 1);
         QCOMPARE(first.state(), QProcess::Running);
         first.kill();

@@ -4,6 +4,7 @@
 #include "support/DemoService.h"
 #include "support/DesktopLab.h"
 #include "support/FaultServer.h"
+#include "support/ProgramEnd.h"
 #include "support/SampleRecords.h"
 #include "support/TestMain.h"
 
@@ -93,12 +94,6 @@ class SessionProgramTest : public QObject {
     Q_OBJECT
 
 private:
-    struct Result {
-        int exitCode = -1;
-        QByteArray output;
-        QByteArray errors;
-    };
-
     std::optional<DesktopLab> m_lab;
     QUrl m_service;
 
@@ -123,14 +118,14 @@ private:
         return process;
     }
 
-    static Result finish(QProcess &process)
+    static ProgramEnd finish(QProcess &process)
     {
         if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit)
             return {};
         return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
     }
 
-    [[nodiscard]] Result run(const QStringList &arguments, const QByteArray &input = {},
+    [[nodiscard]] ProgramEnd run(const QStringList &arguments, const QByteArray &input = {},
         const QString &locale = u"C.UTF-8"_s) const
     {
         return finish(*start(arguments, input, locale));
@@ -178,32 +173,32 @@ private Q_SLOTS:
         m_service = service.baseUrl();
 
         const QString email(DemoService::email);
-        const Result signIn = run({u"sign-in"_s, email}, QByteArray(DemoService::password.data()) + '\n');
+        const ProgramEnd signIn = run({u"sign-in"_s, email}, QByteArray(DemoService::password.data()) + '\n');
         QCOMPARE(signIn.errors, ""_ba);
         QCOMPARE(signIn.output, "Signed in as ada@example.com. 16 subscriptions fetched.\n"_ba);
-        QCOMPARE(signIn.exitCode, 0);
+        QCOMPARE(signIn.complaint(), "");
         QVERIFY(keyringItem().contains("label = Orbitledge session"));
         QVERIFY(!(QFileInfo(cacheFile()).permissions()
             & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther)));
 
         QVERIFY(QFile::remove(cacheFile()));
-        const Result refresh = run({u"refresh"_s});
+        const ProgramEnd refresh = run({u"refresh"_s});
         QCOMPARE(refresh.errors, ""_ba);
         QCOMPARE(refresh.output, "Up to date. 16 subscriptions fetched.\n"_ba);
-        const Result timeline = run({u"timeline"_s});
-        QCOMPARE(timeline.exitCode, 0);
+        const ProgramEnd timeline = run({u"timeline"_s});
+        QCOMPARE(timeline.complaint(), "");
         QVERIFY(timeline.output.contains("Northlight Video"));
 
         const QString logos = m_lab->path(u"cache/app.orbitledge.Orbitledge/logos"_s);
         QVERIFY(QDir().mkpath(logos) && QFile::copy(QStringLiteral(ORBITLEDGE_PROGRAM), logos + u"/logo"_s));
 
-        const Result signOut = run({u"sign-out"_s});
+        const ProgramEnd signOut = run({u"sign-out"_s});
         QCOMPARE(signOut.errors, ""_ba);
         QVERIFY(!QFile::exists(logos));
         QCOMPARE(signOut.output, "Signed out.\n"_ba);
         QVERIFY(!QFile::exists(cacheFile()));
         QVERIFY(!keyringItem().contains("Orbitledge"));
-        const Result late = run({u"refresh"_s});
+        const ProgramEnd late = run({u"refresh"_s});
         QCOMPARE(late.exitCode, 1);
         QCOMPARE(late.errors, "orbitledge: You are not signed in.\n"_ba);
     }
@@ -216,7 +211,7 @@ private Q_SLOTS:
         m_service = service.baseUrl();
         const QString email(DemoService::email);
         const QString secret(DemoService::password);
-        QCOMPARE(run({u"sign-in"_s, email}, secret.toUtf8()).exitCode, 0);
+        QCOMPARE(run({u"sign-in"_s, email}, secret.toUtf8()).complaint(), "");
 
         Browser browser;
         QVERIFY2(browser.start(), qPrintable(browser.problem()));
@@ -228,7 +223,7 @@ private Q_SLOTS:
         QVERIFY(browser.replace(u"#cost"_s, u"123.45"_s));
         QVERIFY2(browser.follow(u"#save"_s), qPrintable(browser.problem()));
 
-        QCOMPARE(run({u"refresh"_s}).exitCode, 0);
+        QCOMPARE(run({u"refresh"_s}).complaint(), "");
         const auto snapshot = decodeCacheSnapshot(contentOf(cacheFile()));
         QVERIFY(snapshot);
         const auto edited
@@ -242,7 +237,7 @@ private Q_SLOTS:
         DemoService service;
         QVERIFY2(service.start(), qPrintable(service.problem()));
         m_service = service.baseUrl();
-        const Result result = run({u"sign-in"_s, QString(DemoService::email)}, "not the password\n");
+        const ProgramEnd result = run({u"sign-in"_s, QString(DemoService::email)}, "not the password\n");
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.output, ""_ba);
         QVERIFY(result.errors.startsWith("orbitledge: ") && result.errors.size() > 20);
@@ -257,7 +252,7 @@ private Q_SLOTS:
         FaultServer server;
         m_service = server.url();
         for (const QString &locale : {u"C.UTF-8"_s, u"C"_s, u"xx_XX"_s, u"en_US.ISO-8859-1"_s}) {
-            const Result result = run({u"refresh"_s}, {}, locale);
+            const ProgramEnd result = run({u"refresh"_s}, {}, locale);
             QCOMPARE(result.exitCode, 1);
             QCOMPARE(result.output, ""_ba);
             QCOMPARE(result.errors, "orbitledge: You are not signed in.\n"_ba);
@@ -270,11 +265,11 @@ private Q_SLOTS:
         FaultServer server;
         m_service = server.url();
         server.answerWith(answerTo);
-        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).complaint(), "");
         const QByteArray before = contentOf(cacheFile());
         server.answerWith(
             [](const QByteArray & /*request*/) { return FaultServer::whole(401, "{\"error\":\"\"}"); });
-        const Result result = run({u"refresh"_s});
+        const ProgramEnd result = run({u"refresh"_s});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errors, "orbitledge: Your session expired. Please sign in again.\n"_ba);
         QVERIFY(!keyringItem().contains("Orbitledge"));
@@ -287,13 +282,13 @@ private Q_SLOTS:
         FaultServer server;
         m_service = server.url();
         server.answerWith(answerTo);
-        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).complaint(), "");
         const QByteArray before = contentOf(cacheFile());
         server.answerWith([](const QByteArray & /*request*/) {
             return FaultServer::whole(
                 200, "<html>Welcome to the airport</html>", "Content-Type: text/html\r\n");
         });
-        const Result result = run({u"refresh"_s});
+        const ProgramEnd result = run({u"refresh"_s});
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errors,
             "orbitledge: The server response could not be read: The data couldn\u2019t be read because it "
@@ -307,7 +302,7 @@ private Q_SLOTS:
         m_service = QUrl(u"http://example.com/"_s);
         for (const QStringList &arguments :
             {QStringList{u"sign-in"_s, u"a@b"_s}, {u"refresh"_s}, {u"sign-out"_s}}) {
-            const Result result = run(arguments, password);
+            const ProgramEnd result = run(arguments, password);
             QCOMPARE(result.exitCode, 1);
             QVERIFY(result.errors.startsWith("orbitledge: ORBITLEDGE_API_URL must begin with https://"));
             QCOMPARE(result.errors.count('\n'), 1);
@@ -320,7 +315,7 @@ private Q_SLOTS:
         FaultServer server;
         m_service = server.url();
         server.answerWith(answerTo);
-        const Result result = run({u"sign-in"_s, u"a@b"_s}, password);
+        const ProgramEnd result = run({u"sign-in"_s, u"a@b"_s}, password);
         QCOMPARE(result.exitCode, 1);
         QCOMPARE(result.errors,
             "orbitledge: The session could not be stored securely: Keychain error: No keyring is available. "
@@ -350,7 +345,7 @@ private Q_SLOTS:
         FaultServer server;
         server.answerWith(answerTo);
         m_service = server.url();
-        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).exitCode, 0);
+        QCOMPARE(run({u"sign-in"_s, u"a@b"_s}, password).complaint(), "");
         const QByteArray before = contentOf(cacheFile());
         const qsizetype asked = server.requests().size();
 
@@ -360,7 +355,7 @@ private Q_SLOTS:
         environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
         shell.setProcessEnvironment(environment);
         shell.start(u"/bin/sh"_s, {u"-c"_s, u"exec \"$0\" "_s + command, QStringLiteral(ORBITLEDGE_PROGRAM)});
-        const Result result = finish(shell);
+        const ProgramEnd result = finish(shell);
         QCOMPARE(result.exitCode, exitCode);
         QCOMPARE(result.errors, errors);
         QCOMPARE(server.requests().size(), asked + (command.startsWith(u"sign-in") ? 0 : 2));
@@ -394,7 +389,7 @@ private Q_SLOTS:
 
         // Good and bad ends
         server.answerWith(answerTo);
-        const auto note = [&words](const Result &result) { words += result.output + result.errors; };
+        const auto note = [&words](const ProgramEnd &result) { words += result.output + result.errors; };
         note(run({u"sign-in"_s, u"ada@example.com"_s}, password + '\n'));
         QVERIFY(server.requests().last().contains(cookie));
         note(run({u"refresh"_s}));

@@ -1,20 +1,16 @@
+#include "support/ProgramEnd.h"
 #include "support/TestMain.h"
 
 #include <QProcess>
 
 #include <csignal>
 
+using namespace orbitledge::testing;
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int patience = 30'000; // milliseconds; only reached by what will never come
-
-struct Outcome {
-    int exitCode = 0;
-    QByteArray output;
-    QByteArray errors;
-};
 
 /// The script that puts a command into a desktop session.
 class WithDesktop {
@@ -26,7 +22,7 @@ public:
             qFatal("cannot start the script");
     }
 
-    Outcome finish(const QByteArray &input = {})
+    ProgramEnd finish(const QByteArray &input = {})
     {
         m_process.write(input);
         m_process.closeWriteChannel();
@@ -41,7 +37,7 @@ private:
     QProcess m_process;
 };
 
-Outcome run(const QStringList &arguments, const QByteArray &input = {})
+ProgramEnd run(const QStringList &arguments, const QByteArray &input = {})
 {
     WithDesktop script;
     script.start(arguments);
@@ -62,7 +58,7 @@ private Q_SLOTS:
     void shouldPassEverythingOn()
     {
         const QTemporaryDir dir;
-        const Outcome outcome
+        const ProgramEnd outcome
             = run({dir.path(), u"sh"_s, u"-c"_s, u"cat; echo \"$1\" >&2; exit 3"_s, u"sh"_s, u"two words"_s},
                 "through");
         QCOMPARE(outcome.exitCode, 3);
@@ -75,7 +71,7 @@ private Q_SLOTS:
         const QTemporaryDir parent;
         // Too long for a socket to be in it.
         const QString dir = parent.filePath(u"not there yet/"_s + QString(100, u'x'));
-        const Outcome outcome = run({dir, u"sh"_s, u"-c"_s,
+        const ProgramEnd outcome = run({dir, u"sh"_s, u"-c"_s,
             u"for d in \"$HOME\" \"$XDG_CONFIG_HOME\" \"$XDG_DATA_HOME\" \"$XDG_STATE_HOME\""
             u" \"$XDG_CACHE_HOME\" \"$XDG_RUNTIME_DIR\"; do stat -c %a \"$d\"; done"_s});
         QCOMPARE(outcome.output, QByteArray("700\n").repeated(6));
@@ -90,7 +86,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir parent;
         for (const QString &name : {u"two words"_s, u"\u00dcbung, 100% = a;b"_s}) {
-            const Outcome outcome = run({parent.filePath(name), u"dbus-send"_s, u"--session"_s,
+            const ProgramEnd outcome = run({parent.filePath(name), u"dbus-send"_s, u"--session"_s,
                 u"--print-reply"_s, u"--dest=org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s,
                 u"org.freedesktop.DBus.Peer.Ping"_s});
             QVERIFY2(outcome.exitCode == 0, outcome.errors.constData());
@@ -115,11 +111,11 @@ private Q_SLOTS:
         WithDesktop first;
         first.start({dir.path(), u"sh"_s, u"-c"_s, u"echo ready; cat"_s});
         QVERIFY(QTest::qWaitFor([&] { return first.process().canReadLine(); }, patience));
-        const Outcome second = run({dir.path(), u"true"_s});
+        const ProgramEnd second = run({dir.path(), u"true"_s});
         QCOMPARE(second.exitCode, 125);
         QCOMPARE(second.errors.count('\n'), 1);
-        QCOMPARE(first.finish().exitCode, 0);
-        QCOMPARE(run({dir.path(), u"true"_s}).exitCode, 0);
+        QCOMPARE(first.finish().complaint(), "");
+        QCOMPARE(run({dir.path(), u"true"_s}).complaint(), "");
     }
 
     void shouldEndEverythingHoweverItEnds_data()
@@ -176,7 +172,7 @@ private Q_SLOTS:
     void shouldSayInOneLineWhatIsWrong()
     {
         QFETCH(const QStringList, arguments);
-        const Outcome outcome = run(arguments);
+        const ProgramEnd outcome = run(arguments);
         QCOMPARE(outcome.exitCode, 125);
         QVERIFY(outcome.errors.startsWith("with-desktop: "));
         QCOMPARE(outcome.errors.count('\n'), 1);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/ProgramEnd.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QProcess>
@@ -116,14 +118,8 @@ public:
         return m_process->readAllStandardError();
     }
 
-    struct Answer {
-        int exitCode = -1;
-        QByteArray output;
-        QByteArray errors;
-    };
-
     /// Runs the program to its end, for what does not listen: --help, --add-account and the like.
-    static Answer run(const QStringList &arguments, const QByteArray &input = {})
+    static ProgramEnd run(const QStringList &arguments, const QByteArray &input = {})
     {
         QProcess process;
         process.start(QStringLiteral(ORBITLEDGE_DEMO_SERVICE_PROGRAM), arguments);
@@ -140,7 +136,7 @@ public:
     {
         if (m_dataFolder.isEmpty())
             m_dataFolder = temporaryFolder();
-        const Answer answer = run(
+        const ProgramEnd answer = run(
             QStringList{QStringLiteral("--data"), m_dataFolder, QStringLiteral("--add-account"), accountEmail}
                 + arguments,
             accountPassword + '\n');

@@ -1,8 +1,27 @@
 #pragma once
 
+#include <QByteArray>
 #include <QProcess>
 
 namespace orbitledge::testing {
+
+/// What a program that has ended leaves behind.
+struct ProgramEnd {
+    /// -1 where it did not end by itself.
+    int exitCode = -1;
+    QByteArray output;
+    QByteArray errors;
+
+    /// Empty where it ended well. Otherwise what it ended with, and everything that it said goes to the log:
+    /// of two texts that are not the same a test shows only the beginning.
+    [[nodiscard]] QByteArray complaint() const
+    {
+        if (exitCode == 0)
+            return {};
+        qWarning("%s", errors.constData());
+        return "ended with " + QByteArray::number(exitCode);
+    }
+};
 
 /// Ends it at once: it has no say in it. Where its coverage is measured it may write down the counts before.
 inline void endAtOnce(QProcess &program)

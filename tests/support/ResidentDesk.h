@@ -27,12 +27,6 @@ namespace orbitledge::testing {
 /// down what it is asked for. A test that uses it needs the demo service, and ORBITLEDGE_PROGRAM.
 class ResidentDesk {
 public:
-    struct Result {
-        int exitCode = -1;
-        QByteArray output;
-        QByteArray errors;
-    };
-
     static QString name() { return QStringLiteral("app.orbitledge.Orbitledge"); }
     static QString path() { return QStringLiteral("/app/orbitledge/Orbitledge"); }
     static QString panelTitle() { return QStringLiteral("Orbitledge"); }
@@ -87,21 +81,21 @@ public:
     }
 
     /// Waits without holding up what else happens here.
-    static Result finish(QProcess &program)
+    static ProgramEnd finish(QProcess &program)
     {
         if (!QTest::qWaitFor([&] { return program.state() == QProcess::NotRunning; }, 60'000)
             || program.exitStatus() != QProcess::NormalExit)
             return {};
         return {program.exitCode(), program.readAllStandardOutput(), program.readAllStandardError()};
     }
-    Result run(const QStringList &arguments, const QByteArray &input = {})
+    ProgramEnd run(const QStringList &arguments, const QByteArray &input = {})
     {
         QProcess &program = start(arguments);
         program.write(input);
         program.closeWriteChannel();
         return finish(program);
     }
-    Result signIn()
+    ProgramEnd signIn()
     {
         return run({QStringLiteral("sign-in"), QString(DemoService::email)},
             QByteArray(DemoService::password.data()) + '\n');
