@@ -323,6 +323,36 @@ private Q_SLOTS:
         QCOMPARE(result.output, "Up to date. 1 subscription fetched.\n"_ba);
         QVERIFY(m_desk->isPanelOpen());
     }
+
+    void shouldQuitWhileItWaitsForACommand()
+    {
+        FaultServer server;
+        askOf(server);
+        server.answerWith(answerTo);
+        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password).complaint(), "");
+        server.answerWith(noAnswer);
+        const qsizetype before = server.requests().size();
+        QProcess &command = m_desk->start({u"refresh"_s});
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), before + 2, 20'000);
+        QProcess &program = m_desk->startResident();
+        QCOMPARE(m_desk->run({u"--quit"_s}).complaint(), "");
+        QCOMPARE(ResidentDesk::finish(program).complaint(), "");
+        QCOMPARE(command.state(), QProcess::Running);
+    }
+
+    void shouldQuitWhileTheServiceIsMute()
+    {
+        FaultServer server;
+        askOf(server);
+        server.answerWith(answerTo);
+        QCOMPARE(m_desk->run({u"sign-in"_s, u"a@b"_s}, password).complaint(), "");
+        server.answerWith(noAnswer);
+        const qsizetype before = server.requests().size();
+        QProcess &program = m_desk->startResident();
+        QTRY_VERIFY_WITH_TIMEOUT(server.requests().size() > before, 20'000);
+        QCOMPARE(m_desk->run({u"--quit"_s}).complaint(), "");
+        QCOMPARE(ResidentDesk::finish(program).complaint(), "");
+    }
 };
 
 ORBITLEDGE_TEST_MAIN(HandOverTest)

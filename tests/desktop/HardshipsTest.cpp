@@ -156,6 +156,30 @@ private Q_SLOTS:
         QVERIFY(m_session->quit());
     }
 
+    void shouldLeaveABrowserAloneThatTakesItsTime()
+    {
+        m_session->signIn();
+        const QString bin = m_session->lab().path(u"slow"_s);
+        QVERIFY(QDir().mkpath(bin));
+        QFile browser(bin + u"/xdg-open"_s);
+        QVERIFY(browser.open(QIODevice::WriteOnly));
+        // Until the test lets it go on, or is over.
+        browser.write("#!/bin/sh\n"
+                      "echo \"$1\" >>\"$OPENED_PAGES\"\n"
+                      "while [ -d \"${0%/*}\" ] && [ ! -e \"${0%/*}/go\" ]; do sleep 0.1; done\n"
+                      "echo shown >>\"$OPENED_PAGES\"\n");
+        QVERIFY(browser.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        browser.close();
+        m_session->set("PATH", bin + u':' + m_session->environment().value(u"PATH"_s));
+        m_session->start();
+        m_session->awaitPanel(true);
+        QVERIFY(pageOfFirstRow().startsWith(pages()));
+        QVERIFY(m_session->quit());
+        QVERIFY(!m_session->openedPages().contains("shown"));
+        QVERIFY(QFile(bin + u"/go"_s).open(QIODevice::WriteOnly));
+        DesktopLab::await("the browser", [this] { return m_session->openedPages().contains("shown"); });
+    }
+
     void shouldOpenInAnyLocale_data()
     {
         QTest::addColumn<QString>("locale");
