@@ -130,6 +130,14 @@ public:
                 m_exchanges.push_back(new Exchange(this, client, m_shared));
         });
     }
+    Server(const Server &) = delete;
+    Server &operator=(const Server &) = delete;
+    /// Not left to what is above: what ends tells it to this.
+    ~Server() override
+    {
+        while (!m_exchanges.empty())
+            delete m_exchanges.back(); // which takes itself out
+    }
 
     void setOpen(bool isOpen, quint16 port)
     {

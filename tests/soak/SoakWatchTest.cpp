@@ -73,6 +73,17 @@ private Q_SLOTS:
         QCOMPARE(proxy.overlaps(), QStringList());
     }
 
+    void shouldEndWhileSomebodyWaits()
+    {
+        std::unique_ptr<QTcpSocket> waiting;
+        {
+            FaultProxy proxy;
+            proxy.setWeather(FaultProxy::Weather::Mute);
+            waiting = ask(proxy, "GET /subscriptions");
+        }
+        QTRY_COMPARE(waiting->state(), QAbstractSocket::UnconnectedState);
+    }
+
     void shouldSeeWhatWasShownTwice()
     {
         DesktopLab lab({.hasDisplay = true});
