@@ -159,18 +159,13 @@ private Q_SLOTS:
     void shouldLeaveABrowserAloneThatTakesItsTime()
     {
         m_session->signIn();
-        const QString bin = m_session->lab().path(u"slow"_s);
-        QVERIFY(QDir().mkpath(bin));
+        const QString bin = m_session->lab().path(u"bin"_s);
         QFile browser(bin + u"/xdg-open"_s);
-        QVERIFY(browser.open(QIODevice::WriteOnly));
+        QVERIFY(browser.open(QIODevice::Append));
         // Until the test lets it go on, or is over.
-        browser.write("#!/bin/sh\n"
-                      "echo \"$1\" >>\"$OPENED_PAGES\"\n"
-                      "while [ -d \"${0%/*}\" ] && [ ! -e \"${0%/*}/go\" ]; do sleep 0.1; done\n"
+        browser.write("while [ -d \"${0%/*}\" ] && [ ! -e \"${0%/*}/go\" ]; do sleep 0.1; done\n"
                       "echo shown >>\"$OPENED_PAGES\"\n");
-        QVERIFY(browser.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         browser.close();
-        m_session->set("PATH", bin + u':' + m_session->environment().value(u"PATH"_s));
         m_session->start();
         m_session->awaitPanel(true);
         QVERIFY(pageOfFirstRow().startsWith(pages()));
