@@ -130,6 +130,8 @@ void SubscriptionList::setSections(QList<TimelineSection> sections, RowMaker mak
     verticalScrollBar()->setPageStep(viewport()->height());
     verticalScrollBar()->setSingleStep(rowHeight() / 2);
     realize();
+    if (hasFocus() && m_rowCount > 0)
+        rowAt(m_current)->setFocus(Qt::OtherFocusReason);
 }
 
 /// Finds where the subscriptions of the rows that are there have gone; what has gone altogether leaves its
@@ -153,14 +155,32 @@ void SubscriptionList::relocate()
             ++position;
         }
     }
-    std::erase_if(m_realized, [this](const Realized &realized) {
+    std::vector<SubscriptionRow *> gone;
+    std::erase_if(m_realized, [&gone](const Realized &realized) {
         if (realized.position >= 0)
             return false;
-        realized.row->hide();
-        m_spare.push_back(realized.row);
+        gone.push_back(realized.row);
         return true;
     });
     setCurrent(current >= 0 ? current : std::min(m_current, m_rowCount - 1));
+    const bool hadFocus = std::ranges::any_of(gone, &SubscriptionRow::hasFocusWithin);
+    if (hadFocus && m_rowCount > 0)
+        keepFocus();
+    // To hide what has the focus has the toolkit give it to somebody else at once, which may be this list: by
+    // now what it knows of its rows is true again.
+    for (SubscriptionRow *const row : gone) {
+        row->withdrawQuestion();
+        row->hide();
+        m_spare.push_back(row);
+    }
+}
+
+/// Until there is a row to give it to.
+void SubscriptionList::keepFocus()
+{
+    m_isPassedOver = true;
+    setFocus(Qt::OtherFocusReason);
+    m_isPassedOver = false;
 }
 
 bool SubscriptionList::isHeld(const SubscriptionRow &row)
@@ -315,9 +335,7 @@ bool SubscriptionList::focusNextPrevChild(bool next)
     if (row->focusNextControl(next))
         return true;
     // On from here, as if this had been one thing.
-    m_isPassedOver = true;
-    setFocus(Qt::OtherFocusReason);
-    m_isPassedOver = false;
+    keepFocus();
     return QAbstractScrollArea::focusNextPrevChild(next);
 }
 

@@ -63,6 +63,7 @@ private:
     int rowHeight() const;
     int contentHeight() const;
     void relocate();
+    void keepFocus();
     void realize();
     void realizeRange(qsizetype first, qsizetype last);
     void placeHeaders();

@@ -294,6 +294,23 @@ void SubscriptionRow::askBeforeCancelling()
     box->open();
 }
 
+void SubscriptionRow::withdrawQuestion()
+{
+    // Perhaps on behalf of one of its own buttons, so that it may not be gone at once.
+    if (m_question) {
+        m_question->hide();
+        m_question->deleteLater();
+    }
+}
+
+void SubscriptionRow::hideEvent(QHideEvent *event)
+{
+    ButtonBase::hideEvent(event);
+    // With the window the question goes and comes back; without its row there is nothing to ask.
+    if (window()->isVisible())
+        withdrawQuestion();
+}
+
 void SubscriptionRow::run(const std::function<QCoro::Task<void>(QUuid)> &action)
 {
     if (m_isWorking)

@@ -52,6 +52,8 @@ public:
 
     /// What the mutation button does.
     void requestMutation();
+    /// What is asked about the row is not asked any more.
+    void withdrawQuestion();
     void openContextMenu(QPoint globalPosition);
 
     QSize sizeHint() const override;
@@ -68,6 +70,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
 

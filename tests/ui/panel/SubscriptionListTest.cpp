@@ -9,6 +9,7 @@
 #include "ui/panel/PanelTexts.h"
 #include "ui/panel/RowMeasures.h"
 
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -205,6 +206,69 @@ private Q_SLOTS:
         QVERIFY(m_desk->names().isEmpty());
         m_desk->show(sampleList());
         QCOMPARE(m_desk->list->rowCount(), 11);
+    }
+
+    void shouldGiveTheKeyboardToTheNeighbourOfWhatIsGone_data()
+    {
+        QTest::addColumn<int>("gone");
+        QTest::addColumn<QString>("focused");
+        QTest::newRow("the first") << 0 << u"Tidewater Music"_s;
+        QTest::newRow("one in the middle") << 1 << u"Arcade Cellar"_s;
+        QTest::newRow("the last") << 3 << u"Arcade Cellar"_s;
+    }
+    void shouldGiveTheKeyboardToTheNeighbourOfWhatIsGone()
+    {
+        QFETCH(const int, gone);
+        QFETCH(const QString, focused);
+        // Nothing else takes the focus, so that it comes round to the list.
+        m_desk->before->setFocusPolicy(Qt::NoFocus);
+        m_desk->after->setFocusPolicy(Qt::NoFocus);
+        m_desk->show(sampleList());
+        QList<Subscription> list = sampleList();
+        const auto isKept = [kept = m_desk->names().first(4)](const Subscription &subscription) {
+            return kept.contains(subscription.name);
+        };
+        list.removeIf([&isKept](const Subscription &subscription) { return !isKept(subscription); });
+        m_desk->show(list);
+        const QStringList names = m_desk->names();
+        QCOMPARE(names.size(), 4);
+        m_desk->rowNamed(names[gone])->setFocus(Qt::TabFocusReason);
+        list.removeIf([&](const Subscription &subscription) { return subscription.name == names[gone]; });
+        m_desk->show(list);
+        QCOMPARE(m_desk->focused(), focused);
+        QStringList left = names;
+        left.removeAt(gone);
+        QCOMPARE(m_desk->names(), left);
+        QStringList seen;
+        for (const SubscriptionRow *row : m_desk->list->findChildren<SubscriptionRow *>()) {
+            if (row->isVisible())
+                seen.append(row->content().name);
+        }
+        seen.sort();
+        left.sort();
+        QCOMPARE(seen, left);
+    }
+
+    void shouldNotAskAboutWhatIsGone()
+    {
+        m_desk->show(sampleList());
+        m_desk->rowNamed(u"Tidewater Music"_s)->requestMutation();
+        QVERIFY(m_desk->window.findChild<QMessageBox *>());
+        m_desk->show(sampleList());
+        QVERIFY(m_desk->window.findChild<QMessageBox *>()->isVisible());
+        QList<Subscription> list = sampleList();
+        list.removeIf([](const Subscription &other) { return other.name == u"Tidewater Music"; });
+        m_desk->show(list);
+        QTRY_VERIFY(!m_desk->window.findChild<QMessageBox *>());
+    }
+
+    void shouldNotAskWhereItIsNotSeenAnyMore()
+    {
+        m_desk->show(sampleList());
+        m_desk->rowNamed(u"Tidewater Music"_s)->requestMutation();
+        QVERIFY(m_desk->window.findChild<QMessageBox *>());
+        m_desk->list->hide();
+        QTRY_VERIFY(!m_desk->window.findChild<QMessageBox *>());
     }
 
     void shouldShowSubscriptionsOfTheSameIdBesideEachOther()
