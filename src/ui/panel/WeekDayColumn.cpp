@@ -26,7 +26,7 @@ void drawFitting(QPainter &painter, const QRectF &room, QFont font, const QStrin
 {
     const qreal width = QFontMetricsF(font).horizontalAdvance(text);
     if (width > room.width())
-        font.setPixelSize(std::max(1, static_cast<int>(font.pixelSize() * room.width() / width)));
+        font.setPointSizeF(font.pointSizeF() * room.width() / width);
     painter.setFont(font);
     painter.drawText(room, Qt::AlignCenter | Qt::TextSingleLine | Qt::TextDontClip, text);
 }
