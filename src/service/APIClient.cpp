@@ -22,6 +22,8 @@ struct APIClientParts {
     std::shared_ptr<SessionCredentialStoring> credentialStore;
     std::shared_ptr<const Clock> clock;
     SerialQueue decoding;
+    /// How many credentials were handed to the store.
+    int saves = 0;
 };
 
 namespace {
@@ -94,9 +96,17 @@ QCoro::Task<void> forget(
     (void)co_await parts->credentialStore->clear(prompt);
 }
 
+/// Somebody who signs in may have stored another one since `saves`, while what is of no use was being loaded.
+QCoro::Task<void> forgetWhatWasLoaded(std::shared_ptr<APIClientParts> parts, int saves)
+{
+    if (parts->saves == saves)
+        co_await forget(parts);
+}
+
 /// The Cookie header's value; absent where no credential is stored, or none that is still good.
 APITask<std::optional<QByteArray>> cookieHeader(std::shared_ptr<APIClientParts> parts)
 {
+    const int saves = parts->saves;
     const auto loaded = co_await parts->credentialStore->load();
     if (!loaded)
         co_return failed(APIError::SessionStorage{loaded.error().errorDescription()});
@@ -104,7 +114,7 @@ APITask<std::optional<QByteArray>> cookieHeader(std::shared_ptr<APIClientParts> 
     if (!credential)
         co_return std::nullopt;
     if (credential->isExpired(parts->clock->now())) {
-        co_await forget(parts);
+        co_await forgetWhatWasLoaded(parts, saves);
         co_return std::nullopt;
     }
     co_return QByteArray(sessionCookieName) + '=' + credential->value.toLatin1();
@@ -201,6 +211,7 @@ APITask<UserProfile> openSession(std::shared_ptr<APIClientParts> parts, QString 
     auto credential = credentialOf(*response, parts->baseURL, parts->clock->now());
     if (!credential)
         co_return failed(APIError::InvalidResponse{});
+    ++parts->saves;
     const auto saved = co_await parts->credentialStore->save(*std::move(credential));
     if (!saved)
         co_return failed(APIError::SessionStorage{saved.error().errorDescription()});
@@ -215,6 +226,7 @@ APITask<UserProfile> openSession(std::shared_ptr<APIClientParts> parts, QString 
 
 QCoro::Task<bool> checkSession(std::shared_ptr<APIClientParts> parts)
 {
+    const int saves = parts->saves;
     const auto loaded = co_await parts->credentialStore->load();
     if (loaded) {
         const std::optional<SessionCredential> &credential = *loaded;
@@ -223,7 +235,7 @@ QCoro::Task<bool> checkSession(std::shared_ptr<APIClientParts> parts)
         if (!credential->isExpired(parts->clock->now()))
             co_return true;
     }
-    co_await forget(parts);
+    co_await forgetWhatWasLoaded(parts, saves);
     co_return false;
 }
 

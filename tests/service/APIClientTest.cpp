@@ -414,6 +414,46 @@ private Q_SLOTS:
         QCOMPARE(m_server->connectionCount(), 0);
     }
 
+    void shouldNotForgetWhatWasStoredMeanwhile_data()
+    {
+        QTest::addColumn<bool>("isExpired");
+        QTest::addColumn<bool>("isRequest");
+        QTest::newRow("looking, the store failed") << false << false;
+        QTest::newRow("looking, it has run out") << true << false;
+        QTest::newRow("a request, it has run out") << true << true;
+    }
+    void shouldNotForgetWhatWasStoredMeanwhile()
+    {
+        QFETCH(const bool, isExpired);
+        QFETCH(const bool, isRequest);
+        storeCredential();
+        if (isExpired)
+            m_clock->set(credential.expiresAt);
+        else
+            m_keychain->failure = KeychainStatus::TimedOut;
+        m_keychain->hold = std::make_shared<Completion>();
+        const auto hold = m_keychain->hold;
+        m_server->answerAll(FaultServer::whole(
+            200, userJson(), "Set-Cookie: orbitledge_user_session=new; Max-Age=86400\r\n"));
+        std::optional<QCoro::Task<bool>> looking;
+        std::optional<APITask<UserProfile>> fetching;
+        if (isRequest)
+            fetching.emplace(m_client->fetchProfile());
+        else
+            looking.emplace(m_client->hasValidSession());
+        QVERIFY(!m_keychain->hold);
+        m_keychain->failure.reset();
+        QVERIFY(QCoro::waitFor(m_client->signIn(u"ada@example.com"_s, u"password"_s)));
+        hold->complete();
+        if (isRequest)
+            (void)QCoro::waitFor(*std::move(fetching));
+        else
+            QVERIFY(!QCoro::waitFor(*std::move(looking)));
+        QVERIFY(stored());
+        QCOMPARE(stored()->value, u"new"_s);
+        QVERIFY(m_keychain->removals.isEmpty());
+    }
+
     void shouldSignOut()
     {
         storeCredential();

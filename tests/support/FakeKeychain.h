@@ -1,11 +1,14 @@
 #pragma once
 
+#include "platform/Completion.h"
 #include "platform/Keychain.h"
 
 #include <QHash>
 #include <QPair>
 
+#include <memory>
 #include <optional>
+#include <utility>
 
 namespace orbitledge::testing {
 
@@ -20,16 +23,20 @@ public:
     /// Of each removal, in their order.
     QList<KeychainPrompt> removals;
     int reads = 0;
+    /// Where it is there, what is read next ends only after it, and as things were when it was asked for.
+    std::shared_ptr<Completion> hold;
 
     QCoro::Task<tl::expected<QByteArray, KeychainStatus>> read(KeychainItem item) override
     {
         ++reads;
+        tl::expected<QByteArray, KeychainStatus> outcome = tl::make_unexpected(KeychainStatus::ItemNotFound);
         if (failure)
-            co_return tl::make_unexpected(*failure);
-        const auto found = items.constFind(key(item));
-        if (found == items.constEnd())
-            co_return tl::make_unexpected(KeychainStatus::ItemNotFound);
-        co_return *found;
+            outcome = tl::make_unexpected(*failure);
+        else if (items.contains(key(item)))
+            outcome = items.value(key(item));
+        if (const auto held = std::exchange(hold, nullptr))
+            co_await Completion::wait(held);
+        co_return outcome;
     }
 
     QCoro::Task<KeychainStatus> write(KeychainItem item, QByteArray secret) override
