@@ -6,6 +6,8 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <sys/stat.h>
+
 #include <optional>
 
 using namespace orbitledge;
@@ -75,6 +77,30 @@ private Q_SLOTS:
         file.remove(u"b"_s);
         QVERIFY(file.synchronise());
         QVERIFY(!SettingsFile(fsPath()).value(u"a"_s));
+    }
+
+    void shouldNotTouchTheFileForWhatItHolds()
+    {
+        SettingsFile file(fsPath());
+        const QList<Value> values{qint64{1}, true, u"text"_s, QStringList{u"a"_s}, QStringList(),
+            *Instant::fromText("2026-03-18T12:00:00.250Z")};
+        for (qsizetype i = 0; i < values.size(); ++i)
+            file.setValue(QString::number(i), values[i]);
+        QVERIFY(file.synchronise());
+        // The toolkit replaces the file whenever it writes.
+        struct stat before{};
+        QCOMPARE(::stat(fsPath().c_str(), &before), 0);
+        for (qsizetype i = 0; i < values.size(); ++i)
+            file.setValue(QString::number(i), values[i]);
+        QVERIFY(file.synchronise());
+        struct stat after{};
+        QCOMPARE(::stat(fsPath().c_str(), &after), 0);
+        QCOMPARE(after.st_ino, before.st_ino);
+        QCOMPARE(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+        // What looks alike and is another type is another value.
+        file.setValue(u"0"_s, true);
+        QVERIFY(file.synchronise());
+        QCOMPARE(SettingsFile(fsPath()).read<bool>(u"0"_s), true);
     }
 
     void shouldBeReadableByItsOwnerAlone()

@@ -154,8 +154,13 @@ std::optional<UserDefaults::Value> SettingsFile::value(const QString &key) const
 
 void SettingsFile::setValue(const QString &key, const Value &value)
 {
+    const QVariant variant = toVariant(value);
+    const QVariant current = m_settings->value(key);
+    // The toolkit would write the whole file anew, and wait for the disk.
+    if (current.metaType() == variant.metaType() && current == variant)
+        return;
     prepareForWriting();
-    m_settings->setValue(key, toVariant(value));
+    m_settings->setValue(key, variant);
 }
 
 void SettingsFile::remove(const QString &key)
