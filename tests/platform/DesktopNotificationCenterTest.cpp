@@ -788,6 +788,45 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.unattended->arranged.last(), at("2026-03-18T08:10:00Z"));
     }
 
+    void shouldHaveItDeliveredWhereTheProgramEndsWhileItIsBeingShown()
+    {
+        NotificationDesk desk("2026-03-17T12:00:00Z");
+        desk.display->isSlow = true;
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18})});
+        desk.alarm->moveTo(at("2026-03-18T08:00:00Z"));
+        QTRY_COMPARE(desk.display->waitingCount(), 1);
+        // What was arranged for eight is over.
+        QCOMPARE(desk.unattended->arranged.last(), at("2026-03-18T08:10:00Z"));
+        desk.display->answerAll();
+        QTRY_COMPARE(desk.unattended->arranged.last(), std::optional<Instant>());
+    }
+
+    void shouldLetAnotherProcessTakeChargeWhereADisplayHangs()
+    {
+        NotificationDesk desk("2026-03-17T12:00:00Z");
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 18})});
+        desk.display->isSlow = true;
+        desk.clock->set(at("2026-03-18T08:00:00Z"));
+        QCOMPARE(QCoro::waitFor(desk.makeCenter().deliverDue(50ms)), NotificationDelivery::NoDisplay);
+        QCOMPARE(desk.unattended->arranged.last(), at("2026-03-18T08:10:00Z"));
+        QCOMPARE(desk.display->waitingCount(), 1);
+        desk.center.reset();
+        std::filesystem::path lockFile = desk.file();
+        lockFile += ".lock";
+        const auto lock = ProcessLock::take(lockFile);
+        QVERIFY(lock && *lock);
+        // What comes of it is not for this one to tell any more.
+        const QByteArray saved = contentOf(desk.file());
+        const qsizetype arrangements = desk.unattended->arranged.size();
+        desk.display->answerAll();
+        QTRY_COMPARE(desk.display->waitingCount(), 0);
+        QTest::qWait(50);
+        QCOMPARE(contentOf(desk.file()), saved);
+        QCOMPARE(desk.unattended->arranged.size(), arrangements);
+    }
+
     void shouldEndInTimeWhereADisplayIsSlow()
     {
         NotificationDesk desk("2026-03-17T12:00:00Z");
@@ -841,6 +880,29 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.display->waitingCount(), 1);
         QCoro::waitFor(desk.center->finish(50ms));
         QCOMPARE(desk.display->waitingCount(), 1);
+    }
+
+    void shouldArrangeWhatComesNextBeforeItEnds()
+    {
+        NotificationDesk desk("2026-03-18T07:00:00Z");
+        desk.startCenter();
+        desk.unattended->isSlow = true;
+        desk.add({reminderOn({2026, 3, 18})});
+        auto finishing = desk.center->finish(60s);
+        QTest::qWait(10);
+        QVERIFY(!finishing.isReady());
+        desk.unattended->answerAll();
+        QCoro::waitFor(std::move(finishing));
+    }
+
+    void shouldNotWaitForTheMachineWithoutEnd()
+    {
+        NotificationDesk desk("2026-03-18T07:00:00Z");
+        desk.startCenter();
+        desk.unattended->isSlow = true;
+        desk.add({reminderOn({2026, 3, 18})});
+        QCoro::waitFor(desk.center->finish(50ms));
+        desk.unattended->answerAll();
     }
 
     void shouldEndAtOnceWhereNothingIsBeingShown()

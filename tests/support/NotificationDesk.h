@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Completion.h"
 #include "platform/linux/PosixFileStore.h"
 #include "platform/linux/ProcessLock.h"
 #include "platform/linux/notifications/DesktopNotificationCenter.h"
@@ -30,14 +31,27 @@ public:
     /// Of each call, in their order.
     QList<std::optional<Instant>> arranged;
     std::optional<QString> failure;
+    /// It answers when `answerAll` is called.
+    bool isSlow = false;
+
+    void answerAll()
+    {
+        isSlow = false;
+        m_answer->complete();
+    }
 
     QCoro::Task<tl::expected<void, QString>> arrange(std::optional<Instant> next) override
     {
         arranged.append(next);
+        if (isSlow)
+            co_await Completion::wait(m_answer);
         if (failure)
             co_return tl::make_unexpected(*failure);
         co_return {};
     }
+
+private:
+    std::shared_ptr<Completion> m_answer = std::make_shared<Completion>();
 };
 
 /// A real notification centre on a real file, with a clock, a screen and a machine of the test's.

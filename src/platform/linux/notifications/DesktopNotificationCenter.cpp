@@ -92,6 +92,9 @@ QCoro::Task<void> DesktopNotificationCenter::State::begin(Self self)
     // People may still choose what an earlier run has shown.
     if (self->queue().hasShown() && self->m_parts.display->name().isEmpty())
         (void)co_await awakenDisplay(self);
+    // Also in case that this process does not live to show it: what was arranged for this moment is over.
+    if (self->queue().hasDue(self->now()))
+        arrangeUnattended(self, self->nextDelivery());
     (void)co_await deliver(self);
 }
 
@@ -145,24 +148,34 @@ void DesktopNotificationCenter::State::setAlarm()
 
 QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self, std::optional<Instant> next)
 {
-    if (const auto arranged = co_await self->m_parts.unattended->arrange(next); !arranged)
+    const auto arranging = std::make_shared<Completion>();
+    self->m_arranging = arranging;
+    const auto arranged = co_await self->m_parts.unattended->arrange(next);
+    if (!arranged)
         qCWarning(lcNotifications, "%ls", qUtf16Printable(arranged.error()));
+    if (self->m_arranging == arranging)
+        self->m_arranging.reset();
+    arranging->complete();
 }
 
 QCoro::Task<void> DesktopNotificationCenter::State::finish(Self self, milliseconds limit)
 {
     self->close();
-    if (!self->m_recording)
+    if (!self->m_recording && !self->m_arranging)
         co_return;
     auto outcome = std::make_shared<OneShot<bool>>();
-    settleWhenRecorded(self->m_recording, outcome);
+    settleWhenThrough(self, outcome);
     (void)co_await outcome->settledWithin(limit);
 }
 
-QCoro::Task<void> DesktopNotificationCenter::State::settleWhenRecorded(
-    std::shared_ptr<Completion> recording, std::shared_ptr<OneShot<bool>> outcome)
+QCoro::Task<void> DesktopNotificationCenter::State::settleWhenThrough(
+    Self self, std::shared_ptr<OneShot<bool>> outcome)
 {
-    co_await Completion::wait(recording);
+    if (self->m_recording)
+        co_await Completion::wait(self->m_recording);
+    // Also what was asked for when it was recorded. They are done in turn, so that the last one is enough.
+    if (self->m_arranging)
+        co_await Completion::wait(self->m_arranging);
     outcome->settle(true);
 }
 

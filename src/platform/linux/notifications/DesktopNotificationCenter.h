@@ -51,8 +51,9 @@ public:
     /// it nothing is shown. Tries again later where another process is in charge.
     void start();
 
-    /// Shows what is due, without `start`, and has the next delivery started. Ends after `limit`. Where the
-    /// person switched the program's notifications off, nothing is shown.
+    /// Shows what is due, without `start`, and has the next delivery started. Ends after `limit`; where
+    /// something is still being shown by then, another process may take charge, and what comes of it is not
+    /// recorded. Where the person switched the program's notifications off, nothing is shown.
     QCoro::Task<NotificationDelivery> deliverDue(std::chrono::milliseconds limit);
 
     /// For a process that does not deliver: has the next delivery started, and tells whether something is due
@@ -60,8 +61,8 @@ public:
     QCoro::Task<bool> prepareDelivery();
 
     /// Shows nothing any more from now on, and tells nobody of clicks. Waits until it is recorded what is
-    /// being shown at the moment, so that the next process does not show it again, but not longer than
-    /// `limit`.
+    /// being shown at the moment, so that the next process does not show it again, and until the next
+    /// delivery is arranged, but not longer than `limit`.
     QCoro::Task<void> finish(std::chrono::milliseconds limit);
 
     /// What this process has shown and is shown yet, as far as is known, for who follows the clicks on it

@@ -73,8 +73,9 @@ QCoro::Task<bool> DesktopNotificationCenter::State::showAndRecord(Self self, Not
     const auto recording = std::make_shared<Completion>();
     self->m_recording = recording;
     const bool isShown = co_await showBatch(self, std::move(batch));
-    // Where it cannot be saved, it is still known until this process ends.
-    if (isShown)
+    // Where it cannot be saved, it is still known until this process ends. Another one may be in charge by
+    // now.
+    if (isShown && self->m_store->isOpen())
         (void)co_await save(self);
     self->m_recording.reset();
     recording->complete();
@@ -120,16 +121,21 @@ QCoro::Task<NotificationDelivery> DesktopNotificationCenter::State::deliverDue(S
     co_await arrangeUnattended(self, self->nextDelivery());
     const QDeadlineTimer deadline(limit);
     bool isDone = true;
+    bool isStillShowing = false;
     while (isDone && self->queue().hasDue(self->now()) && !deadline.hasExpired()) {
         auto outcome = std::make_shared<OneShot<bool>>();
         settleWhenDelivered(self, outcome);
         const std::optional<bool> answer
             = co_await outcome->settledWithin(milliseconds(deadline.remainingTime()));
         isDone = answer.value_or(false);
+        isStillShowing = !answer.has_value();
         // What started this process starts no second one beside it: what comes due before the next one is
         // arranged is for this one. And nobody else looks again while nothing runs.
         co_await arrangeUnattended(self, self->nextDelivery());
     }
+    // What waits for the display keeps the file, and this process may stay for clicks on what it has shown.
+    if (isStillShowing)
+        co_await NotificationQueueStore::release(self->m_store);
     co_return isDone ? NotificationDelivery::Done : NotificationDelivery::NoDisplay;
 }
 

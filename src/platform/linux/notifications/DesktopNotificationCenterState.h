@@ -71,8 +71,7 @@ private:
     /// Before the next one is shown it is written down, so that at most one is ever told twice.
     static QCoro::Task<bool> showAndRecord(Self self, NotificationBatch batch);
     static QCoro::Task<bool> showBatch(Self self, NotificationBatch batch);
-    static QCoro::Task<void> settleWhenRecorded(
-        std::shared_ptr<Completion> recording, std::shared_ptr<OneShot<bool>> outcome);
+    static QCoro::Task<void> settleWhenThrough(Self self, std::shared_ptr<OneShot<bool>> outcome);
     static QCoro::Task<bool> awakenDisplay(Self self);
     static QCoro::Task<void> arrangeUnattended(Self self, std::optional<Instant> next);
 
@@ -88,6 +87,8 @@ private:
     bool m_isDelivering = false;
     /// Of what is being shown.
     std::shared_ptr<Completion> m_recording;
+    /// Of what was asked of the machine last.
+    std::shared_ptr<Completion> m_arranging;
     bool m_isToLookAgain = false;
     /// Nobody was there to show what is due.
     bool m_isUnshown = false;

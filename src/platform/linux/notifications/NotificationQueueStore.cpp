@@ -127,6 +127,17 @@ QCoro::Task<void> NotificationQueueStore::tryToOpen(
     std::exchange(store->m_opening, nullptr)->complete();
 }
 
+QCoro::Task<void> NotificationQueueStore::release(std::shared_ptr<NotificationQueueStore> store)
+{
+    store->m_isOpen = false;
+    auto work = [file = store->m_file] {
+        file->lock.reset();
+        return true;
+    };
+    auto task = store->m_work.run(std::move(work));
+    (void)co_await task;
+}
+
 QCoro::Task<tl::expected<void, FileError>> NotificationQueueStore::save(
     std::shared_ptr<NotificationQueueStore> store)
 {

@@ -30,6 +30,10 @@ public:
     /// From now on no other process is waited for.
     void abandon() { m_isAbandoned = true; }
 
+    /// Another process may take charge when this is through. What the queue held can still be read; it is
+    /// opened anew before it is saved again.
+    static QCoro::Task<void> release(std::shared_ptr<NotificationQueueStore> store);
+
     [[nodiscard]] bool isOpen() const { return m_isOpen; }
     /// Why it could not be opened; empty where another process is in charge.
     [[nodiscard]] const QString &failure() const { return m_failure; }
