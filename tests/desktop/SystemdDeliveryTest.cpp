@@ -20,6 +20,7 @@ const Instant tuesday = Instant::fromText("2100-03-16T08:00:00Z").value();
 const Instant wednesday = Instant::fromText("2100-03-17T08:00:00Z").value();
 
 const QByteArray restarted = "Reload\nRestartUnit app.example.Reminders.reminders.timer replace\n";
+const QByteArray asked = "GetUnit app.example.Reminders.reminders.timer\n";
 const QByteArray stopped = "StopUnit app.example.Reminders.reminders.timer replace\nReload\n";
 
 /// A session with a mock of systemd in it.
@@ -118,12 +119,54 @@ private Q_SLOTS:
             QCOMPARE(delivery.arrange(tuesday), QString());
         }
         session.takeCalls();
-        session.lab.startMonitor();
-        // Also in another run of the program.
+        // In another run of the program it is asked once whether it has the timer.
         DeliveryDriver delivery(session.lab.environment());
+        QCOMPARE(delivery.arrange(tuesday), QString());
+        QCOMPARE(session.takeCalls(), asked);
+        session.lab.startMonitor();
         QCOMPARE(delivery.arrange(tuesday), QString());
         QCOMPARE(session.takeCalls(), QByteArray());
         QVERIFY(!session.lab.monitored().contains("GetNameOwner"));
+    }
+
+    void shouldStartATimerThatSystemdDoesNotHave_data()
+    {
+        QTest::addColumn<QString>("behaviour");
+        QTest::newRow("unknown") << u"restarted"_s;
+        QTest::newRow("stopped") << u"stopped"_s;
+    }
+    void shouldStartATimerThatSystemdDoesNotHave()
+    {
+        QFETCH(const QString, behaviour);
+        Session session(u"obey"_s);
+        {
+            DeliveryDriver delivery(session.lab.environment());
+            QCOMPARE(delivery.arrange(tuesday), QString());
+        }
+        session.lab.killService(systemdName);
+        session.startSystemd(behaviour);
+        session.takeCalls();
+        DeliveryDriver delivery(session.lab.environment());
+        QCOMPARE(delivery.arrange(tuesday), QString());
+        QCOMPARE(session.takeCalls(), asked + restarted);
+        QCOMPARE(delivery.arrange(tuesday), QString());
+        QCOMPARE(session.takeCalls(), QByteArray());
+    }
+
+    void shouldTellThatSystemdDoesNotTell()
+    {
+        Session session(u"obey"_s);
+        {
+            DeliveryDriver delivery(session.lab.environment());
+            QCOMPARE(delivery.arrange(tuesday), QString());
+        }
+        session.lab.killService(systemdName);
+        session.startSystemd(u"mute"_s);
+        DeliveryDriver delivery(session.lab.environment(), 200ms);
+        QCOMPARE(delivery.arrange(tuesday), notDelivered(u"systemd does not answer."_s));
+        session.lab.killService(systemdName);
+        session.startSystemd(u"refuse"_s);
+        QCOMPARE(delivery.arrange(tuesday), notDelivered(u"systemd says “You may not do that”."_s));
     }
 
     void shouldReplaceWhatWasArranged_data()

@@ -4,12 +4,14 @@ call.
 
 Arguments: how it behaves, and the file.
 
-obey     it says that it did what it was asked for
-mute     it says nothing
-refuse   it denies everything
-fail     it accepts jobs, and they fail
-forget   it knows no unit
-slow     it obeys, but its jobs end only when it is asked for the next thing, or to Finish
+obey       it says that it did what it was asked for
+mute       it says nothing
+refuse     it denies everything
+fail       it accepts jobs, and they fail
+forget     it knows no unit
+restarted  it knows no unit before it has read them
+stopped    its unit is not active before it is started
+slow       it obeys, but its jobs end only when it is asked for the next thing, or to Finish
 """
 import sys
 
@@ -27,6 +29,8 @@ class Unit(dbus.service.Object):
     @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v")
     def Get(self, interface, name):
         if name == "ActiveState":
+            if BEHAVIOUR == "stopped" and manager.jobs == 0:
+                return "inactive"
             return "failed" if BEHAVIOUR == "fail" else "active"
         return dbus.UInt64(1773824400000000)  # 2026-03-18T09:00:00Z
 
@@ -34,6 +38,7 @@ class Unit(dbus.service.Object):
 class Manager(dbus.service.Object):
     jobs = 0
     unfinished = []
+    has_read = False
 
     @dbus.service.method(
         dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v", async_callbacks=("reply", "error")
@@ -54,11 +59,14 @@ class Manager(dbus.service.Object):
         if BEHAVIOUR == "refuse":
             name = "org.freedesktop.DBus.Error.AccessDenied"
             error(dbus.DBusException("You may not do that.\nReally.", name=name))
-        elif BEHAVIOUR == "forget" and call[0] not in ("Reload", "Get"):
+        elif self.knows_nothing() and call[0] not in ("Reload", "Get"):
             name = "org.freedesktop.systemd1.NoSuchUnit"
             error(dbus.DBusException("Unit " + call[1] + " not found.", name=name))
         elif BEHAVIOUR != "mute":
             reply(*value)
+
+    def knows_nothing(self):
+        return BEHAVIOUR == "forget" or (BEHAVIOUR == "restarted" and not self.has_read)
 
     def finish(self):
         for number, unit in self.unfinished:
@@ -79,6 +87,7 @@ class Manager(dbus.service.Object):
 
     @dbus.service.method(INTERFACE, async_callbacks=("reply", "error"))
     def Reload(self, reply, error):
+        self.has_read = True
         self.answer(["Reload"], reply, error)
 
     @dbus.service.method(

@@ -38,6 +38,9 @@ struct SystemdDelivery::State {
     std::shared_ptr<const SystemdUnitFiles> files;
     std::shared_ptr<Turns> turns = std::make_shared<Turns>();
     SerialQueue background;
+    /// That systemd has the timer, and not only the files: somebody may have stopped it, or systemd started
+    /// before the person's folder was there. Once in a run is enough.
+    bool hasLooked = false;
 };
 
 SystemdDelivery::SystemdDelivery(Settings settings)
@@ -81,7 +84,7 @@ QCoro::Task<Outcome> SystemdDelivery::State::start(Instant next)
     const auto look = [there = files, wanted = *units] { return there->areInForce(wanted); };
     auto looking = background.run(look);
     const bool areInForce = co_await looking;
-    if (areInForce)
+    if (areInForce && hasLooked)
         co_return {};
 
     const auto manager = co_await SystemdManager::find(settings.patience);
@@ -89,6 +92,14 @@ QCoro::Task<Outcome> SystemdDelivery::State::start(Instant next)
         co_return tl::make_unexpected(manager.error());
     if (*manager == nullptr)
         co_return {};
+    if (areInForce) {
+        const auto isWaiting = co_await (*manager)->isActive(name + u".timer"_s);
+        if (!isWaiting)
+            co_return tl::make_unexpected(isWaiting.error());
+        hasLooked = *isWaiting;
+        if (hasLooked)
+            co_return {};
+    }
 
     const auto write = [there = files, wanted = *units] { return there->write(wanted); };
     auto writing = background.run(write);
@@ -104,6 +115,7 @@ QCoro::Task<Outcome> SystemdDelivery::State::start(Instant next)
     const auto mark = [there = files] { return there->markInForce(); };
     auto marking = background.run(mark);
     const Outcome marked = co_await marking;
+    hasLooked = marked.has_value();
     co_return marked;
 }
 

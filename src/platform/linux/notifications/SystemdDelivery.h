@@ -22,7 +22,8 @@ namespace orbitledge {
 /// whoever delivers should arrange first and look for what is due afterwards.
 ///
 /// Belongs to the thread that made it. It may be destroyed at any time: what was asked for is still done, in
-/// order, as long as there is an event loop. To ask again for what is in force costs two small files to read.
+/// order, as long as there is an event loop. To ask again for what is in force costs two small files to read,
+/// and the first time two questions to systemd, which starts the timer where that is not so.
 class SystemdDelivery final : public UnattendedDelivery {
 public:
     struct Settings {

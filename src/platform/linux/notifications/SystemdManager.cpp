@@ -5,6 +5,8 @@
 #include "platform/linux/bus/SessionBusCall.h"
 #include "platform/linux/bus/SessionBusSignal.h"
 
+#include <QDBusVariant>
+
 #include <algorithm>
 
 namespace orbitledge {
@@ -15,6 +17,7 @@ using std::chrono::milliseconds;
 namespace {
 
 const QString managerPath = u"/org/freedesktop/systemd1"_s;
+constexpr QLatin1StringView noSuchUnit("org.freedesktop.systemd1.NoSuchUnit");
 const QString managerInterface = u"org.freedesktop.systemd1.Manager"_s;
 
 QString silence()
@@ -78,6 +81,26 @@ milliseconds SystemdManager::left() const
         milliseconds(1), std::chrono::duration_cast<milliseconds>(m_deadline.remainingTimeAsDuration()));
 }
 
+QCoro::Task<tl::expected<bool, QString>> SystemdManager::isActive(QString unit)
+{
+    QDBusMessage find = method(u"GetUnit"_s);
+    find << unit;
+    const QDBusMessage found = co_await callSessionBus(find, left());
+    if (found.errorName() == noSuchUnit)
+        co_return false;
+    if (!isAnswer(found))
+        co_return tl::make_unexpected(reasonOf(found));
+    const QString path = qvariant_cast<QDBusObjectPath>(found.arguments().value(0)).path();
+    QDBusMessage ask
+        = QDBusMessage::createMethodCall(m_uniqueName, path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    ask << u"org.freedesktop.systemd1.Unit"_s << u"ActiveState"_s;
+    const QDBusMessage answer = co_await callSessionBus(ask, left());
+    if (!isAnswer(answer))
+        co_return tl::make_unexpected(reasonOf(answer));
+    const QString state = qvariant_cast<QDBusVariant>(answer.arguments().value(0)).variant().toString();
+    co_return state == "active"_L1 || state == "activating"_L1 || state == "reloading"_L1;
+}
+
 QCoro::Task<SystemdManager::Outcome> SystemdManager::reload()
 {
     const QDBusMessage reply = co_await callSessionBus(method(u"Reload"_s), left());
@@ -100,7 +123,7 @@ QCoro::Task<SystemdManager::Outcome> SystemdManager::stop(QString unit)
     QDBusMessage message = method(u"StopUnit"_s);
     message << unit << u"replace"_s;
     const QDBusMessage reply = co_await callSessionBus(message, left());
-    if (reply.errorName() == "org.freedesktop.systemd1.NoSuchUnit"_L1)
+    if (reply.errorName() == noSuchUnit)
         co_return {};
     if (!isAnswer(reply))
         co_return tl::make_unexpected(reasonOf(reply));

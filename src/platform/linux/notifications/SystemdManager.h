@@ -29,6 +29,8 @@ public:
 
     SystemdManager(QString uniqueName, QDeadlineTimer deadline);
 
+    /// Has it started the unit, and did the unit not fail? False where it does not know the unit.
+    QCoro::Task<tl::expected<bool, QString>> isActive(QString unit);
     /// It reads all units anew.
     QCoro::Task<Outcome> reload();
     /// These end when it is done.
