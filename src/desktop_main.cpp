@@ -17,6 +17,7 @@
 #include <QDBusConnection>
 #include <QIcon>
 #include <QLoggingCategory>
+#include <QSessionManager>
 #include <QTimer>
 
 #include <malloc.h>
@@ -120,6 +121,16 @@ QCoro::Task<void> endInOrder(std::shared_ptr<DesktopNotificationCenter> notifica
     QCoreApplication::quit();
 }
 
+/// A session manager of X11 would start what ran when the session ended, and with its window open: whether
+/// the program starts at login is for its entry to say.
+void leaveStartingToTheEntry(const QGuiApplication &application)
+{
+    const auto never
+        = [](QSessionManager &manager) { manager.setRestartHint(QSessionManager::RestartNever); };
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &application, never);
+    QObject::connect(&application, &QGuiApplication::saveStateRequest, &application, never);
+}
+
 /// That the session is this program's, and from when on.
 struct SessionTurn {
     std::optional<ProcessLock> lock;
@@ -165,6 +176,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"Orbitledge"_s);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(build::applicationId));
+    leaveStartingToTheEntry(application);
     setWindowIconLater();
     QCoreApplication::setApplicationVersion(QString::fromLatin1(build::version));
     QGuiApplication::setQuitOnLastWindowClosed(false);
