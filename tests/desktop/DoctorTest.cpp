@@ -395,6 +395,11 @@ private Q_SLOTS:
         QCOMPARE(found.json[u"keyring"_s][u"hasSession"_s], QJsonValue(false));
         m_lab->bus().call(QDBusMessage::createMethodCall(
             daemon, u"/modules/kwalletd5"_s, u"app.orbitledge.Mock"_s, u"Disable"_s));
+        // The other one is used in its place where it is there.
+        const Diagnosis other = diagnose();
+        QCOMPARE(other.json[u"keyring"_s][u"service"_s].toString(), u"secret-service"_s);
+        QCOMPARE(other.state("keyring"), u"unlocked"_s);
+        m_lab->stopKeyring();
         const Diagnosis disabled = diagnose();
         QCOMPARE(disabled.state("keyring"), u"disabled"_s);
         QCOMPARE(disabled.exitCode, 1);

@@ -133,6 +133,19 @@ private Q_SLOTS:
         QVERIFY(keychain.ranSmoothly());
     }
 
+    void shouldUseTheSecretServiceWhereThePersonDoesWithoutWallets()
+    {
+        startDaemon();
+        control(u"Disable"_s);
+        m_lab->startKeyring(DesktopLab::Keyring::Unlocked);
+        KeychainDriver keychain(plasma());
+        QCOMPARE(keychain.write(session, "x"), Success);
+        QCOMPARE(keychain.read(session), secret("x"));
+        QCOMPARE(keychain.remove(session, KeychainPrompt::Forbidden), Success);
+        QCOMPARE(countEntries(), 0);
+        QVERIFY(keychain.ranSmoothly());
+    }
+
     void shouldUseTheSecretServiceWhereThereIsNoDaemon()
     {
         m_lab->startKeyring(DesktopLab::Keyring::Unlocked);

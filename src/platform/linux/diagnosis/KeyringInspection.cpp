@@ -81,13 +81,18 @@ QCoro::Task<Keyring> inspectWallet(QString daemon, Presence presence, KeychainIt
 
 } // namespace
 
-QCoro::Task<Keyring> inspectKeyring(const BusNames &names, const KeychainItem &item, milliseconds limit)
+QCoro::Task<Keyring> inspectKeyring(BusNames names, KeychainItem item, milliseconds limit)
 {
     const QString daemon = preferredWalletDaemon();
     const Presence wallet = daemon.isEmpty() ? Presence::Absent : names.presenceOf(daemon);
-    if (wallet != Presence::Absent)
-        return inspectWallet(daemon, wallet, item, limit);
-    return inspectSecretService(names.presenceOf(SecretService::name), item, limit);
+    const Presence secretService = names.presenceOf(SecretService::name);
+    if (wallet != Presence::Absent) {
+        Keyring keyring = co_await inspectWallet(daemon, wallet, item, limit);
+        if (keyring.isEnabled || secretService == Presence::Absent)
+            co_return keyring;
+    }
+    Keyring keyring = co_await inspectSecretService(secretService, item, limit);
+    co_return keyring;
 }
 
 } // namespace orbitledge

@@ -12,6 +12,6 @@ namespace orbitledge {
 
 /// The keyring that the program would use here, and whether it keeps the item. Nobody is prompted.
 QCoro::Task<findings::Keyring> inspectKeyring(
-    const BusNames &names, const KeychainItem &item, std::chrono::milliseconds limit);
+    BusNames names, KeychainItem item, std::chrono::milliseconds limit);
 
 } // namespace orbitledge

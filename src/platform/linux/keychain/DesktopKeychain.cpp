@@ -103,10 +103,17 @@ QCoro::Task<tl::expected<QString, KeychainStatus>> DesktopKeychain::State::summo
 
     if (const QString daemon = preferredWalletDaemon(); !daemon.isEmpty()) {
         const KeychainStatus summoned = co_await calls->summon(daemon);
-        if (summoned == KeychainStatus::Success)
-            co_return daemon;
-        if (summoned != KeychainStatus::ItemNotFound)
+        if (summoned != KeychainStatus::Success && summoned != KeychainStatus::ItemNotFound)
             co_return tl::unexpected(summoned);
+        if (summoned == KeychainStatus::Success) {
+            KWallet wallets(*calls, daemon);
+            const auto enabled = co_await wallets.isEnabled();
+            if (!enabled)
+                co_return tl::unexpected(enabled.error());
+            // Who does without wallets may have another keyring in their place.
+            if (*enabled)
+                co_return daemon;
+        }
     }
     const milliseconds comingUp = hasWaitedInVain ? milliseconds::zero() : patience.serviceStart;
     const KeychainStatus summoned = co_await calls->summon(SecretService::name, comingUp);

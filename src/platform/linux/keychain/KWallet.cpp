@@ -35,12 +35,20 @@ QDBusMessage KWallet::method(const QString &name) const
     return QDBusMessage::createMethodCall(m_daemon, path, u"org.kde.KWallet"_s, name);
 }
 
+QCoro::Task<tl::expected<bool, KeychainStatus>> KWallet::isEnabled()
+{
+    const auto reply = co_await m_calls.call(method(u"isEnabled"_s));
+    if (!reply)
+        co_return tl::unexpected(daemonFailure(reply.error()));
+    co_return reply->arguments().value(0).toBool();
+}
+
 QCoro::Task<tl::expected<QString, KeychainStatus>> KWallet::wallet()
 {
-    const auto enabled = co_await m_calls.call(method(u"isEnabled"_s));
+    const auto enabled = co_await isEnabled();
     if (!enabled)
-        co_return tl::unexpected(daemonFailure(enabled.error()));
-    if (!enabled->arguments().value(0).toBool())
+        co_return tl::unexpected(enabled.error());
+    if (!*enabled)
         co_return tl::unexpected(KeychainStatus::NotAvailable);
     const auto name = co_await m_calls.call(method(u"networkWallet"_s));
     if (!name)

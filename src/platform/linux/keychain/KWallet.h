@@ -17,6 +17,9 @@ public:
     /// `calls` must outlive this object. `daemon` is its name on the bus, for instance "org.kde.kwalletd5".
     KWallet(BusCalls &calls, QString daemon);
 
+    /// False where the person does without wallets.
+    QCoro::Task<tl::expected<bool, KeychainStatus>> isEnabled();
+
     /// The wallet for passwords; NotAvailable where the person does without wallets.
     QCoro::Task<tl::expected<QString, KeychainStatus>> wallet();
 
