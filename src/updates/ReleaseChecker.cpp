@@ -19,8 +19,9 @@ tl::unexpected<ReleaseCheckError> failed(QString reason)
 
 QUrl manifestAddress(const QString &configured, const QUrl &releaseHost)
 {
-    const auto url = absoluteUrlFromText(configured.trimmed());
-    if (url && url->scheme() == u"https" && !url->host().isEmpty())
+    const QString address = configured.trimmed();
+    const auto url = absoluteUrlFromText(address);
+    if (url && address.startsWith("https:"_L1) && !url->host().isEmpty())
         return *url;
     return releaseHost.resolved(QUrl(u"/mac/latest.json"_s));
 }

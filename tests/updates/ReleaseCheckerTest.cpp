@@ -154,6 +154,7 @@ private Q_SLOTS:
         QTest::newRow("another") << u"https://example.com/a.json"_s << u"https://example.com/a.json"_s;
         QTest::newRow("with blanks") << u" https://example.com/a.json\n"_s << u"https://example.com/a.json"_s;
         QTest::newRow("http") << u"http://example.com/a.json"_s << usual;
+        QTest::newRow("in capitals") << u"HTTPS://example.com/a.json"_s << usual;
         QTest::newRow("no host") << u"https:///a.json"_s << usual;
         QTest::newRow("no scheme") << u"example.com/a.json"_s << usual;
         QTest::newRow("nonsense") << u"https://[/"_s << usual;
