@@ -25,6 +25,8 @@
 
 namespace orbitledge {
 
+class Completion;
+
 /// What the program knows and does, as one object that any view can show: whether somebody is signed in, what
 /// they subscribe to, what is being fetched, and what went wrong. No failure leaves it but as a part of its
 /// state. User-interface thread only; it may be destroyed at any time, and what runs then ends without it.
@@ -90,7 +92,10 @@ public:
 
     /// A failure is published, and told to the caller too.
     QCoro::Task<tl::expected<void, APIError>> signIn(QString email, QString password);
+    /// Who asks while somebody signs out already waits for that one.
     QCoro::Task<void> signOut();
+    /// Somebody has asked to sign out, and nobody to sign in since.
+    [[nodiscard]] bool isSigningOut() const { return m_signingOut != nullptr; }
 
     QCoro::Task<void> cancelSubscription(QUuid id);
     QCoro::Task<void> uncancelSubscription(QUuid id);
@@ -156,6 +161,7 @@ private:
     static QCoro::Task<tl::expected<AccountData, APIError>> openSession(
         Store store, QString email, QString password);
     static QCoro::Task<tl::expected<void, APIError>> signInTurn(Store store, QString email, QString password);
+    static QCoro::Task<void> signOutOnce(Store store, std::shared_ptr<Completion> signedOut);
     static QCoro::Task<void> signOutTurn(Store store, std::shared_ptr<APIClientProtocol> api,
         std::shared_ptr<SnapshotCache> cache, std::shared_ptr<RenewalNotifier> notifier);
     static QCoro::Task<void> mutate(Store store, QUuid id, Mutation mutation);
@@ -179,6 +185,7 @@ private:
     }
     void publishFetchFailure(const APIError &error);
     void publishFailure(const APIError &error);
+    void publishSignInFailure(const APIError &error);
     void publishCreated(Subscription created);
     void showActionMessage(const QString &message);
     void beginSessionOf(const UserProfile &profile);
@@ -201,6 +208,8 @@ private:
     /// Another number for each session: what was asked for in an earlier one is not published any more.
     quint64 m_session = 0;
     bool m_isSigningOut = false;
+    /// The end of the last thing asked for of a session, where that is to sign out.
+    std::shared_ptr<Completion> m_signingOut;
     quint64 m_search = 0;
     bool m_wasOffline = false;
     mutable std::unique_ptr<BuiltTimeline> m_timeline;

@@ -167,6 +167,7 @@ void AppStore::signOutLocally(const APIError::Unauthorized &error)
 
 QCoro::Task<SignInResult> AppStore::signIn(QString email, QString password)
 {
+    m_signingOut.reset();
     auto operation = [store = Store(this), email = std::move(email), password = std::move(password)] {
         return signInTurn(store, email, password);
     };
@@ -211,6 +212,20 @@ QCoro::Task<tl::expected<AccountData, APIError>> AppStore::openSession(
     co_return AccountData{*std::move(profile), *std::move(subscriptions)};
 }
 
+void AppStore::publishSignInFailure(const APIError &error)
+{
+    // Of who was signed in before nothing is left then either: the service's refusal ended that session.
+    if (const auto *const unauthorized = error.as<APIError::Unauthorized>()) {
+        signOutLocally(*unauthorized);
+        return;
+    }
+    change([&error](AppState &state) {
+        state.errorMessage = sentenceFor(error);
+        state.authState = AuthState::SignedOut;
+        state.refreshState = RefreshState::Idle;
+    });
+}
+
 QCoro::Task<SignInResult> AppStore::signInTurn(Store store, QString email, QString password)
 {
     if (!store)
@@ -218,13 +233,8 @@ QCoro::Task<SignInResult> AppStore::signInTurn(Store store, QString email, QStri
     ++store->m_session;
     auto data = co_await openSession(store, std::move(email), std::move(password));
     if (!data) {
-        if (store) {
-            store->change([&data](AppState &state) {
-                state.errorMessage = sentenceFor(data.error());
-                state.authState = AuthState::SignedOut;
-                state.refreshState = RefreshState::Idle;
-            });
-        }
+        if (store)
+            store->publishSignInFailure(data.error());
         co_return tl::make_unexpected(std::move(data.error()));
     }
     if (store) {
@@ -238,10 +248,21 @@ QCoro::Task<SignInResult> AppStore::signInTurn(Store store, QString email, QStri
 
 QCoro::Task<void> AppStore::signOut()
 {
-    auto operation = [store = Store(this), with = m_with] {
-        return signOutTurn(store, with.api, with.cache, with.notifier);
-    };
-    return Turns::take(m_sessionTurns, std::move(operation));
+    if (m_signingOut)
+        return Completion::wait(m_signingOut);
+    m_signingOut = std::make_shared<Completion>();
+    return signOutOnce(this, m_signingOut);
+}
+
+QCoro::Task<void> AppStore::signOutOnce(Store store, std::shared_ptr<Completion> signedOut)
+{
+    auto operation
+        = [store, with = store->m_with] { return signOutTurn(store, with.api, with.cache, with.notifier); };
+    auto turn = Turns::take(store->m_sessionTurns, std::move(operation));
+    co_await turn;
+    if (store && store->m_signingOut == signedOut)
+        store->m_signingOut.reset();
+    signedOut->complete();
 }
 
 QCoro::Task<void> AppStore::signOutTurn(Store store, std::shared_ptr<APIClientProtocol> api,

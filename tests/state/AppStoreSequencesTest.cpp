@@ -203,8 +203,8 @@ private:
     void signOut()
     {
         step(u"sign out"_s);
-        ++m_signOuts;
-        m_model.signOut();
+        if (m_model.signOut())
+            ++m_signOuts;
         m_desk.store->signOut();
     }
     void cancel()

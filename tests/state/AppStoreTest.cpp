@@ -578,6 +578,41 @@ private Q_SLOTS:
         QVERIFY(m_desk->settings->notificationsEnabled());
     }
 
+    void shouldSignOutOnceHoweverOftenItIsAskedTo()
+    {
+        m_desk->makeSignedIn();
+        auto first = m_desk->store->signOut();
+        auto second = m_desk->store->signOut();
+        QVERIFY(m_desk->store->isSigningOut());
+        QTRY_COMPARE(m_desk->api->waitingCount(u"signOut"_s), 1);
+        // Who signs in after that, and out again, means a session of its own.
+        auto signingIn = m_desk->store->signIn(u"a@b"_s, u"p"_s);
+        QVERIFY(!m_desk->store->isSigningOut());
+        auto third = m_desk->store->signOut();
+        m_desk->api->isQuick = true;
+        m_desk->api->answerAll();
+        QCoro::waitFor(std::move(second));
+        QCoro::waitFor(std::move(first));
+        (void)QCoro::waitFor(std::move(signingIn));
+        QCoro::waitFor(std::move(third));
+        QVERIFY(!m_desk->store->isSigningOut());
+        QCOMPARE(m_desk->api->calls.count(u"signOut"_s), 2);
+        QCOMPARE(state().authState, AuthState::SignedOut);
+    }
+
+    void shouldShowNothingOfWhoWasSignedInAfterAnotherWasRefused()
+    {
+        m_desk->makeSignedIn();
+        QVERIFY(state().user);
+        m_desk->api->isQuick = true;
+        m_desk->api->profile = tl::make_unexpected(APIError(APIError::Unauthorized{u"Wrong."_s}));
+        QVERIFY(!QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"p"_s)));
+        QVERIFY(!state().user);
+        QVERIFY(state().subscriptions.isEmpty());
+        QCOMPARE(state().authState, AuthState::SignedOut);
+        QCOMPARE(state().errorMessage, u"Wrong."_s);
+    }
+
     void shouldKeepTheOfferOfAnUpdateWhenSigningOut()
     {
         m_desk->releases->manifest = manifestOf(u"2.0.0"_s);

@@ -78,11 +78,14 @@ void StoreModel::signIn()
         beginTurn();
 }
 
-void StoreModel::signOut()
+bool StoreModel::signOut()
 {
+    if (!m_turns.empty() && m_turns.back() == Turn::SignOut)
+        return false;
     m_turns.push_back(Turn::SignOut);
     if (m_turns.size() == 1)
         beginTurn();
+    return true;
 }
 
 void StoreModel::beginTurn()
@@ -137,7 +140,7 @@ void StoreModel::endSignIn(const tl::expected<QList<Subscription>, APIError> &su
 
 void StoreModel::failSignIn(const APIError &error)
 {
-    state.errorMessage = isUnauthorized(error) ? sessionIsOver(error) : error.errorDescription();
+    fail(error);
     state.authState = AuthState::SignedOut;
     state.refreshState = RefreshState::Idle;
     signIns.append(false);

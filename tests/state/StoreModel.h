@@ -74,7 +74,8 @@ public:
     void start();
     void refresh();
     void signIn();
-    void signOut();
+    /// False where somebody signs out already.
+    bool signOut();
     /// "cancel" or "uncancel"
     void mutate(const QString &name);
     void search(const QString &query);
