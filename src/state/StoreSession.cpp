@@ -1,5 +1,7 @@
 #include "state/StoreSession.h"
 
+#include <QObject>
+
 #include <utility>
 
 namespace orbitledge {
@@ -10,9 +12,10 @@ namespace {
 
 using Parts = std::shared_ptr<const StoreSession::Parts>;
 
+/// A service may send an empty text for its reason.
 SessionOutcome failed(const QString &reason)
 {
-    return {.isDone = false, .problem = reason};
+    return {.isDone = false, .problem = reason.isEmpty() ? u"The service gives no reason."_s : reason};
 }
 
 /// What was saved could not be changed.
@@ -43,14 +46,38 @@ QCoro::Task<SessionOutcome> signIn(Parts parts, SignInRequest request)
     co_return fetched(*parts);
 }
 
+/// Whether a fetch was under way while this was there.
+class FetchWatch {
+public:
+    explicit FetchWatch(const AppStore &store)
+    {
+        const auto look = [this, &store] {
+            m_hasSeenOne = m_hasSeenOne || store.state().refreshState != RefreshState::Idle;
+        };
+        look();
+        QObject::connect(&store, &AppStore::changed, &m_context, look);
+    }
+
+    [[nodiscard]] bool hasSeenOne() const { return m_hasSeenOne; }
+
+private:
+    QObject m_context;
+    bool m_hasSeenOne = false;
+};
+
 QCoro::Task<SessionOutcome> refresh(Parts parts)
 {
+    // What was fetched before that would be nobody's.
+    if (parts->store->isSigningOut())
+        co_await parts->store->signOut();
     const bool wasSignedOut = parts->store->state().authState == AuthState::SignedOut;
+    const FetchWatch watch(*parts->store);
     co_await parts->store->refresh();
     const AppState &state = parts->store->state();
     const bool isSignedOut = state.authState == AuthState::SignedOut;
-    // What a store that was signed out before says is about something earlier.
-    if (state.errorMessage && !(wasSignedOut && isSignedOut))
+    // What a store says that was signed out before, and where there was nothing to fetch, is about something
+    // earlier.
+    if (state.errorMessage && (watch.hasSeenOne() || !(wasSignedOut && isSignedOut)))
         co_return failed(*state.errorMessage);
     if (state.authState != AuthState::SignedIn)
         co_return failed(u"You are not signed in."_s);
