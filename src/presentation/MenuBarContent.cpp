@@ -28,11 +28,9 @@ MenuBarContent menuBarOf(
     constexpr qint64 mostShown = 9;
     const qint64 count = showsBadge ? snapshot.badgeCount : 0;
     MenuBarContent content;
-    content.accessibleName = u"Orbitledge"_s;
     if (count >= 1) {
         content.badge = count > mostShown ? u"9+"_s : QString::number(count);
         content.badgeLabel = u"%1 renewals due soon"_s.arg(count);
-        content.accessibleName += u", "_s + content.badgeLabel;
     }
     const TimelineEntry *const next = nextRenewalOf(snapshot);
     content.nextRenewal = next == nullptr

@@ -7,14 +7,12 @@
 
 namespace orbitledge {
 
-/// What the icon in the tray says, with and without being looked at closely.
+/// What the icon in the tray says, to those who see it and to those who do not.
 struct MenuBarContent {
     /// "3", or "9+"; empty where there is no badge.
     QString badge;
     /// "3 renewals due soon", of all; empty where there is no badge.
     QString badgeLabel;
-    /// The icon's name for those who do not see it, the badge included.
-    QString accessibleName;
     /// The first renewal that is not over, in one line: "Tidewater Music · tomorrow · €10.99".
     QString nextRenewal;
 

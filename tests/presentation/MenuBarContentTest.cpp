@@ -44,8 +44,6 @@ private Q_SLOTS:
         snapshot.badgeCount = count;
         QCOMPARE(content(snapshot).badge, badge);
         QCOMPARE(content(snapshot).badgeLabel, label);
-        QCOMPARE(
-            content(snapshot).accessibleName, label.isEmpty() ? u"Orbitledge"_s : u"Orbitledge, "_s + label);
     }
 
     void shouldShowNoBadgeWhereNoneIsWished()
@@ -54,7 +52,6 @@ private Q_SLOTS:
         snapshot.badgeCount = 5;
         QCOMPARE(content(snapshot, false).badge, QString());
         QCOMPARE(content(snapshot, false).badgeLabel, QString());
-        QCOMPARE(content(snapshot, false).accessibleName, u"Orbitledge"_s);
     }
 
     void shouldNameTheNextRenewal()

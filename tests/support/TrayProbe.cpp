@@ -56,7 +56,6 @@ class Probe {
 public:
     Probe()
     {
-        m_content.accessibleName = u"Orbitledge"_s;
         QObject::connect(&m_host, &TrayHost::known, &m_host, [] { say("known"); });
         QObject::connect(&m_host, &TrayHost::changed, &m_host, [this] { say("host " + kind()); });
         QObject::connect(&m_icon, &TrayIcon::activated, &m_icon, [this](const PanelAnchor &anchor) {

@@ -17,6 +17,7 @@ QString menuTextOf(QString text)
     return text.replace(u'&', u"&&"_s);
 }
 
+/// Hosts show it, and tell it to those who do not see the icon as its title.
 QString toolTipOf(const MenuBarContent &content)
 {
     QStringList lines{u"Orbitledge"_s};
