@@ -27,8 +27,12 @@ constexpr qreal smallestText = 9;
 /// Between what stands left and what stands right.
 constexpr qreal columnGap = 16;
 constexpr qreal warningSide = 12;
+constexpr qreal warningGap = 4;
 
-constexpr ThemedLabel::Look captionLook{.designSize = captionSize, .tone = Tone::Slate};
+ThemedLabel::Look captionLook(qreal size, QFont::Weight weight = QFont::Normal)
+{
+    return {.designSize = size, .weight = weight, .tone = Tone::Slate};
+}
 
 ThemedLabel::Look totalLook(qreal size)
 {
@@ -61,15 +65,14 @@ qreal ascentOf(const ThemedLabel &label)
 
 TotalsHeader::TotalsHeader(QWidget *parent)
     : Component(parent)
-    , m_month(new ThemedLabel(QString(), captionLook, this))
+    , m_month(new ThemedLabel(QString(), captionLook(captionSize), this))
     , m_total(new ThemedLabel(QString(), totalLook(largestTotal), this))
     , m_perMonth(
           new ThemedLabel(QString(), {.designSize = 12, .weight = QFont::Medium, .tone = Tone::Slate}, this))
-    , m_active(new ThemedLabel(QString(), captionLook, this))
+    , m_active(new ThemedLabel(QString(), captionLook(captionSize), this))
     , m_remaining(new ThemedLabel(QString(), remainingLook(largestRemaining), this))
-    , m_remainingCaption(new ThemedLabel(
-          QString(), {.designSize = captionSize, .weight = QFont::DemiBold, .tone = Tone::Slate}, this))
-    , m_partial(new ThemedLabel(QString(), captionLook, this))
+    , m_remainingCaption(new ThemedLabel(QString(), captionLook(captionSize, QFont::DemiBold), this))
+    , m_partial(new ThemedLabel(QString(), captionLook(captionSize), this))
 {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
@@ -125,11 +128,31 @@ void TotalsHeader::chooseSizes(qreal room)
     }
 }
 
+/// The captions are of one size, at which the longer of the two lines has room.
+void TotalsHeader::chooseCaptionSize(qreal room)
+{
+    const qreal smallest = smallestText / textScaleOf(*this);
+    const qreal gap = scaled(*this, columnGap);
+    for (qreal size = captionSize;; size = std::max(smallest, size - 0.5)) {
+        for (ThemedLabel *const caption : {m_month, m_partial, m_active})
+            caption->setLook(captionLook(size));
+        m_remainingCaption->setLook(captionLook(size, QFont::DemiBold));
+        const qreal partial = m_partial->isHidden()
+            ? 0
+            : gap + scaled(*this, warningSide + warningGap) + m_partial->sizeHint().width();
+        const qreal needed = std::max(m_month->sizeHint().width() + partial,
+            m_active->sizeHint().width() + gap + m_remainingCaption->sizeHint().width());
+        if (needed <= room || size <= smallest)
+            return;
+    }
+}
+
 void TotalsHeader::arrange()
 {
     const int margin = scaled(*this, sideMargin);
     const QRect area = rect().adjusted(margin, scaled(*this, topMargin), -margin, 0);
     chooseSizes(area.width());
+    chooseCaptionSize(area.width());
     const auto place = [this](QWidget &label, QPoint corner) {
         label.setGeometry(QStyle::visualRect(layoutDirection(), rect(), QRect(corner, label.sizeHint())));
     };
@@ -141,9 +164,9 @@ void TotalsHeader::arrange()
     placeRight(*m_partial, area.top());
     const int side = scaled(*this, warningSide);
     QRect warning(0, 0, side, side);
-    warning.moveCenter(
-        QPoint(area.left() + area.width() - m_partial->sizeHint().width() - scaled(*this, 4) - side / 2,
-            area.top() + m_partial->sizeHint().height() / 2));
+    warning.moveCenter(QPoint(
+        area.left() + area.width() - m_partial->sizeHint().width() - scaled(*this, warningGap) - side / 2,
+        area.top() + m_partial->sizeHint().height() / 2));
     m_warning = QStyle::visualRect(layoutDirection(), rect(), warning);
 
     // Amounts and what belongs to them share one baseline.

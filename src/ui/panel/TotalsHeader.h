@@ -6,7 +6,7 @@
 
 namespace orbitledge::ui {
 
-/// What a month costs, and what of it is left. Amounts are never cut off: where there is not room for one, it
+/// What a month costs, and what of it is left. Nothing is cut off: where there is not room for a text, it
 /// gets smaller.
 class TotalsHeader : public Component {
     Q_OBJECT
@@ -26,6 +26,7 @@ protected:
 
 private:
     void chooseSizes(qreal room);
+    void chooseCaptionSize(qreal room);
     void arrange();
 
     ThemedLabel *m_month;
