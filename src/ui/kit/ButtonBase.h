@@ -12,11 +12,13 @@ class ButtonBase : public QAbstractButton {
 public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
+    /// It has the keyboard, and was given it by the keyboard.
+    bool showsFocusRing() const;
+
 protected:
     explicit ButtonBase(QWidget *parent);
 
     bool isHovered() const { return isEnabled() && underMouse(); }
-    bool showsFocusRing() const;
     /// Draws the ring inside the button's edge, where it is to be seen.
     void paintFocusRing(QPainter &painter, qreal radius) const;
 

@@ -98,6 +98,7 @@ qsizetype SubscriptionList::positionAt(int y) const
 
 void SubscriptionList::setSections(QList<TimelineSection> sections, RowMaker makeRow)
 {
+    const std::optional<Followed> followed = findFollowed();
     m_sections = std::move(sections);
     m_makeRow = std::move(makeRow);
     m_firstRows.clear();
@@ -132,6 +133,27 @@ void SubscriptionList::setSections(QList<TimelineSection> sections, RowMaker mak
     realize();
     if (hasFocus() && m_rowCount > 0)
         rowAt(m_current)->setFocus(Qt::OtherFocusReason);
+    if (followed)
+        follow(*followed);
+}
+
+/// The row that is seen to have the keyboard.
+std::optional<SubscriptionList::Followed> SubscriptionList::findFollowed() const
+{
+    for (const Realized &realized : m_realized) {
+        const bool isInView = viewport()->rect().intersects(realized.row->geometry());
+        if (isInView && realized.row->showsFocusWithin())
+            return Followed{.row = realized.row, .top = topOf(realized.position)};
+    }
+    return std::nullopt;
+}
+
+/// Where it went, as one that was cancelled goes to the end. Who uses the mouse stays where the pointer is.
+void SubscriptionList::follow(const Followed &followed)
+{
+    const auto found = std::ranges::find(m_realized, followed.row, &Realized::row);
+    if (found != m_realized.end() && topOf(found->position) != followed.top)
+        reveal(found->position);
 }
 
 /// Finds where the subscriptions of the rows that are there have gone; what has gone altogether leaves its

@@ -6,6 +6,7 @@
 #include <QAbstractScrollArea>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace orbitledge::ui {
@@ -23,8 +24,8 @@ public:
 
     SubscriptionList(RowActions actions, LogoImages *images, QWidget *parent = nullptr);
 
-    /// Rows of subscriptions that stay keep what they are doing, and the list stays where it is. `makeRow` is
-    /// called for rows as they come into view.
+    /// Rows of subscriptions that stay keep what they are doing, and the list stays where it is, unless the
+    /// row that is seen to have the keyboard moves. `makeRow` is called for rows as they come into view.
     void setSections(QList<TimelineSection> sections, RowMaker makeRow);
 
     qsizetype rowCount() const { return m_rowCount; }
@@ -53,6 +54,10 @@ private:
         qsizetype section = 0;
         qsizetype index = 0;
     };
+    struct Followed {
+        const SubscriptionRow *row = nullptr;
+        int top = 0;
+    };
 
     const TimelineEntry &entryAt(qsizetype position) const;
     Place placeOf(qsizetype position) const;
@@ -62,6 +67,8 @@ private:
     int headerHeight() const;
     int rowHeight() const;
     int contentHeight() const;
+    std::optional<Followed> findFollowed() const;
+    void follow(const Followed &followed);
     void relocate();
     void keepFocus();
     void realize();

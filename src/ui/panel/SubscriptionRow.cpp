@@ -106,6 +106,11 @@ bool SubscriptionRow::hasFocusWithin() const
     return focused == this || focused == m_open || focused == m_mutation;
 }
 
+bool SubscriptionRow::showsFocusWithin() const
+{
+    return showsFocusRing() || m_open->showsFocusRing() || m_mutation->showsFocusRing();
+}
+
 bool SubscriptionRow::showsActions() const
 {
     return isHovered() || hasFocusWithin() || m_isWorking || isAsking();

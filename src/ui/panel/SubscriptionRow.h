@@ -46,6 +46,8 @@ public:
     /// The person is asked something about this row.
     bool isAsking() const { return !m_question.isNull() || !m_menu.isNull(); }
     bool hasFocusWithin() const;
+    /// It, or one of its controls, is marked as the one that has the keyboard.
+    bool showsFocusWithin() const;
     bool showsActions() const;
     /// Gives the keyboard to the control after, or before, the one that has it; false where there is none.
     bool focusNextControl(bool next);

@@ -192,6 +192,37 @@ private Q_SLOTS:
         QCOMPARE(row->content().id, id);
     }
 
+    void shouldFollowWhatHasTheKeyboardAlone_data()
+    {
+        QTest::addColumn<Qt::FocusReason>("reason");
+        QTest::addColumn<bool>("follows");
+        QTest::newRow("by the keyboard") << Qt::TabFocusReason << true;
+        QTest::newRow("by the mouse") << Qt::MouseFocusReason << false;
+    }
+    void shouldFollowWhatHasTheKeyboardAlone()
+    {
+        QFETCH(const Qt::FocusReason, reason);
+        QFETCH(const bool, follows);
+        QList<Subscription> list = manySubscriptions(300);
+        m_desk->show(list);
+        m_desk->list->verticalScrollBar()->setValue(2000);
+        SubscriptionRow *const row = m_desk->list->rows()[4];
+        row->setFocus(reason);
+        const auto found = std::ranges::find(list, row->content().id, &Subscription::id);
+        found->status = u"cancelled"_s;
+        m_desk->show(list);
+        QVERIFY(row->hasFocus());
+        QCOMPARE(row->content().mutation, RowContent::Mutation::Uncancel);
+        QCOMPARE(m_desk->list->viewport()->rect().contains(row->geometry()), follows);
+        QCOMPARE(m_desk->list->verticalScrollBar()->value() == 2000, !follows);
+        // Who looks elsewhere meanwhile goes on looking there.
+        m_desk->list->verticalScrollBar()->setValue(0);
+        found->status = u"active"_s;
+        m_desk->show(list);
+        QVERIFY(row->hasFocus());
+        QCOMPARE(m_desk->list->verticalScrollBar()->value(), 0);
+    }
+
     void shouldLetGoOfWhatIsGone()
     {
         QList<Subscription> list = sampleList();
