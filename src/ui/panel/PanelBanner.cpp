@@ -70,6 +70,11 @@ void PanelBanner::setContent(const BannerContent &content)
     m_retry->setVisible(content.canRetry());
 }
 
+void PanelBanner::focusRetry()
+{
+    m_retry->setFocus(Qt::OtherFocusReason);
+}
+
 void PanelBanner::measure()
 {
     m_around->setContentsMargins(scaled(*this, 12), scaled(*this, 6), scaled(*this, 12), 0);

@@ -19,6 +19,7 @@ public:
     explicit PanelBanner(QWidget *parent = nullptr);
 
     void setContent(const BannerContent &content);
+    void focusRetry();
 
 Q_SIGNALS:
     void retryRequested();

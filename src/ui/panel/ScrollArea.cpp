@@ -2,6 +2,7 @@
 
 #include "ui/kit/Typography.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QLayout>
 #include <QScrollArea>
@@ -10,6 +11,16 @@
 namespace orbitledge::ui {
 
 namespace {
+
+/// Is seen of what there is above and below, where something is scrolled to.
+constexpr qreal around = 12;
+
+/// To all of it; the toolkit's own means the place in it where something is typed.
+void scrollTo(QScrollArea &area, const QWidget &widget)
+{
+    const QRect place(widget.mapTo(area.widget(), QPoint()), widget.size());
+    area.ensureVisible(place.center().x(), place.center().y(), 0, place.height() / 2 + scaled(area, around));
+}
 
 /// Its content is at least as high as it has to be for the width that there is.
 class UprightScrollArea : public QScrollArea {
@@ -25,6 +36,8 @@ public:
         content->setAutoFillBackground(false);
         content->installEventFilter(this);
         viewport()->setAutoFillBackground(false);
+        connect(qApp, &QApplication::focusChanged, this,
+            [this](const QWidget * /*before*/, QWidget *now) { follow(now); });
     }
 
     QSize minimumSizeHint() const override { return {0, 0}; }
@@ -44,6 +57,15 @@ protected:
     }
 
 private:
+    /// The toolkit's own follows the Tab key alone, and only from one thing within it to another. What is
+    /// clicked on does not move away.
+    void follow(QWidget *focused)
+    {
+        const bool isWithin = focused != nullptr && focused != widget() && widget()->isAncestorOf(focused);
+        if (isWithin && QGuiApplication::mouseButtons() == Qt::NoButton)
+            scrollTo(*this, *focused);
+    }
+
     // The toolkit's own does not ask for a height that depends on the width.
     void keepHigh()
     {
@@ -63,10 +85,9 @@ QScrollArea *makeScrollArea(QWidget *content)
 void reveal(QWidget *widget)
 {
     QTimer::singleShot(0, widget, [widget] {
-        constexpr qreal around = 12;
         for (QWidget *outer = widget->parentWidget(); outer != nullptr; outer = outer->parentWidget()) {
             if (auto *const area = qobject_cast<QScrollArea *>(outer))
-                area->ensureWidgetVisible(widget, 0, scaled(*widget, around));
+                scrollTo(*area, *widget);
         }
     });
 }

@@ -18,6 +18,8 @@
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace orbitledge::ui {
 
 using namespace Qt::StringLiterals;
@@ -137,9 +139,19 @@ void TimelinePanel::update()
 void TimelinePanel::updateBanner()
 {
     const auto banner = bannerOf(m_store.state(), m_texts->dates, m_store.calendar().timeZone());
+    // Whose Retry goes away for a while presses nothing else with the next Return, and has it back.
+    const bool canRetry = banner && banner->canRetry();
+    if (!canRetry && m_banner->isAncestorOf(window()->focusWidget())) {
+        setFocus(Qt::OtherFocusReason);
+        m_isAwaitingRetry = true;
+    }
     m_banner->setVisible(banner.has_value());
     if (banner)
         m_banner->setContent(*banner);
+    else
+        m_isAwaitingRetry = false;
+    if (canRetry && std::exchange(m_isAwaitingRetry, false) && window()->focusWidget() == this)
+        m_banner->focusRetry();
 }
 
 void TimelinePanel::updateContent()

@@ -54,6 +54,8 @@ private:
     EmptyPanel *m_empty;
     PanelUpdateRow *m_updateRow;
     PanelFooter *m_footer;
+    /// Somebody was at its button when that went away.
+    bool m_isAwaitingRetry = false;
 };
 
 } // namespace orbitledge::ui

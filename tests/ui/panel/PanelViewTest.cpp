@@ -31,6 +31,17 @@ namespace {
 
 const APIError offline = APIError::Transport{u"The Internet connection appears to be offline."_s};
 
+const APIError unreadable = APIError::Decoding{u"Unreadable."_s};
+
+/// The part of a widget that is not scrolled away.
+QRect inView(const QWidget *widget)
+{
+    QRect seen = widget->rect();
+    for (const QWidget *parent = widget->parentWidget(); parent != nullptr; parent = parent->parentWidget())
+        seen &= QRect(widget->mapFrom(parent, QPoint()), parent->size());
+    return seen;
+}
+
 /// Whether what lies above a widget may scroll it into view.
 bool scrolls(const QWidget *widget)
 {
@@ -208,6 +219,51 @@ private Q_SLOTS:
         m_desk->settle();
         QVERIFY(texts().contains(u"Updating cached subscriptions…"_s));
         QVERIFY(button(u"Retry"_s) == nullptr);
+    }
+
+    void shouldKeepTheKeyboardFromOthersWhileItRetries()
+    {
+        showList(*m_desk, sampleList());
+        failNext(*m_desk, unreadable);
+        open();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(nameOfFocus(), u"Retry"_s);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QVERIFY(button(u"Retry"_s) == nullptr);
+        for (int i = 0; i < 2; ++i)
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QCOMPARE(nameOfFocus(), u"Upcoming renewals"_s);
+        QVERIFY(m_desk->workspace->opened.isEmpty());
+        m_desk->api->profile = tl::make_unexpected(unreadable);
+        m_desk->api->answerAll();
+        m_desk->settle();
+        QCOMPARE(nameOfFocus(), u"Retry"_s);
+        // What went well leaves nothing to come back to.
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        m_desk->api->profile = sampleAmerican();
+        m_desk->api->answerAll();
+        m_desk->settle();
+        QVERIFY(!m_panel->findChild<PanelBanner *>()->isVisible());
+        QCOMPARE(nameOfFocus(), u"Upcoming renewals"_s);
+        failNext(*m_desk, unreadable);
+        QVERIFY(button(u"Retry"_s) != nullptr);
+        QCOMPARE(nameOfFocus(), u"Upcoming renewals"_s);
+    }
+
+    void shouldNotTakeTheKeyboardBackFromWhereItWent()
+    {
+        showList(*m_desk, sampleList());
+        failNext(*m_desk, unreadable);
+        open();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(nameOfFocus(), u"Northlight Video"_s);
+        m_desk->api->profile = tl::make_unexpected(unreadable);
+        m_desk->api->answerAll();
+        m_desk->settle();
+        QVERIFY(button(u"Retry"_s) != nullptr);
+        QCOMPARE(nameOfFocus(), u"Northlight Video"_s);
     }
 
     void shouldInviteToAddTheFirst()
@@ -516,6 +572,24 @@ private Q_SLOTS:
             QVERIFY2(seen != nullptr && !seen->text(QAccessible::Name).isEmpty(),
                 widget->metaObject()->className());
             QVERIFY(seen->role() != QAccessible::NoRole && seen->role() != QAccessible::Client);
+        }
+    }
+
+    void shouldBringWhatHasTheKeyboardIntoView_data() { sceneRows(false); }
+    void shouldBringWhatHasTheKeyboardIntoView()
+    {
+        QFETCH(int, scene);
+        panelScenes()[std::size_t(scene)].prepare(*m_desk);
+        open();
+        applyTextScale(*m_panel, 2);
+        QCoreApplication::processEvents();
+        // Round more than once, so that it goes up as well.
+        for (int i = 0; i < 30 && QApplication::focusWidget() != nullptr; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            const QWidget *const focused = QApplication::focusWidget();
+            const QRect seen = inView(focused);
+            QVERIFY2(seen == focused->rect(),
+                qPrintable(u"%1: %2 of %3"_s.arg(nameOfFocus()).arg(seen.height()).arg(focused->height())));
         }
     }
 
