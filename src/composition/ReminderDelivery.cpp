@@ -23,8 +23,8 @@ namespace {
 /// Who has not chosen it by then will find it in the panel.
 constexpr auto clickPatience = 24h;
 
-/// The bus gives a program half a minute to come up.
-constexpr auto startPatience = 40s;
+/// More than the two minutes that the bus gives a program to come up.
+constexpr auto startPatience = 130s;
 
 } // namespace
 
@@ -92,14 +92,15 @@ private:
             m_ended->complete();
     }
 
-    /// By the program, or, where that cannot be started, by this process.
+    /// By the program, or, where that cannot be started, by this process. One that does not answer opens it
+    /// when it comes to itself.
     QCoro::Task<void> open(QUrl page, QString activationToken)
     {
         ++m_openings;
         const QString address = QString::fromLatin1(page.toEncoded());
         auto asking = m_running.openReminder(address, activationToken);
-        const auto heard = co_await asking;
-        if (!heard.value_or(false)) {
+        const PageOpening outcome = co_await asking;
+        if (outcome == PageOpening::Absent || outcome == PageOpening::Refused) {
             auto opening = m_workspace.open(page, activationToken);
             (void)co_await opening;
         }

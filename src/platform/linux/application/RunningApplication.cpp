@@ -66,6 +66,27 @@ QCoro::Task<bool> isThere(QString owner, milliseconds patience)
     co_return hasOwner.value_or(true);
 }
 
+enum class Sign { Alive, Gone, Mute, Refusing };
+struct Life {
+    Sign sign = Sign::Alive;
+    /// For people, where it does not do what was asked.
+    QString sentence;
+};
+
+/// What a call shows of it that needs no time. Asked whether it works with the same, it may refuse as well.
+QCoro::Task<Life> ask(QString owner, QDBusMessage call, milliseconds patience)
+{
+    const QDBusMessage answer = co_await callSessionBus(call, patience);
+    if (isAnswer(answer))
+        co_return Life{};
+    const bool isStill = co_await isThere(owner, patience);
+    if (!isStill)
+        co_return Life{.sign = Sign::Gone, .sentence = {}};
+    if (isSilence(answer))
+        co_return Life{.sign = Sign::Mute, .sentence = muteSentence()};
+    co_return Life{.sign = Sign::Refusing, .sentence = refusal(answer)};
+}
+
 QDBusMessage actionCall(const QString &destination, const QString &path, const QString &action,
     const QVariantList &parameters, const QString &activationToken)
 {
@@ -73,18 +94,6 @@ QDBusMessage actionCall(const QString &destination, const QString &path, const Q
         destination, path, QLatin1StringView(ApplicationBus::freedesktopInterface), u"ActivateAction"_s);
     call << action << QVariant(parameters) << ApplicationBus::platformData(activationToken);
     return call;
-}
-
-QCoro::Task<Reached> sendAction(QString owner, QDBusMessage call, milliseconds patience)
-{
-    const QDBusMessage answer = co_await callSessionBus(call, patience);
-    if (isAnswer(answer))
-        co_return true;
-    const bool isStill = co_await isThere(owner, patience);
-    if (!isStill)
-        co_return false;
-    const bool isMute = QDBusError(answer).type() == QDBusError::NoReply;
-    co_return tl::make_unexpected(isMute ? muteSentence() : refusal(answer));
 }
 
 QDBusMessage sessionCall(
@@ -126,31 +135,11 @@ QCoro::Task<void> settleWhenAnswered(QDBusMessage sent, std::shared_ptr<PendingC
     call->end.settle(true);
 }
 
-enum class Sign { Alive, Gone, Mute, Elsewhere };
-struct Life {
-    Sign sign = Sign::Alive;
-    QString sentence;
-};
-
-/// Is it there, does it answer, and does it work with the same?
-QCoro::Task<Life> lookAfter(QString owner, QDBusMessage check, milliseconds patience)
-{
-    const QDBusMessage answer = co_await callSessionBus(check, patience);
-    if (isAnswer(answer))
-        co_return Life{};
-    const bool isStill = co_await isThere(owner, patience);
-    if (!isStill)
-        co_return Life{.sign = Sign::Gone, .sentence = {}};
-    if (QDBusError(answer).type() == QDBusError::NoReply)
-        co_return Life{.sign = Sign::Mute, .sentence = muteSentence()};
-    co_return Life{.sign = Sign::Elsewhere, .sentence = refusal(answer)};
-}
-
 QCoro::Task<Performed> performAt(
     QString owner, QString path, SessionRequest request, SessionPlace place, milliseconds patience)
 {
     const QDBusMessage check = sessionCall(owner, path, u"Check"_s, place);
-    const Life life = co_await lookAfter(owner, check, patience);
+    const Life life = co_await ask(owner, check, patience);
     if (life.sign == Sign::Gone)
         co_return std::optional<SessionOutcome>();
     if (life.sign != Sign::Alive)
@@ -165,7 +154,7 @@ QCoro::Task<Performed> performAt(
         const std::optional<bool> end = co_await pending->end.settledWithin(patience);
         if (end)
             break;
-        const Life still = co_await lookAfter(owner, check, patience);
+        const Life still = co_await ask(owner, check, patience);
         if (still.sign == Sign::Mute)
             co_return tl::make_unexpected(still.sentence);
     }
@@ -192,22 +181,34 @@ QCoro::Task<Reached> requestFrom(
         co_return false;
     const QDBusMessage call
         = actionCall(owner, ApplicationBus::pathOf(applicationId), nameOf(action), {}, activationToken);
-    auto sending = sendAction(owner, call, patience);
-    co_return co_await sending;
+    const Life life = co_await ask(owner, call, patience);
+    if (life.sign == Sign::Mute || life.sign == Sign::Refusing)
+        co_return tl::make_unexpected(life.sentence);
+    co_return life.sign == Sign::Alive;
 }
 
-QCoro::Task<Reached> openReminderBy(
+QCoro::Task<PageOpening> openReminderBy(
     QString applicationId, QString page, QString activationToken, milliseconds patience)
 {
     const bool hasBus = co_await reachSessionBus();
     if (!hasBus)
-        co_return false;
+        co_return PageOpening::Absent;
     QDBusMessage call = actionCall(applicationId, ApplicationBus::pathOf(applicationId),
         QLatin1StringView(ApplicationBus::openReminder), {QVariant::fromValue(QDBusVariant(page))},
         activationToken);
     call.setAutoStartService(true);
-    auto sending = sendAction(applicationId, call, patience);
-    co_return co_await sending;
+    const Life life = co_await ask(applicationId, call, patience);
+    switch (life.sign) {
+    case Sign::Alive:
+        co_return PageOpening::Done;
+    case Sign::Gone:
+        co_return PageOpening::Absent;
+    case Sign::Mute:
+        co_return PageOpening::Mute;
+    case Sign::Refusing:
+        break;
+    }
+    co_return PageOpening::Refused;
 }
 
 QCoro::Task<Performed> performBy(
@@ -234,8 +235,7 @@ QCoro::Task<tl::expected<bool, QString>> RunningApplication::request(
     return requestFrom(m_applicationId, action, std::move(activationToken), m_patience);
 }
 
-QCoro::Task<tl::expected<bool, QString>> RunningApplication::openReminder(
-    QString page, QString activationToken) const
+QCoro::Task<PageOpening> RunningApplication::openReminder(QString page, QString activationToken) const
 {
     return openReminderBy(m_applicationId, std::move(page), std::move(activationToken), m_patience);
 }

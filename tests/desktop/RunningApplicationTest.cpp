@@ -1,0 +1,135 @@
+#include "platform/linux/application/RunningApplication.h"
+
+#include "platform/linux/bus/SessionBusCall.h"
+#include "support/DesktopLab.h"
+#include "support/TestMain.h"
+
+#include <QDBusVirtualObject>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+using namespace orbitledge;
+using namespace orbitledge::testing;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString applicationId = u"app.orbitledge.Test"_s;
+constexpr auto patience = 300ms;
+
+/// Has the program's name, and does something of its own with what it is asked.
+class Stranger final : public QDBusVirtualObject {
+public:
+    using Manner = std::function<void(Stranger &, const QDBusMessage &)>;
+
+    Stranger(const QDBusConnection &bus, Manner manner)
+        : m_bus(bus)
+        , m_manner(std::move(manner))
+    {
+        m_bus.registerVirtualObject(u"/"_s, this, QDBusConnection::SubPath);
+        m_bus.registerService(applicationId);
+    }
+    ~Stranger() override
+    {
+        m_bus.unregisterService(applicationId);
+        m_bus.unregisterObject(u"/"_s, QDBusConnection::UnregisterTree);
+    }
+    Q_DISABLE_COPY_MOVE(Stranger)
+
+    QDBusConnection &bus() { return m_bus; }
+
+    [[nodiscard]] QString introspect(const QString & /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection & /*connection*/) override
+    {
+        m_manner(*this, message);
+        return true;
+    }
+
+private:
+    QDBusConnection m_bus;
+    Manner m_manner;
+};
+
+void doIt(Stranger &stranger, const QDBusMessage &message)
+{
+    stranger.bus().send(message.createReply());
+}
+
+void refuse(Stranger &stranger, const QDBusMessage &message)
+{
+    stranger.bus().send(message.createErrorReply(QDBusError::AccessDenied, u"Not today."_s));
+}
+
+void sayNothing(Stranger & /*stranger*/, const QDBusMessage & /*message*/) { }
+
+void goAway(Stranger &stranger, const QDBusMessage & /*message*/)
+{
+    stranger.bus().unregisterService(applicationId);
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Stranger::Manner)
+
+class RunningApplicationTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<DesktopLab> m_lab;
+
+private Q_SLOTS:
+    // A process has one session bus for its life.
+    void initTestCase()
+    {
+        m_lab = std::make_unique<DesktopLab>();
+        qputenv(
+            "DBUS_SESSION_BUS_ADDRESS", m_lab->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s).toUtf8());
+        QVERIFY(QCoro::waitFor(reachSessionBus()));
+    }
+    void cleanupTestCase() { m_lab.reset(); }
+
+    void shouldTellHowItTakesThatAPageIsToBeOpened_data()
+    {
+        QTest::addColumn<Stranger::Manner>("manner");
+        QTest::addColumn<PageOpening>("outcome");
+        QTest::newRow("does it") << Stranger::Manner(doIt) << PageOpening::Done;
+        QTest::newRow("refuses") << Stranger::Manner(refuse) << PageOpening::Refused;
+        QTest::newRow("says nothing") << Stranger::Manner(sayNothing) << PageOpening::Mute;
+        QTest::newRow("goes away") << Stranger::Manner(goAway) << PageOpening::Absent;
+        QTest::newRow("is not there") << Stranger::Manner() << PageOpening::Absent;
+    }
+    void shouldTellHowItTakesThatAPageIsToBeOpened()
+    {
+        QFETCH(const Stranger::Manner, manner);
+        QFETCH(const PageOpening, outcome);
+        std::unique_ptr<Stranger> stranger;
+        if (manner)
+            stranger = std::make_unique<Stranger>(m_lab->bus(), manner);
+        const RunningApplication program(applicationId, patience);
+        QCOMPARE(QCoro::waitFor(program.openReminder(u"https://example.com/a"_s, {})), outcome);
+    }
+
+    void shouldTellWhyItDoesNotDoWhatIsAsked()
+    {
+        const RunningApplication program(applicationId, patience);
+        const auto ask = [&] { return QCoro::waitFor(program.request(ApplicationAction::Open, {})); };
+        QCOMPARE(ask(), (tl::expected<bool, QString>(false)));
+        {
+            const Stranger stranger(m_lab->bus(), doIt);
+            QCOMPARE(ask(), (tl::expected<bool, QString>(true)));
+        }
+        {
+            const Stranger stranger(m_lab->bus(), refuse);
+            QCOMPARE(ask().error(), u"Not today."_s);
+        }
+        {
+            const Stranger stranger(m_lab->bus(), sayNothing);
+            QCOMPARE(ask().error(), u"Orbitledge is running, but does not answer. End it, then try again."_s);
+        }
+    }
+};
+
+ORBITLEDGE_TEST_MAIN(RunningApplicationTest)
+#include "RunningApplicationTest.moc"
