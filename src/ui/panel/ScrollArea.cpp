@@ -36,7 +36,7 @@ public:
         content->setAutoFillBackground(false);
         content->installEventFilter(this);
         viewport()->setAutoFillBackground(false);
-        connect(qApp, &QApplication::focusChanged, this,
+        connect(qApp, &QApplication::focusChanged, &m_following,
             [this](const QWidget * /*before*/, QWidget *now) { follow(now); });
     }
 
@@ -73,6 +73,9 @@ private:
         if (layout != nullptr && layout->hasHeightForWidth())
             widget()->setMinimumHeight(layout->minimumHeightForWidth(viewport()->width()));
     }
+
+    /// Ends before the content goes, whose going moves the focus as well.
+    QObject m_following;
 };
 
 } // namespace
