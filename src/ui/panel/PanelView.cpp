@@ -41,6 +41,7 @@ PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, Q
               .tone = Tone::Slate,
               .overflow = ThemedLabel::Overflow::Wrap,
               .alignment = Qt::AlignHCenter | Qt::AlignVCenter}))
+    , m_noticeRow(new QHBoxLayout)
     , m_checking(new SessionCheckPanel)
     , m_settingsKeys(new QShortcut(settingsKeys, this))
 {
@@ -48,11 +49,8 @@ PanelView::PanelView(AppStore &store, const Locale &locale, LogoImages *logos, Q
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(m_stack, 1);
-    constexpr int edge = 20;
-    auto *const noticeRow = new QHBoxLayout;
-    noticeRow->setContentsMargins(edge, 0, edge, edge);
-    noticeRow->addWidget(m_notice);
-    layout->addLayout(noticeRow);
+    m_noticeRow->addWidget(m_notice);
+    layout->addLayout(m_noticeRow);
     updateNotice();
     m_stack->add(m_checking);
     connect(m_settingsKeys, &QShortcut::activated, this, &PanelView::settingsRequested);
@@ -148,7 +146,11 @@ void PanelView::setNotice(const QString &sentence)
 void PanelView::updateNotice()
 {
     const bool isSignedIn = m_screen == PanelScreen::Timeline || m_screen == PanelScreen::QuickAdd;
-    m_notice->setVisible(!m_notice->text().isEmpty() && !isSignedIn);
+    const bool isShown = !m_notice->text().isEmpty() && !isSignedIn;
+    m_notice->setVisible(isShown);
+    // A row with nothing in it would keep the room around it.
+    constexpr int edge = 20;
+    m_noticeRow->setContentsMargins(isShown ? QMargins(edge, 0, edge, edge) : QMargins());
 }
 
 QWidget *PanelView::makeQuickAdd()

@@ -13,6 +13,7 @@
 
 #include <optional>
 
+class QHBoxLayout;
 class QShortcut;
 
 namespace orbitledge::ui {
@@ -63,6 +64,7 @@ private:
     LogoImages *m_logos;
     ScreenStack *m_stack;
     ThemedLabel *m_notice;
+    QHBoxLayout *m_noticeRow;
     PanelScreen m_screen = PanelScreen::CheckingSession;
     QWidget *m_checking;
     SessionRecoveryPanel *m_recovery = nullptr;

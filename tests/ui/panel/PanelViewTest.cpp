@@ -517,6 +517,8 @@ private Q_SLOTS:
         QCoro::waitFor(m_desk->store->start());
         QCOMPARE(m_panel->screen(), PanelScreen::SignIn);
         QVERIFY(!texts().contains(notice));
+        const auto *const screens = m_panel->findChild<ScreenStack *>();
+        QCOMPARE(screens->geometry(), m_panel->rect());
         m_panel->setNotice(notice);
         QVERIFY(texts().contains(notice));
         for (const double scale : {1.0, 2.0}) {
@@ -535,6 +537,8 @@ private Q_SLOTS:
         (void)QCoro::waitFor(m_desk->store->signIn(u"a@b"_s, u"c"_s));
         QCOMPARE(m_panel->screen(), PanelScreen::Timeline);
         QVERIFY(!texts().contains(notice));
+        QCoreApplication::processEvents();
+        QCOMPARE(screens->geometry(), m_panel->rect());
         m_desk->settle();
     }
 
@@ -609,6 +613,7 @@ private Q_SLOTS:
             shown.act(*m_panel, *m_desk);
         QCoreApplication::processEvents();
         QCOMPARE(m_panel->size(), PanelView::panelSize);
+        QCOMPARE(m_panel->findChild<ScreenStack *>()->size(), PanelView::panelSize);
         QList<QWidget *> things;
         for (QWidget *widget : m_panel->findChildren<QWidget *>()) {
             if (widget->isVisible()
