@@ -96,28 +96,42 @@ QCoro::Task<void> forget(
     (void)co_await parts->credentialStore->clear(prompt);
 }
 
-/// Somebody who signs in may have stored another one since `saves`, while what is of no use was being loaded.
+/// Somebody who signs in may have stored another one since `saves`, while what is of no use was being loaded,
+/// or the service said so.
 QCoro::Task<void> forgetWhatWasLoaded(std::shared_ptr<APIClientParts> parts, int saves)
 {
     if (parts->saves == saves)
         co_await forget(parts);
 }
 
-/// The Cookie header's value; absent where no credential is stored, or none that is still good.
-APITask<std::optional<QByteArray>> cookieHeader(std::shared_ptr<APIClientParts> parts)
+/// What a request says of who sends it.
+struct Authorisation {
+    /// The Cookie header's value; absent where no credential is stored, or none that is still good.
+    std::optional<QByteArray> cookie;
+    /// When it was loaded.
+    int saves = 0;
+};
+
+APITask<Authorisation> loadAuthorisation(std::shared_ptr<APIClientParts> parts)
 {
-    const int saves = parts->saves;
-    const auto loaded = co_await parts->credentialStore->load();
-    if (!loaded)
-        co_return failed(APIError::SessionStorage{loaded.error().errorDescription()});
-    const std::optional<SessionCredential> &credential = *loaded;
+    std::optional<SessionCredential> credential;
+    int saves = 0;
+    // Once more where somebody signed in meanwhile: what was loaded is another session's.
+    do {
+        saves = parts->saves;
+        const auto loaded = co_await parts->credentialStore->load();
+        if (!loaded)
+            co_return failed(APIError::SessionStorage{loaded.error().errorDescription()});
+        credential = *loaded;
+    } while (parts->saves != saves);
     if (!credential)
-        co_return std::nullopt;
+        co_return Authorisation{.cookie = std::nullopt, .saves = saves};
     if (credential->isExpired(parts->clock->now())) {
         co_await forgetWhatWasLoaded(parts, saves);
-        co_return std::nullopt;
+        co_return Authorisation{.cookie = std::nullopt, .saves = saves};
     }
-    co_return QByteArray(sessionCookieName) + '=' + credential->value.toLatin1();
+    QByteArray cookie = QByteArray(sessionCookieName) + '=' + credential->value.toLatin1();
+    co_return Authorisation{.cookie = std::move(cookie), .saves = saves};
 }
 
 /// A success's answer, or the failure that the exchange came to.
@@ -134,11 +148,13 @@ APITask<HttpResponse> exchange(std::shared_ptr<APIClientParts> parts, Call call)
         request.body = std::move(call.body);
         request.headers.append(HttpHeader{"Content-Type", "application/json"});
     }
+    int saves = parts->saves;
     if (call.authorised == Authorised::Yes) {
-        auto header = co_await cookieHeader(parts);
-        if (!header)
-            co_return failed(std::move(header.error()));
-        if (const std::optional<QByteArray> &cookie = *header)
+        auto authorisation = co_await loadAuthorisation(parts);
+        if (!authorisation)
+            co_return failed(std::move(authorisation.error()));
+        saves = authorisation->saves;
+        if (const std::optional<QByteArray> &cookie = authorisation->cookie)
             request.headers.append(HttpHeader{"Cookie", *cookie});
     }
 
@@ -155,7 +171,7 @@ APITask<HttpResponse> exchange(std::shared_ptr<APIClientParts> parts, Call call)
     auto checking = parts->decoding.run(std::move(check));
     auto checked = co_await checking;
     if (!checked && checked.error().is<APIError::Unauthorized>())
-        co_await forget(parts);
+        co_await forgetWhatWasLoaded(parts, saves);
     co_return checked;
 }
 

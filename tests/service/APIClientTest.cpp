@@ -454,6 +454,52 @@ private Q_SLOTS:
         QVERIFY(m_keychain->removals.isEmpty());
     }
 
+    void shouldNotForgetWhatWasStoredSinceTheServiceWasAsked_data()
+    {
+        QTest::addColumn<bool>("isExpired");
+        QTest::newRow("another one") << false;
+        QTest::newRow("one that has run out") << true;
+    }
+    void shouldNotForgetWhatWasStoredSinceTheServiceWasAsked()
+    {
+        QFETCH(const bool, isExpired);
+        storeCredential();
+        if (isExpired)
+            m_clock->set(credential.expiresAt);
+        m_server->answerWith([](const QByteArray &request) {
+            if (request.startsWith("POST /auth/login "))
+                return FaultServer::whole(
+                    200, userJson(), "Set-Cookie: orbitledge_user_session=new; Max-Age=86400\r\n");
+            if (request.contains("\r\nCookie: orbitledge_user_session=new\r\n"))
+                return FaultServer::whole(200, encodeJson(sampleProfile()));
+            FaultServer::Answer late = FaultServer::whole(401, "{}");
+            late.insert(late.begin(), FaultServer::Wait{300ms});
+            return late;
+        });
+        auto fetching = m_client->fetchProfile();
+        QTRY_COMPARE(m_server->requests().size(), 1);
+        QVERIFY(QCoro::waitFor(m_client->signIn(u"ada@example.com"_s, u"password"_s)));
+        const auto old = QCoro::waitFor(std::move(fetching));
+        QVERIFY(!old && old.error().is<APIError::Unauthorized>());
+        QVERIFY(stored());
+        QCOMPARE(stored()->value, u"new"_s);
+        QVERIFY(QCoro::waitFor(m_client->fetchProfile()));
+    }
+
+    void shouldAskForWhoHasSignedInMeanwhile()
+    {
+        storeCredential();
+        m_server->answerAll(FaultServer::whole(
+            200, userJson(), "Set-Cookie: orbitledge_user_session=new; Max-Age=86400\r\n"));
+        m_keychain->hold = std::make_shared<Completion>();
+        const auto hold = m_keychain->hold;
+        auto fetching = m_client->fetchProfile();
+        QVERIFY(QCoro::waitFor(m_client->signIn(u"ada@example.com"_s, u"password"_s)));
+        hold->complete();
+        (void)QCoro::waitFor(std::move(fetching));
+        QCOMPARE(m_server->requests().last(), expected("GET", "/auth/profile", "new"));
+    }
+
     void shouldSignOut()
     {
         storeCredential();
