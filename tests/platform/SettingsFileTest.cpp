@@ -190,21 +190,28 @@ int writeOnFullDisk(const QString &path)
         QFile file(path);
         return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
     };
-    SettingsFile file(path.toStdString());
-    file.setValue(u"a"_s, u"old"_s);
-    if (!file.synchronise())
+    std::optional<SettingsFile> file(path.toStdString());
+    file->setValue(u"a"_s, u"old"_s);
+    if (!file->synchronise())
         return 2;
     const QByteArray before = contentOf();
     QFile filler(QFileInfo(path).path() + u"/filler"_s);
     if (!filler.open(QFile::WriteOnly | QFile::Unbuffered))
         return 3;
     while (filler.write(QByteArray(1024, 'x')) == 1024) { }
-    file.setValue(u"a"_s, QString(20'000, u'n'));
-    if (file.synchronise())
+    file->setValue(u"a"_s, QString(20'000, u'n'));
+    if (file->synchronise())
         return 4;
-    if (file.read<QString>(u"a"_s) != QString(20'000, u'n'))
+    if (file->read<QString>(u"a"_s) != QString(20'000, u'n'))
         return 5;
-    return contentOf() == before && !before.isEmpty() ? 0 : 6;
+    if (contentOf() != before || before.isEmpty())
+        return 6;
+    // With room again it is written with the next thing that is set, also where that changes nothing.
+    if (!filler.remove())
+        return 7;
+    file->setValue(u"a"_s, QString(20'000, u'n'));
+    file.reset();
+    return contentOf().size() > 20'000 ? 0 : 8;
 }
 
 } // namespace

@@ -156,8 +156,10 @@ void SettingsFile::setValue(const QString &key, const Value &value)
 {
     const QVariant variant = toVariant(value);
     const QVariant current = m_settings->value(key);
-    // The toolkit would write the whole file anew, and wait for the disk.
-    if (current.metaType() == variant.metaType() && current == variant)
+    const bool isSame = current.metaType() == variant.metaType() && current == variant;
+    // The toolkit would write the whole file anew, and wait for the disk. But what could not be written it
+    // tries again only where something is set.
+    if (isSame && m_settings->status() == QSettings::NoError)
         return;
     prepareForWriting();
     m_settings->setValue(key, variant);
