@@ -94,8 +94,8 @@ public:
     QCoro::Task<tl::expected<void, APIError>> signIn(QString email, QString password);
     /// Who asks while somebody signs out already waits for that one.
     QCoro::Task<void> signOut();
-    /// Somebody has asked to sign out, and nobody to sign in since.
-    [[nodiscard]] bool isSigningOut() const { return m_signingOut != nullptr; }
+    /// Waits until everybody who asked to sign in or out by now is through.
+    QCoro::Task<void> sessionSettled();
 
     QCoro::Task<void> cancelSubscription(QUuid id);
     QCoro::Task<void> uncancelSubscription(QUuid id);

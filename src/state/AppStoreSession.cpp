@@ -254,6 +254,11 @@ QCoro::Task<void> AppStore::signOut()
     return signOutOnce(this, m_signingOut);
 }
 
+QCoro::Task<void> AppStore::sessionSettled()
+{
+    return Turns::take(m_sessionTurns, []() -> QCoro::Task<void> { co_return; });
+}
+
 QCoro::Task<void> AppStore::signOutOnce(Store store, std::shared_ptr<Completion> signedOut)
 {
     auto operation

@@ -67,9 +67,9 @@ private:
 
 QCoro::Task<SessionOutcome> refresh(Parts parts)
 {
-    // What was fetched before that would be nobody's.
-    if (parts->store->isSigningOut())
-        co_await parts->store->signOut();
+    // What was fetched before that would be another one's.
+    auto settling = parts->store->sessionSettled();
+    co_await settling;
     const bool wasSignedOut = parts->store->state().authState == AuthState::SignedOut;
     const FetchWatch watch(*parts->store);
     co_await parts->store->refresh();

@@ -71,7 +71,6 @@ private Q_SLOTS:
         QVERIFY(QCoro::waitFor(session.perform(RefreshRequest())).isDone);
         m_harness->center->isSlowToForget = true;
         auto signingOut = parts.store->signOut();
-        QVERIFY(parts.store->isSigningOut());
         QTRY_VERIFY(m_harness->center->isForgetting());
         auto refreshing = session.perform(RefreshRequest());
         m_harness->center->forgetNow();
@@ -79,6 +78,28 @@ private Q_SLOTS:
         QCoro::waitFor(std::move(signingOut));
         QVERIFY(!outcome.isDone);
         QCOMPARE(outcome.problem, u"You are not signed in."_s);
+    }
+
+    void shouldFetchForWhoSignsInAfterAnother()
+    {
+        m_harness->client->hasSession = true;
+        auto parts = m_harness->makeStore();
+        StoreSession session(parts);
+        QVERIFY(QCoro::waitFor(session.perform(RefreshRequest())).isDone);
+        m_harness->center->isSlowToForget = true;
+        auto signingOut = parts.store->signOut();
+        QTRY_VERIFY(m_harness->center->isForgetting());
+        auto signingIn = parts.store->signIn(u"a@b"_s, u"p"_s);
+        m_harness->client->subscriptions = sampleSnapshot(5).subscriptions;
+        auto refreshing = session.perform(RefreshRequest());
+        m_harness->client->hasSession = true; // as after signing in
+        m_harness->center->isSlowToForget = false;
+        m_harness->center->forgetNow();
+        const SessionOutcome outcome = QCoro::waitFor(std::move(refreshing));
+        QCoro::waitFor(std::move(signingOut));
+        QVERIFY(QCoro::waitFor(std::move(signingIn)));
+        QVERIFY2(outcome.isDone, qPrintable(outcome.problem));
+        QCOMPARE(outcome.subscriptionCount, 5);
     }
 };
 
