@@ -4,7 +4,9 @@
 #include "support/DesktopLab.h"
 #include "support/TestMain.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusVirtualObject>
+#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -109,6 +111,28 @@ private Q_SLOTS:
             stranger = std::make_unique<Stranger>(m_lab->bus(), manner);
         const RunningApplication program(applicationId, patience);
         QCOMPARE(QCoro::waitFor(program.openReminder(u"https://example.com/a"_s, {})), outcome);
+    }
+
+    /// The bus knows that the call is lost, though somebody has the name.
+    void shouldNotWaitForWhoGaveTheNameToAnother()
+    {
+        const QString address = m_lab->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s);
+        const QString name = u"the one that goes"_s;
+        std::unique_ptr<Stranger> first;
+        first = std::make_unique<Stranger>(QDBusConnection::connectToBus(address, name),
+            [&](Stranger & /*stranger*/, const QDBusMessage & /*message*/) {
+                QTimer::singleShot(0, this, [&] {
+                    first.reset();
+                    QDBusConnection::disconnectFromBus(name);
+                });
+            });
+        QDBusConnection next = m_lab->bus();
+        QVERIFY(next.interface()
+                ->registerService(applicationId, QDBusConnectionInterface::QueueService)
+                .isValid());
+        const RunningApplication program(applicationId, 30s);
+        QCOMPARE(QCoro::waitFor(program.openReminder(u"https://example.com/a"_s, {})), PageOpening::Absent);
+        QVERIFY(next.unregisterService(applicationId));
     }
 
     void shouldTellWhyItDoesNotDoWhatIsAsked()

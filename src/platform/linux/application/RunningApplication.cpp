@@ -82,6 +82,9 @@ QCoro::Task<Life> ask(QString owner, QDBusMessage call, milliseconds patience)
     const bool isStill = co_await isThere(owner, patience);
     if (!isStill)
         co_return Life{.sign = Sign::Gone, .sentence = {}};
+    // The bus says so of one who has gone, also where another one has come, and of what it could not start.
+    if (isSilence(answer) && !answer.service().isEmpty())
+        co_return Life{.sign = Sign::Gone, .sentence = {}};
     if (isSilence(answer))
         co_return Life{.sign = Sign::Mute, .sentence = muteSentence()};
     co_return Life{.sign = Sign::Refusing, .sentence = refusal(answer)};
