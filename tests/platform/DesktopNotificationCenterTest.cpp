@@ -895,6 +895,25 @@ private Q_SLOTS:
         QCoro::waitFor(std::move(finishing));
     }
 
+    void shouldSaveAndArrangeWhatWasPlannedBeforeItEnds()
+    {
+        NotificationDesk desk("2026-03-18T07:00:00Z");
+        desk.startCenter();
+        desk.add({reminderOn({2026, 3, 20})});
+        desk.settle();
+        const qsizetype before = desk.unattended->arranged.size();
+        QVERIFY(QCoro::waitFor(desk.center->add(reminderOn({2026, 3, 19}, u"sooner"_s))));
+        desk.unattended->isSlow = true;
+        auto saving = desk.center->save();
+        QCOMPARE(desk.unattended->arranged.size(), before);
+        auto finishing = desk.center->finish(60s);
+        QTRY_COMPARE(desk.unattended->arranged.size(), before + 1);
+        QVERIFY(!finishing.isReady());
+        desk.unattended->answerAll();
+        QCoro::waitFor(std::move(finishing));
+        QVERIFY(QCoro::waitFor(std::move(saving)));
+    }
+
     void shouldNotWaitForTheMachineWithoutEnd()
     {
         NotificationDesk desk("2026-03-18T07:00:00Z");

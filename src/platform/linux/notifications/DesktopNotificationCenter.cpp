@@ -123,6 +123,8 @@ tl::unexpected<NotificationError> DesktopNotificationCenter::State::notOpened() 
 
 QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
 {
+    const auto end = std::make_shared<Completion>();
+    self->m_saving = end;
     auto saving = NotificationQueueStore::save(self->m_store);
     const auto written = co_await saving;
     self->m_isSaved = written.has_value();
@@ -131,6 +133,9 @@ QCoro::Task<Result> DesktopNotificationCenter::State::save(Self self)
     self->setAlarm();
     // Nobody waits for systemd to be done with it.
     arrangeUnattended(self, self->nextDelivery());
+    if (self->m_saving == end)
+        self->m_saving.reset();
+    end->complete();
     if (!written)
         co_return failed(u"Reminders could not be saved"_s, written.error().errorDescription);
     co_return Result();
@@ -161,7 +166,7 @@ QCoro::Task<void> DesktopNotificationCenter::State::arrangeUnattended(Self self,
 QCoro::Task<void> DesktopNotificationCenter::State::finish(Self self, milliseconds limit)
 {
     self->close();
-    if (!self->m_recording && !self->m_arranging)
+    if (!self->m_recording && !self->m_saving && !self->m_arranging)
         co_return;
     auto outcome = std::make_shared<OneShot<bool>>();
     settleWhenThrough(self, outcome);
@@ -173,7 +178,9 @@ QCoro::Task<void> DesktopNotificationCenter::State::settleWhenThrough(
 {
     if (self->m_recording)
         co_await Completion::wait(self->m_recording);
-    // Also what was asked for when it was recorded. They are done in turn, so that the last one is enough.
+    // Each begins the next, and they are done in turn, so that the last one is enough.
+    if (self->m_saving)
+        co_await Completion::wait(self->m_saving);
     if (self->m_arranging)
         co_await Completion::wait(self->m_arranging);
     outcome->settle(true);

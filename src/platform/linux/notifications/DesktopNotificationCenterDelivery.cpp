@@ -46,7 +46,8 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliver(Self self)
 
 QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
 {
-    while (!self->isClosed()) {
+    // Who waited too long for the display has left the file to another process.
+    while (!self->isClosed() && self->m_store->isOpen()) {
         self->queue().followClock(self->now());
         self->queue().expire(self->now(), self->today());
         if (!self->queue().hasDue(self->now())) {

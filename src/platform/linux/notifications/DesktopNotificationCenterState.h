@@ -87,6 +87,8 @@ private:
     bool m_isDelivering = false;
     /// Of what is being shown.
     std::shared_ptr<Completion> m_recording;
+    /// Of the last change to the file.
+    std::shared_ptr<Completion> m_saving;
     /// Of what was asked of the machine last.
     std::shared_ptr<Completion> m_arranging;
     bool m_isToLookAgain = false;
