@@ -37,7 +37,7 @@ public:
         content->installEventFilter(this);
         viewport()->setAutoFillBackground(false);
         connect(qApp, &QApplication::focusChanged, &m_following,
-            [this](const QWidget * /*before*/, QWidget *now) { follow(now); });
+            [this](const QWidget *before, const QWidget *now) { follow(before, now); });
     }
 
     QSize minimumSizeHint() const override { return {0, 0}; }
@@ -58,12 +58,13 @@ protected:
 
 private:
     /// The toolkit's own follows the Tab key alone, and only from one thing within it to another. What is
-    /// clicked on does not move away.
-    void follow(QWidget *focused)
+    /// clicked on does not move away, and who comes back to the window sees what they saw.
+    void follow(const QWidget *before, const QWidget *now)
     {
-        const bool isWithin = focused != nullptr && focused != widget() && widget()->isAncestorOf(focused);
-        if (isWithin && QGuiApplication::mouseButtons() == Qt::NoButton)
-            scrollTo(*this, *focused);
+        const bool isWithin = now != nullptr && now != widget() && widget()->isAncestorOf(now);
+        const bool isSameWindow = isWithin && before != nullptr && before->window() == window();
+        if (isSameWindow && QGuiApplication::mouseButtons() == Qt::NoButton)
+            scrollTo(*this, *now);
     }
 
     // The toolkit's own does not ask for a height that depends on the width.

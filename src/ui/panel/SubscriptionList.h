@@ -25,7 +25,8 @@ public:
     SubscriptionList(RowActions actions, LogoImages *images, QWidget *parent = nullptr);
 
     /// Rows of subscriptions that stay keep what they are doing, and the list stays where it is, unless the
-    /// row that is seen to have the keyboard moves. `makeRow` is called for rows as they come into view.
+    /// row that has the keyboard goes, or is seen to have it and moves. `makeRow` is called for rows as they
+    /// come into view.
     void setSections(QList<TimelineSection> sections, RowMaker makeRow);
 
     qsizetype rowCount() const { return m_rowCount; }
@@ -55,6 +56,7 @@ private:
         qsizetype index = 0;
     };
     struct Followed {
+        QUuid id;
         const SubscriptionRow *row = nullptr;
         int top = 0;
     };

@@ -21,7 +21,8 @@ std::optional<SubscriptionList::Followed> SubscriptionList::findFollowed() const
     for (const Realized &realized : m_realized) {
         const bool isInView = viewport()->rect().intersects(realized.row->geometry());
         if (isInView && realized.row->showsFocusWithin())
-            return Followed{.row = realized.row, .top = topOf(realized.position)};
+            return Followed{
+                .id = realized.row->content().id, .row = realized.row, .top = topOf(realized.position)};
     }
     return std::nullopt;
 }
@@ -30,7 +31,9 @@ std::optional<SubscriptionList::Followed> SubscriptionList::findFollowed() const
 void SubscriptionList::follow(const Followed &followed)
 {
     const auto found = std::ranges::find(m_realized, followed.row, &Realized::row);
-    if (found != m_realized.end() && topOf(found->position) != followed.top)
+    // Where it is gone, its row may show another one.
+    const bool isThere = found != m_realized.end() && found->row->content().id == followed.id;
+    if (isThere && topOf(found->position) != followed.top)
         reveal(found->position);
 }
 

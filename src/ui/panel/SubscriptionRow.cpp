@@ -306,6 +306,8 @@ void SubscriptionRow::withdrawQuestion()
         m_question->hide();
         m_question->deleteLater();
     }
+    if (m_menu)
+        m_menu->close();
 }
 
 void SubscriptionRow::hideEvent(QHideEvent *event)

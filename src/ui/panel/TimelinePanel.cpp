@@ -115,6 +115,7 @@ void TimelinePanel::showEvent(QShowEvent *event)
     // The keyboard begins above everything. The toolkit would begin with the first row where the window is
     // given the keyboard after this is shown, and nowhere where it was given it before.
     setFocus(Qt::OtherFocusReason);
+    m_isAwaitingRetry = false;
 }
 
 void TimelinePanel::focusAdd()

@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 #include <optional>
@@ -248,6 +249,22 @@ private Q_SLOTS:
         failNext(*m_desk, unreadable);
         QVERIFY(button(u"Retry"_s) != nullptr);
         QCOMPARE(nameOfFocus(), u"Upcoming renewals"_s);
+    }
+
+    void shouldBeginAnewWhereItIsOpenedWhileItRetries()
+    {
+        showList(*m_desk, sampleList());
+        failNext(*m_desk, unreadable);
+        open();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        m_panel->hide();
+        m_panel->show();
+        m_desk->api->profile = tl::make_unexpected(unreadable);
+        m_desk->api->answerAll();
+        m_desk->settle();
+        QVERIFY(button(u"Retry"_s) != nullptr);
+        QCOMPARE(m_panel->focusWidget()->accessibleName(), u"Upcoming renewals"_s);
     }
 
     void shouldNotTakeTheKeyboardBackFromWhereItWent()
@@ -595,6 +612,27 @@ private Q_SLOTS:
             QVERIFY2(seen == focused->rect(),
                 qPrintable(u"%1: %2 of %3"_s.arg(nameOfFocus()).arg(seen.height()).arg(focused->height())));
         }
+    }
+
+    void shouldStayWhereItIsScrolledToWhereItsWindowComesBack()
+    {
+        showList(*m_desk, sampleList());
+        open();
+        applyTextScale(*m_panel, 2);
+        m_desk->store->setQuickAddPresented(true);
+        QCoreApplication::processEvents();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+        QScrollBar *const bar = quickAdd()->findChild<QScrollArea *>()->verticalScrollBar();
+        QTRY_VERIFY(bar->maximum() > 200);
+        bar->setValue(bar->maximum());
+        QVERIFY(inView(QApplication::focusWidget()).isEmpty());
+        QWidget other;
+        other.show();
+        activate(other);
+        activate(*m_panel);
+        QVERIFY(QApplication::focusWidget() != nullptr);
+        QCOMPARE(bar->value(), bar->maximum());
     }
 
     void shouldCutNothingOffAndLayNothingOverAnother_data() { sceneRows(true); }

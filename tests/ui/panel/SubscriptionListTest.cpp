@@ -9,6 +9,7 @@
 #include "ui/panel/PanelTexts.h"
 #include "ui/panel/RowMeasures.h"
 
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
@@ -223,6 +224,30 @@ private Q_SLOTS:
         QCOMPARE(m_desk->list->verticalScrollBar()->value(), 0);
     }
 
+    void shouldStayWhereAnotherOneTakesTheRowOfWhatIsGone_data()
+    {
+        QTest::addColumn<int>("scrolled");
+        for (int scrolled = 2000; scrolled < 2000 + int(row::height); scrolled += 5)
+            QTest::addRow("%d", scrolled) << scrolled;
+    }
+    void shouldStayWhereAnotherOneTakesTheRowOfWhatIsGone()
+    {
+        QFETCH(const int, scrolled);
+        QList<Subscription> list = manySubscriptions(300);
+        m_desk->show(list);
+        QScrollBar *const bar = m_desk->list->verticalScrollBar();
+        bar->setValue(scrolled);
+        const QList<SubscriptionRow *> rows = m_desk->list->rows();
+        SubscriptionRow *const row = rows[3];
+        row->setFocus(Qt::TabFocusReason);
+        const QUuid next = rows[4]->content().id;
+        m_desk->show(list); // which lets go of the row that had been the current one
+        list.removeIf([id = row->content().id](const Subscription &other) { return other.id == id; });
+        m_desk->show(list);
+        QCOMPARE(bar->value(), scrolled);
+        QCOMPARE(qobject_cast<SubscriptionRow *>(QApplication::focusWidget())->content().id, next);
+    }
+
     void shouldLetGoOfWhatIsGone()
     {
         QList<Subscription> list = sampleList();
@@ -291,6 +316,20 @@ private Q_SLOTS:
         list.removeIf([](const Subscription &other) { return other.name == u"Tidewater Music"; });
         m_desk->show(list);
         QTRY_VERIFY(!m_desk->window.findChild<QMessageBox *>());
+    }
+
+    void shouldOfferNothingForWhatIsGone()
+    {
+        // So few that nobody else needs its row.
+        m_desk->show(sampleList().first(4));
+        SubscriptionRow *const row = m_desk->rowNamed(u"Tidewater Music"_s);
+        row->openContextMenu(row->mapToGlobal(row->rect().center()));
+        const QPointer<QMenu> menu = row->findChild<QMenu *>();
+        QVERIFY(menu && menu->isVisible());
+        QList<Subscription> list = sampleList().first(4);
+        list.removeIf([](const Subscription &other) { return other.name == u"Tidewater Music"; });
+        m_desk->show(list);
+        QTRY_VERIFY(!menu);
     }
 
     void shouldNotAskWhereItIsNotSeenAnyMore()
