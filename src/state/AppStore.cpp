@@ -153,10 +153,19 @@ void AppStore::followClock()
 
 void AppStore::followNetwork()
 {
+    constexpr qint64 pause = 60'000;
     const bool isOffline = m_with.connectivity->isOffline();
-    const bool wasOffline = std::exchange(m_wasOffline, isOffline) || m_state.isOffline;
-    if (m_didStart && wasOffline && !isOffline)
-        refresh();
+    const bool isBack = std::exchange(m_wasOffline, isOffline) && !isOffline;
+    const Instant now = m_with.clock->now();
+    // Where there is a way and yet nobody was reached, what changed may be what was missing. But where
+    // containers come and go something changes all the time.
+    const qint64 since
+        = m_networkTry ? now.millisecondsSinceEpoch() - m_networkTry->millisecondsSinceEpoch() : pause;
+    const bool mayHelp = m_state.isOffline && !isOffline && (since < 0 || since >= pause);
+    if (!m_didStart || !(isBack || mayHelp))
+        return;
+    m_networkTry = now;
+    refresh();
 }
 
 } // namespace orbitledge

@@ -212,6 +212,8 @@ private:
     std::shared_ptr<Completion> m_signingOut;
     quint64 m_search = 0;
     bool m_wasOffline = false;
+    /// When a change of the network had the data fetched last.
+    std::optional<Instant> m_networkTry;
     mutable std::unique_ptr<BuiltTimeline> m_timeline;
 };
 

@@ -281,6 +281,39 @@ private Q_SLOTS:
         QCOMPARE(m_desk->api->calls.count(u"fetchProfile"_s), 1);
     }
 
+    void shouldNotFetchWithEachChangeOfANetworkThatReachesNobody()
+    {
+        m_desk->makeSignedIn();
+        m_desk->api->isQuick = true;
+        m_desk->api->profile = tl::make_unexpected(APIError(APIError::Transport{u"Offline."_s}));
+        QCoro::waitFor(m_desk->store->refresh());
+        QVERIFY(state().isOffline);
+        m_desk->api->calls.clear();
+        const auto fetches = [this] { return m_desk->api->calls.count(u"fetchProfile"_s); };
+        const auto change = [&] {
+            for (int i = 0; i < 20; ++i) {
+                m_desk->connectivity->setOffline(false);
+                m_desk->settle();
+            }
+        };
+        change();
+        QCOMPARE(fetches(), 1);
+        m_desk->clock->set(later(m_desk->clock->now(), 59 * second));
+        change();
+        QCOMPARE(fetches(), 1);
+        m_desk->clock->set(later(m_desk->clock->now(), second));
+        change();
+        QCOMPARE(fetches(), 2);
+        // A clock that is set back ends the patience.
+        m_desk->clock->set(later(m_desk->clock->now(), -hour));
+        change();
+        QCOMPARE(fetches(), 3);
+        // A way that comes back is another matter.
+        m_desk->connectivity->setOffline(true);
+        change();
+        QCOMPARE(fetches(), 4);
+    }
+
     void shouldFetchWhateverTheNetworkClaims()
     {
         m_desk->makeSignedIn();

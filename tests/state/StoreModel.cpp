@@ -331,9 +331,13 @@ void StoreModel::moveTo(Instant instant, bool isTold)
 
 void StoreModel::setOffline(bool isOffline)
 {
-    const bool isBack = (std::exchange(m_wasNetworkDown, isOffline) || state.isOffline) && !isOffline;
-    if (m_isStarted && isBack)
-        wantFetch();
+    const bool isBack = std::exchange(m_wasNetworkDown, isOffline) && !isOffline;
+    const bool isPatient = m_networkTry && *m_networkTry <= now
+        && now.millisecondsSinceEpoch() < m_networkTry->millisecondsSinceEpoch() + 60'000;
+    if (!m_isStarted || isOffline || !(isBack || (state.isOffline && !isPatient)))
+        return;
+    m_networkTry = now;
+    wantFetch();
 }
 
 // ---- what people do --------------------------------------------------------------------------------------

@@ -174,6 +174,7 @@ private:
     std::optional<UserProfile> m_signedInAs;
 
     bool m_wasNetworkDown = false;
+    std::optional<Instant> m_networkTry;
     QString m_lastSearch;
     QList<UpdateCheck> m_updateChecks;
     /// Each: whether a test notification is to follow.
