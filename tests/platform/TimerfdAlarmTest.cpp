@@ -7,6 +7,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 using namespace orbitledge;
 using namespace orbitledge::testing;
 using namespace Qt::StringLiterals;
@@ -154,6 +157,31 @@ private Q_SLOTS:
         // What comes after these changes is heard, so that they were heard before.
         linkTo("/usr/share/zoneinfo/Asia/Tokyo", zoneFile);
         QTRY_COMPARE(changed.size(), 1);
+    }
+
+    void shouldTellOfAnotherZoneWhenItRingsWhereNothingCanBeWatched()
+    {
+        const QTemporaryDir folder;
+        const auto zoneFile = pathOf(folder, u"localtime"_s);
+        linkTo("/usr/share/zoneinfo/Europe/Berlin", zoneFile);
+        // One more descriptor, which is the timer's.
+        rlimit before{};
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &before), 0);
+        const int next = ::dup(STDERR_FILENO);
+        ::close(next);
+        rlimit tight = before;
+        tight.rlim_cur = static_cast<rlim_t>(next) + 1;
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &tight), 0);
+        TimerfdAlarm alarm(zoneFile);
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &before), 0);
+        const QSignalSpy changed(&alarm, &WallClockAlarm::clockChanged);
+        const QSignalSpy rang(&alarm, &WallClockAlarm::rang);
+        linkTo("/usr/share/zoneinfo/Asia/Tokyo", zoneFile);
+        QTest::qWait(50);
+        QCOMPARE(changed.size(), 0);
+        alarm.set(systemClock.now());
+        QTRY_COMPARE(rang.size(), 1);
+        QCOMPARE(changed.size(), 1);
     }
 
     void shouldDoWithoutAZoneFile()

@@ -2,11 +2,13 @@
 
 #include <QSocketNotifier>
 
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
@@ -41,15 +43,38 @@ TimerfdAlarm::TimerfdAlarm(std::filesystem::path zoneFile)
     m_notifier = std::make_unique<QSocketNotifier>(m_timer, QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &TimerfdAlarm::readTimer);
     arm();
-    // The folder, as the file itself is replaced when it changes.
-    m_zoneWatcher.addPath(QString::fromStdString(m_zoneFile.parent_path().string()));
-    connect(&m_zoneWatcher, &QFileSystemWatcher::directoryChanged, this, &TimerfdAlarm::compareZone);
+    watchZone();
 }
 
 TimerfdAlarm::~TimerfdAlarm()
 {
     m_notifier.reset(); // before what it watches
+    m_watchNotifier.reset();
     ::close(m_timer);
+    if (m_watch >= 0)
+        ::close(m_watch);
+}
+
+/// Not by the toolkit's watcher, which looks every second where there are no more watches.
+void TimerfdAlarm::watchZone()
+{
+    m_watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (m_watch < 0)
+        return;
+    // The folder, as the file itself is replaced when it changes.
+    const std::filesystem::path folder = m_zoneFile.parent_path();
+    constexpr std::uint32_t changes = IN_CREATE | IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE | IN_ONLYDIR;
+    ::inotify_add_watch(m_watch, folder.c_str(), changes);
+    m_watchNotifier = std::make_unique<QSocketNotifier>(m_watch, QSocketNotifier::Read);
+    connect(m_watchNotifier.get(), &QSocketNotifier::activated, this, &TimerfdAlarm::readWatch);
+}
+
+void TimerfdAlarm::readWatch()
+{
+    // What changed does not matter.
+    std::array<char, 4096> buffer; // NOLINT(*-member-init): read fills it
+    while (::read(m_watch, buffer.data(), buffer.size()) > 0) { }
+    compareZone();
 }
 
 void TimerfdAlarm::set(std::optional<Instant> instant)
@@ -82,11 +107,13 @@ void TimerfdAlarm::readTimer()
         if (errno != ECANCELED)
             return; // it was set again meanwhile
         arm();
+        m_zone = identity(m_zoneFile);
         Q_EMIT clockChanged();
         return;
     }
     if (!m_target)
         return;
+    compareZone();
     m_target.reset();
     arm();
     Q_EMIT rang();

@@ -2,8 +2,6 @@
 
 #include "platform/WallClockAlarm.h"
 
-#include <QFileSystemWatcher>
-
 #include <filesystem>
 #include <memory>
 
@@ -12,7 +10,9 @@ class QSocketNotifier;
 namespace orbitledge {
 
 /// The kernel's timer on the wall clock (timerfd_create(2)), which notices that the clock is set and that the
-/// machine woke up; and the file that names the machine's time zone. Nothing wakes up in between.
+/// machine woke up; and the file that names the machine's time zone (inotify(7); where the person has no
+/// watch left, another zone is noticed when the timer rings or the clock is set). Nothing wakes up in
+/// between.
 class TimerfdAlarm final : public WallClockAlarm {
 public:
     explicit TimerfdAlarm(std::filesystem::path zoneFile = "/etc/localtime");
@@ -23,6 +23,8 @@ public:
 private:
     void arm();
     void readTimer();
+    void watchZone();
+    void readWatch();
     void compareZone();
 
     std::optional<Instant> m_target;
@@ -30,7 +32,9 @@ private:
     std::string m_zone;
     int m_timer;
     std::unique_ptr<QSocketNotifier> m_notifier;
-    QFileSystemWatcher m_zoneWatcher;
+    /// Of the folder that the zone's file is in; -1 where there is none.
+    int m_watch = -1;
+    std::unique_ptr<QSocketNotifier> m_watchNotifier;
 };
 
 } // namespace orbitledge
