@@ -143,6 +143,8 @@ void PanelWindow::showAt(const PanelAnchor &anchor, const QString &activationTok
         show();
         Q_EMIT shown();
     }
+    if (isMinimized())
+        showNormal();
     bringForward(*this, activationToken);
 }
 
@@ -150,7 +152,7 @@ void PanelWindow::toggle(const PanelAnchor &anchor)
 {
     const bool wasClosedByThisClick = m_sinceLeft.isValid() && !m_sinceLeft.hasExpired(clickGrace.count());
     m_sinceLeft.invalidate();
-    if (isVisible())
+    if (isVisible() && !isMinimized())
         hide();
     else if (!wasClosedByThisClick)
         showAt(anchor);
@@ -168,7 +170,7 @@ void PanelWindow::followFocus()
 
 bool PanelWindow::isLeft() const
 {
-    return m_manner == Manner::Popup && isVisible() && m_hadFocus && m_hadPointer && !isActiveWindow()
+    return m_takenManner == Manner::Popup && isVisible() && m_hadFocus && m_hadPointer && !isActiveWindow()
         && QApplication::activePopupWidget() == nullptr && QApplication::activeModalWidget() == nullptr;
 }
 

@@ -264,6 +264,38 @@ private Q_SLOTS:
         QVERIFY(panel.window->isVisible());
     }
 
+    void shouldComeBackWhereItWasMinimized()
+    {
+        Panel panel(PanelWindow::Manner::Window);
+        panel.open();
+        panel.window->showMinimized();
+        QTRY_VERIFY(panel.window->isMinimized());
+        panel.open();
+        QTRY_VERIFY(!panel.window->isMinimized());
+        QVERIFY(panel.window->isVisible());
+        panel.window->showMinimized();
+        QTRY_VERIFY(panel.window->isMinimized());
+        panel.toggle();
+        QTRY_VERIFY(!panel.window->isMinimized());
+        QVERIFY(panel.window->isVisible());
+    }
+
+    void shouldStayAsItIsWhereTheIconComesWhileItIsOpen()
+    {
+        Panel panel(PanelWindow::Manner::Window);
+        panel.open();
+        panel.movePointerIn();
+        panel.window->setManner(PanelWindow::Manner::Popup);
+        panel.leave();
+        QVERIFY(panel.staysOpen());
+        Panel popup;
+        popup.open();
+        popup.movePointerIn();
+        popup.window->setManner(PanelWindow::Manner::Window);
+        popup.leave();
+        QVERIFY(popup.closesByItself());
+    }
+
     void shouldOpenAtAClickThatComesLater()
     {
         Panel panel;
