@@ -22,8 +22,8 @@ const TimelineEntry *nextRenewalOf(const TimelineSnapshot &snapshot)
 
 } // namespace
 
-MenuBarContent menuBarOf(
-    const TimelineSnapshot &snapshot, const QString &currency, bool showsBadge, MoneyFormatter &money)
+MenuBarContent menuBarOf(AuthState authState, const TimelineSnapshot &snapshot, const QString &currency,
+    bool showsBadge, MoneyFormatter &money)
 {
     constexpr qint64 mostShown = 9;
     const qint64 count = showsBadge ? snapshot.badgeCount : 0;
@@ -31,6 +31,10 @@ MenuBarContent menuBarOf(
     if (count >= 1) {
         content.badge = count > mostShown ? u"9+"_s : QString::number(count);
         content.badgeLabel = u"%1 renewals due soon"_s.arg(count);
+    }
+    if (authState != AuthState::SignedIn) {
+        content.nextRenewal = authState == AuthState::SignedOut ? u"Not signed in"_s : QString();
+        return content;
     }
     const TimelineEntry *const next = nextRenewalOf(snapshot);
     content.nextRenewal = next == nullptr

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "locale/MoneyFormatter.h"
+#include "state/AppState.h"
 #include "timeline/TimelineSnapshot.h"
 
 #include <QString>
@@ -13,14 +14,16 @@ struct MenuBarContent {
     QString badge;
     /// "3 renewals due soon", of all; empty where there is no badge.
     QString badgeLabel;
-    /// The first renewal that is not over, in one line: "Tidewater Music · tomorrow · €10.99".
+    /// The first renewal that is not over, in one line: "Tidewater Music · tomorrow · €10.99". Empty as long
+    /// as nothing is known.
     QString nextRenewal;
 
     friend bool operator==(const MenuBarContent &, const MenuBarContent &) = default;
 };
 
-/// `currency` is that of the amounts; `showsBadge` whether the person wants to see one.
-MenuBarContent menuBarOf(
-    const TimelineSnapshot &snapshot, const QString &currency, bool showsBadge, MoneyFormatter &money);
+/// `authState` tells whose the snapshot is, `currency` is that of the amounts; `showsBadge` whether the
+/// person wants to see one.
+MenuBarContent menuBarOf(AuthState authState, const TimelineSnapshot &snapshot, const QString &currency,
+    bool showsBadge, MoneyFormatter &money);
 
 } // namespace orbitledge

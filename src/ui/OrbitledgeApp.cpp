@@ -197,8 +197,8 @@ void OrbitledgeApp::openAt(const PanelAnchor &anchor, const QString &activationT
 void OrbitledgeApp::updateIcon()
 {
     const AppStore &store = *m_parts.store;
-    m_icon.setContent(menuBarOf(
-        store.timeline(), panelCurrency(store.state()), m_parts.settings->showMenuBadge(), m_money));
+    m_icon.setContent(menuBarOf(store.state().authState, store.timeline(), panelCurrency(store.state()),
+        m_parts.settings->showMenuBadge(), m_money));
 }
 
 void OrbitledgeApp::updateIconColors()

@@ -16,7 +16,7 @@ private:
     static MenuBarContent content(const TimelineSnapshot &snapshot, bool showsBadge = true)
     {
         MoneyFormatter money(localeNamed("en_US"));
-        return menuBarOf(snapshot, u"USD"_s, showsBadge, money);
+        return menuBarOf(AuthState::SignedIn, snapshot, u"USD"_s, showsBadge, money);
     }
 
 private Q_SLOTS:
@@ -52,6 +52,17 @@ private Q_SLOTS:
         snapshot.badgeCount = 5;
         QCOMPARE(content(snapshot, false).badge, QString());
         QCOMPARE(content(snapshot, false).badgeLabel, QString());
+    }
+
+    void shouldNotSpeakOfRenewalsThatNobodyKnows()
+    {
+        MoneyFormatter money(localeNamed("en_US"));
+        const auto textFor = [&money](AuthState authState) {
+            return menuBarOf(authState, TimelineSnapshot(), u"USD"_s, true, money).nextRenewal;
+        };
+        QCOMPARE(textFor(AuthState::Checking), QString());
+        QCOMPARE(textFor(AuthState::SignedOut), u"Not signed in"_s);
+        QCOMPARE(textFor(AuthState::SignedIn), u"No renewals"_s);
     }
 
     void shouldNameTheNextRenewal()
