@@ -22,7 +22,11 @@ namespace {
 constexpr int mostImages = 200;
 constexpr int mostFailures = 1000;
 constexpr int mostFetches = 4;
-constexpr std::chrono::milliseconds patienceAfterFailure = 1h;
+/// Where the server has nothing that could be shown, and where it was not reached.
+constexpr std::chrono::milliseconds patienceAfterRefusal = 1h;
+constexpr std::chrono::milliseconds patienceAfterSilence = 1min;
+/// Nothing may stay for longer; a clock that was wrong once may say otherwise.
+constexpr std::chrono::milliseconds longestStay = 24h * 366;
 /// In memory, whatever its server says: painting asks for it again and again.
 constexpr std::chrono::milliseconds shortestStay = 1h;
 
@@ -30,6 +34,17 @@ Instant later(Instant instant, std::chrono::milliseconds duration)
 {
     return Instant::fromMillisecondsSinceEpoch(instant.millisecondsSinceEpoch() + duration.count());
 }
+
+bool isFresh(Instant freshUntil, Instant now)
+{
+    return now < freshUntil && freshUntil <= later(now, longestStay);
+}
+
+/// When nothing came, and how long it is not asked for again.
+struct Failure {
+    Instant at;
+    std::chrono::milliseconds patience{};
+};
 
 bool mayBeAsked(const QUrl &url)
 {
@@ -135,7 +150,7 @@ private:
     QPointer<LogoLoader> m_loader;
     QCache<QUrl, Shown> m_images{mostImages};
     /// When each was tried in vain.
-    QCache<QUrl, Instant> m_failures{mostFailures};
+    QCache<QUrl, Failure> m_failures{mostFailures};
     QSet<QUrl> m_underWay;
     std::deque<Wanted> m_waiting;
     int m_fetching = 0;
@@ -151,8 +166,8 @@ QImage LogoLoader::State::image(const Self &self, const QUrl &url)
         return {};
     const Shown *shown = self->m_images.object(url);
     const QImage image = shown ? shown->image : QImage();
-    const bool isFresh = shown && self->m_parts.clock->now() < shown->freshUntil;
-    if (!isFresh && !self->m_underWay.contains(url) && self->mayBeTried(url)) {
+    const bool isToStay = shown && isFresh(shown->freshUntil, self->m_parts.clock->now());
+    if (!isToStay && !self->m_underWay.contains(url) && self->mayBeTried(url)) {
         self->m_underWay.insert(url);
         load(self, url);
     }
@@ -184,9 +199,9 @@ QCoro::Task<void> LogoLoader::State::clear(Self self)
 
 bool LogoLoader::State::mayBeTried(const QUrl &url) const
 {
-    const Instant *const failed = m_failures.object(url);
+    const Failure *const failed = m_failures.object(url);
     const Instant now = m_parts.clock->now();
-    return !failed || now < *failed || now >= later(*failed, patienceAfterFailure);
+    return !failed || now < failed->at || now >= later(failed->at, failed->patience);
 }
 
 void LogoLoader::State::show(const QUrl &url, QImage image, Instant freshUntil)
@@ -202,8 +217,7 @@ QCoro::Task<void> LogoLoader::State::load(Self self, QUrl url)
     std::optional<Found> found = co_await lookingUp;
     if (stop.stop_requested())
         co_return;
-    const bool isFresh = found && self->m_parts.clock->now() < found->freshUntil;
-    if (isFresh)
+    if (found && isFresh(found->freshUntil, self->m_parts.clock->now()))
         self->m_underWay.remove(url);
     else
         self->m_waiting.push_back({url, found});
@@ -249,7 +263,9 @@ QCoro::Task<void> LogoLoader::State::fetch(Self self, Wanted wanted)
         if (isThere)
             self->m_failures.remove(wanted.url);
         else
-            self->m_failures.insert(wanted.url, new Instant(self->m_parts.clock->now()));
+            self->m_failures.insert(wanted.url,
+                new Failure{.at = self->m_parts.clock->now(),
+                    .patience = response ? patienceAfterRefusal : patienceAfterSilence});
         self->m_underWay.remove(wanted.url);
     }
     startFetches(self);

@@ -56,10 +56,10 @@ private:
     {
         return m_server->url().resolved(QUrl(path));
     }
-    void wait(std::chrono::hours hours)
+    void wait(std::chrono::milliseconds duration)
     {
-        m_clock->set(Instant::fromMillisecondsSinceEpoch(
-            m_clock->now().millisecondsSinceEpoch() + std::chrono::milliseconds(hours).count()));
+        m_clock->set(
+            Instant::fromMillisecondsSinceEpoch(m_clock->now().millisecondsSinceEpoch() + duration.count()));
     }
 
     [[nodiscard]] std::shared_ptr<HttpSession> session(
@@ -274,8 +274,10 @@ private Q_SLOTS:
         auto http = std::make_shared<PromptSession>();
         start(http, folder());
         const QUrl address(u"https://127.0.0.1/a"_s);
+        http->body = "no picture";
         (void)m_loader->image(address);
         QTRY_COMPARE(http->requests.size(), 1);
+        QTest::qWait(50); // until that is known
         http->body = picture("png");
         for (int i = 0; i < 100; ++i)
             QVERIFY(m_loader->image(address).isNull());
@@ -284,6 +286,47 @@ private Q_SLOTS:
         wait(1h);
         QVERIFY(arrives(address));
         QCOMPARE(http->requests.size(), 3);
+    }
+
+    void shouldTryAgainAfterAMinuteWhereNobodyWasReached()
+    {
+        auto http = std::make_shared<PromptSession>();
+        start(http, folder());
+        const QUrl address(u"https://127.0.0.1/a"_s);
+        (void)m_loader->image(address);
+        QTRY_COMPARE(http->requests.size(), 1);
+        http->body = picture("png");
+        wait(59s);
+        for (int i = 0; i < 100; ++i)
+            QVERIFY(m_loader->image(address).isNull());
+        QVERIFY(arrives(QUrl(u"https://127.0.0.1/b"_s)));
+        QCOMPARE(http->requests.size(), 2);
+        wait(1s);
+        QVERIFY(arrives(address));
+    }
+
+    void shouldAskAnewForWhatCameWhileTheClockWasWrong()
+    {
+        auto http = std::make_shared<PromptSession>();
+        http->body = picture("png");
+        start(http, folder());
+        const QUrl address(u"https://127.0.0.1/a"_s);
+        const Instant now = m_clock->now();
+        wait(14 * 366 * 24h);
+        QVERIFY(arrives(address));
+        QVERIFY(getsOnDisk(address));
+        m_clock->set(now);
+        (void)m_loader->image(address);
+        QTRY_COMPARE(http->requests.size(), 2);
+        // Also where it is found on disk only.
+        wait(14 * 366 * 24h);
+        (void)m_loader->image(address);
+        QTRY_COMPARE(http->requests.size(), 3);
+        QTest::qWait(50);
+        m_clock->set(now);
+        start(http, folder());
+        (void)m_loader->image(address);
+        QTRY_COMPARE(http->requests.size(), 4);
     }
 
     void shouldTryAgainAtTheNextStart()
