@@ -46,7 +46,17 @@ void LogoTile::paintEvent(QPaintEvent * /*event*/)
         paintImage(painter, image);
 }
 
-void LogoTile::paintImage(QPainter &painter, const QImage &image) const
+/// Painting would look at four pixels of it for each, and lose what lies between them.
+const QImage &LogoTile::scaledTo(QSize pixels, const QImage &image)
+{
+    if (m_scaledKey != image.cacheKey() || m_scaled.size() != pixels) {
+        m_scaled = image.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        m_scaledKey = image.cacheKey();
+    }
+    return m_scaled;
+}
+
+void LogoTile::paintImage(QPainter &painter, const QImage &image)
 {
     const qreal radius = scaled(*this, m_measures.radius);
     const qreal inset = scaled(*this, m_measures.imageInset);
@@ -58,7 +68,8 @@ void LogoTile::paintImage(QPainter &painter, const QImage &image) const
     painter.setClipPath(corners);
     QRectF place(QPointF(), QSizeF(image.size()).scaled(room.size(), Qt::KeepAspectRatio));
     place.moveCenter(room.center());
-    painter.drawImage(place, image);
+    const QSizeF pixels = place.size() * painter.device()->devicePixelRatioF();
+    painter.drawImage(place, scaledTo(pixels.toSize().expandedTo(QSize(1, 1)), image));
     painter.restore();
     paintFrame(painter, rect(), radius, colorOf(Tone::Stroke, colorSchemeOf(palette())), 1);
 }

@@ -3,6 +3,7 @@
 #include "presentation/LogoContent.h"
 #include "ui/panel/LogoImages.h"
 
+#include <QImage>
 #include <QPointer>
 #include <QWidget>
 
@@ -39,12 +40,16 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    void paintImage(QPainter &painter, const QImage &image) const;
+    void paintImage(QPainter &painter, const QImage &image);
+    const QImage &scaledTo(QSize pixels, const QImage &image);
     void paintInitials(QPainter &painter) const;
 
     Measures m_measures;
     QPointer<LogoImages> m_images;
     LogoContent m_content;
+    /// The picture as it was painted last, and which one that was.
+    QImage m_scaled;
+    qint64 m_scaledKey = 0;
 };
 
 } // namespace orbitledge::ui

@@ -114,6 +114,23 @@ private Q_SLOTS:
         QCOMPARE(picture.pixelColor(13, 19), ground);
     }
 
+    void shouldLoseNothingOfWhatIsFine()
+    {
+        QImage fine({256, 256}, QImage::Format_ARGB32_Premultiplied);
+        for (int y = 0; y < fine.height(); ++y) {
+            for (int x = 0; x < fine.width(); ++x)
+                fine.setPixelColor(x, y, (x / 2 + y / 2) % 2 == 0 ? Qt::black : Qt::white);
+        }
+        m_images.arrive(m_url, fine);
+        const QImage picture = pictureOf(*m_window);
+        for (int y = 8; y < 18; ++y) {
+            for (int x = 8; x < 18; ++x) {
+                const int gray = qGray(picture.pixel(x, y));
+                QVERIFY2(gray > 96 && gray < 160, qPrintable(QString::number(gray)));
+            }
+        }
+    }
+
     void shouldCutTheCornersOff()
     {
         m_images.arrive(m_url, plain({64, 64}, Qt::blue));
