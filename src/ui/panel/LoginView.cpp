@@ -8,6 +8,8 @@
 #include "ui/panel/ScrollArea.h"
 #include "ui/panel/SymbolView.h"
 
+#include <QShowEvent>
+
 namespace orbitledge::ui {
 
 using namespace Qt::StringLiterals;
@@ -134,6 +136,8 @@ void LoginView::updateButton()
 void LoginView::showEvent(QShowEvent *event)
 {
     CenteredPanel::showEvent(event);
+    if (event->spontaneous())
+        return; // the window was only out of sight for a while
     // Who comes back goes on where they were.
     QWidget *const before = focusWidget();
     (before != nullptr ? before : m_email)->setFocus(Qt::OtherFocusReason);

@@ -263,6 +263,8 @@ void QuickAddView::updateButton()
 void QuickAddView::showEvent(QShowEvent *event)
 {
     Component::showEvent(event);
+    if (event->spontaneous())
+        return; // the window was only out of sight for a while
     // Who comes back goes on where they were.
     QWidget *const before = focusWidget();
     (before != nullptr ? before : m_name)->setFocus(Qt::OtherFocusReason);

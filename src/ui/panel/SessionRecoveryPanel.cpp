@@ -6,6 +6,8 @@
 #include "ui/kit/ThemedLabel.h"
 #include "ui/panel/SymbolView.h"
 
+#include <QShowEvent>
+
 namespace orbitledge::ui {
 
 using namespace Qt::StringLiterals;
@@ -52,6 +54,8 @@ void SessionRecoveryPanel::setContent(const QString &message, bool isRetrying)
 void SessionRecoveryPanel::showEvent(QShowEvent *event)
 {
     CenteredPanel::showEvent(event);
+    if (event->spontaneous())
+        return; // the window was only out of sight for a while
     m_retry->setFocus(Qt::OtherFocusReason);
     announce();
 }

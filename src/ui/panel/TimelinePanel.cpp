@@ -15,6 +15,7 @@
 #include "ui/panel/WeekStrip.h"
 
 #include <QScrollArea>
+#include <QShowEvent>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -112,6 +113,8 @@ void TimelinePanel::orderForKeyboard(const QList<QWidget *> &components)
 void TimelinePanel::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
+    if (event->spontaneous())
+        return; // the window was only out of sight for a while
     // The keyboard begins above everything. The toolkit would begin with the first row where the window is
     // given the keyboard after this is shown, and nowhere where it was given it before.
     setFocus(Qt::OtherFocusReason);

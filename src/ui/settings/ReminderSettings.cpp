@@ -95,7 +95,9 @@ QCoro::Task<void> ReminderSettings::turn(QPointer<ReminderSettings> section, QPo
 
 void ReminderSettings::showLeadDays(int days)
 {
-    m_leadDays->setSuffix(leadDaysSuffix(days));
+    // To set the same one would put back what somebody is typing over.
+    if (const QString suffix = leadDaysSuffix(days); m_leadDays->suffix() != suffix)
+        m_leadDays->setSuffix(suffix);
 }
 
 void ReminderSettings::follow()

@@ -11,6 +11,7 @@
 
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QShowEvent>
 #include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -99,8 +100,10 @@ void SettingsView::showEvent(QShowEvent *event)
 {
     if (m_isStale)
         followAll();
-    // Nothing is chosen yet: keys scroll, and Tab goes to what is first.
-    m_form->setFocus(Qt::OtherFocusReason);
+    // Nothing is chosen yet: keys scroll, and Tab goes to what is first. A window that was only out of sight
+    // for a while comes back as it was.
+    if (!event->spontaneous())
+        m_form->setFocus(Qt::OtherFocusReason);
     Component::showEvent(event);
 }
 

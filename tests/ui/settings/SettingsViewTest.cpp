@@ -200,6 +200,35 @@ private Q_SLOTS:
         QCOMPARE(m_desk->settings->notificationLeadDays(), 14);
     }
 
+    void shouldNotPutBackWhatSomebodyTypesOver()
+    {
+        openIn(u"well"_s);
+        auto *const days = control<QSpinBox>(u"Remind me"_s);
+        days->setFocus();
+        days->selectAll();
+        QTest::keyClick(days, Qt::Key_Delete);
+        const QString text = days->text();
+        m_desk->settings->setShowMenuBadge(!m_desk->settings->showMenuBadge());
+        m_desk->settle();
+        QCOMPARE(days->text(), text);
+        QTest::keyClicks(days, u"1"_s);
+        QCOMPARE(m_desk->settings->notificationLeadDays(), 1);
+    }
+
+    void shouldComeBackAsItWasWhereItWasOnlyOutOfSight()
+    {
+        openIn(u"well"_s);
+        auto *const days = control<QSpinBox>(u"Remind me"_s);
+        days->setFocus();
+        QShowEvent show;
+        QSpontaneKeyEvent::setSpontaneous(&show);
+        qApp->notify(m_view.get(), &show);
+        QVERIFY(days->hasFocus());
+        m_view->hide();
+        m_view->show();
+        QVERIFY(m_view->focusWidget() != days);
+    }
+
     void shouldRemoveRemindersWhereTheyAreTurnedOff()
     {
         openIn(u"well"_s);
