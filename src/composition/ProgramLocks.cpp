@@ -43,11 +43,14 @@ ProgramLocks::Attempt ProgramLocks::take(const char *name)
 
 QCoro::Task<ProgramLocks::Attempt> ProgramLocks::take(const char *name, QDeadlineTimer deadline)
 {
-    while (true) {
+    // Who is just about to end is gone soon; another one may be waiting for a person.
+    constexpr int quickTries = 60;
+    constexpr std::chrono::milliseconds longPause{1000};
+    for (int tries = 1;; ++tries) {
         Attempt attempt = take(name);
         if (!attempt || *attempt || deadline.hasExpired())
             co_return attempt;
-        co_await pauseFor(pause);
+        co_await pauseFor(tries < quickTries ? pause : longPause);
     }
 }
 

@@ -16,7 +16,7 @@ public:
     /// Absent where another process has it.
     using Attempt = tl::expected<std::optional<ProcessLock>, FileError>;
 
-    /// Between two attempts.
+    /// Between two attempts, in the first seconds; later they are a second apart.
     static constexpr std::chrono::milliseconds pause{50};
 
     /// The right to be the program with windows; it keeps this for its life. Tries until `deadline`, since
