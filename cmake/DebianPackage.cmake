@@ -48,7 +48,7 @@ line, as a table, as JSON, or as a line for status bars.")
 
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# What is loaded while it runs, which no list of linked libraries tells: HTTP, the secure store's client, readers of WebP
+# What is loaded while it runs, which no list of linked libraries tells: HTTP, readers of WebP
 # pictures, zones and certificates, and the folder structure of icons.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "libcurl4, qt6-image-formats-plugins, tzdata, ca-certificates, hicolor-icon-theme")

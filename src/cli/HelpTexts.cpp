@@ -126,7 +126,8 @@ QString doctorHelp()
 {
     return QStringLiteral(R"(Usage: orbitledge doctor [OPTION]...
 Tells what Orbitledge finds here of what it works with, and what to do about
-what is missing. Nothing is changed or started, and nothing is sent anywhere.
+what is missing. Nothing is changed, nothing of the desktop's is started, and
+nothing is sent anywhere.
 
 There is no password, name, e-mail address or amount in it, so that it can be
 part of a report of a fault.
