@@ -249,6 +249,7 @@ QCoro::Task<void> LogoLoader::State::fetch(Self self, Wanted wanted)
     const std::stop_token stop = self->m_stop.get_token();
     auto sending = self->m_parts.http->send(requestFor(wanted));
     tl::expected<HttpResponse, TransportFailure> response = co_await sending;
+    const bool wasReached = response.has_value();
     bool isThere = false;
     if (!stop.stop_requested() && response && response->statusCode == ok) {
         auto taking = take(self, wanted.url, *std::move(response), stop);
@@ -265,7 +266,7 @@ QCoro::Task<void> LogoLoader::State::fetch(Self self, Wanted wanted)
         else
             self->m_failures.insert(wanted.url,
                 new Failure{.at = self->m_parts.clock->now(),
-                    .patience = response ? patienceAfterRefusal : patienceAfterSilence});
+                    .patience = wasReached ? patienceAfterRefusal : patienceAfterSilence});
         self->m_underWay.remove(wanted.url);
     }
     startFetches(self);

@@ -114,16 +114,16 @@ struct Authorisation {
 
 APITask<Authorisation> loadAuthorisation(std::shared_ptr<APIClientParts> parts)
 {
-    std::optional<SessionCredential> credential;
-    int saves = 0;
+    int saves = parts->saves;
+    auto loaded = co_await parts->credentialStore->load();
     // Once more where somebody signed in meanwhile: what was loaded is another session's.
-    do {
+    while (loaded && parts->saves != saves) {
         saves = parts->saves;
-        const auto loaded = co_await parts->credentialStore->load();
-        if (!loaded)
-            co_return failed(APIError::SessionStorage{loaded.error().errorDescription()});
-        credential = *loaded;
-    } while (parts->saves != saves);
+        loaded = co_await parts->credentialStore->load();
+    }
+    if (!loaded)
+        co_return failed(APIError::SessionStorage{loaded.error().errorDescription()});
+    const std::optional<SessionCredential> &credential = *loaded;
     if (!credential)
         co_return Authorisation{.cookie = std::nullopt, .saves = saves};
     if (credential->isExpired(parts->clock->now())) {

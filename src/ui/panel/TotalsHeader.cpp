@@ -133,7 +133,8 @@ void TotalsHeader::chooseCaptionSize(qreal room)
 {
     const qreal smallest = smallestText / textScaleOf(*this);
     const qreal gap = scaled(*this, columnGap);
-    for (qreal size = captionSize;; size = std::max(smallest, size - 0.5)) {
+    for (int step = 0;; ++step) {
+        const qreal size = std::max(smallest, captionSize - step / 2.0);
         for (ThemedLabel *const caption : {m_month, m_partial, m_active})
             caption->setLook(captionLook(size));
         m_remainingCaption->setLook(captionLook(size, QFont::DemiBold));
