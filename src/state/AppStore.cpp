@@ -2,11 +2,22 @@
 
 #include "timeline/TimelineBuilder.h"
 
+#include <QTimer>
+
+#include <chrono>
 #include <utility>
 
 namespace orbitledge {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// From one change of a network that reaches nobody to the next that has the data fetched.
+constexpr std::chrono::milliseconds networkPause = 1min;
+
+} // namespace
 
 /// The timeline, and what it was built from.
 struct AppStore::BuiltTimeline {
@@ -29,6 +40,7 @@ AppStore::AppStore(Collaborators collaborators, Identity identity, QObject *pare
     : QObject(parent)
     , m_with(std::move(collaborators))
     , m_identity(std::move(identity))
+    , m_networkPause(new QTimer(this))
 {
     connect(m_with.settings.get(), &AppSettings::aboutToChange, this, &AppStore::aboutToChange);
     connect(m_with.settings.get(), &AppSettings::changed, this, &AppStore::changed);
@@ -36,6 +48,9 @@ AppStore::AppStore(Collaborators collaborators, Identity identity, QObject *pare
     connect(m_with.dayAlarm.get(), &WallClockAlarm::rang, this, &AppStore::beginDay);
     connect(m_with.dayAlarm.get(), &WallClockAlarm::clockChanged, this, &AppStore::followClock);
     connect(m_with.connectivity.get(), &Connectivity::changed, this, &AppStore::followNetwork);
+    m_networkPause->setSingleShot(true);
+    m_networkPause->setInterval(networkPause);
+    connect(m_networkPause, &QTimer::timeout, this, &AppStore::followNetwork);
 }
 
 AppStore::~AppStore()
@@ -153,19 +168,35 @@ void AppStore::followClock()
 
 void AppStore::followNetwork()
 {
-    constexpr qint64 pause = 60'000;
     const bool isOffline = m_with.connectivity->isOffline();
     const bool isBack = std::exchange(m_wasOffline, isOffline) && !isOffline;
-    const Instant now = m_with.clock->now();
-    // Where there is a way and yet nobody was reached, what changed may be what was missing. But where
-    // containers come and go something changes all the time.
-    const qint64 since
-        = m_networkTry ? now.millisecondsSinceEpoch() - m_networkTry->millisecondsSinceEpoch() : pause;
-    const bool mayHelp = m_state.isOffline && !isOffline && (since < 0 || since >= pause);
-    if (!m_didStart || !(isBack || mayHelp))
+    if (!m_didStart || isOffline)
         return;
-    m_networkTry = now;
+    if (isBack) {
+        refresh();
+        return;
+    }
+    // There is a way, and yet nobody was reached: what changed may be what was missing. But where containers
+    // come and go something changes all the time.
+    if (!m_state.isOffline)
+        return;
+    if (isTryingPatiently()) {
+        if (!m_networkPause->isActive())
+            m_networkPause->start();
+        return;
+    }
+    m_networkTry = m_with.clock->now();
     refresh();
+}
+
+bool AppStore::isTryingPatiently() const
+{
+    if (!m_networkTry)
+        return false;
+    const Instant now = m_with.clock->now();
+    const std::chrono::milliseconds since(
+        now.millisecondsSinceEpoch() - m_networkTry->millisecondsSinceEpoch());
+    return since >= 0ms && since < networkPause;
 }
 
 } // namespace orbitledge

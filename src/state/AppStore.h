@@ -23,6 +23,8 @@
 #include <functional>
 #include <memory>
 
+class QTimer;
+
 namespace orbitledge {
 
 class Completion;
@@ -195,6 +197,7 @@ private:
     void beginDay();
     void followClock();
     void followNetwork();
+    [[nodiscard]] bool isTryingPatiently() const;
 
     Collaborators m_with;
     Identity m_identity;
@@ -212,8 +215,10 @@ private:
     std::shared_ptr<Completion> m_signingOut;
     quint64 m_search = 0;
     bool m_wasOffline = false;
-    /// When a change of the network had the data fetched last.
+    /// When a change of the network had the data fetched last, though there had been a way before.
     std::optional<Instant> m_networkTry;
+    /// Runs where such a change has to wait.
+    QTimer *m_networkPause;
     mutable std::unique_ptr<BuiltTimeline> m_timeline;
 };
 

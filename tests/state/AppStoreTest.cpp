@@ -308,10 +308,23 @@ private Q_SLOTS:
         m_desk->clock->set(later(m_desk->clock->now(), -hour));
         change();
         QCOMPARE(fetches(), 3);
-        // A way that comes back is another matter.
+        // A way that comes back is another matter, and what comes soon after it may be what it lacked.
+        m_desk->clock->set(later(m_desk->clock->now(), minute));
         m_desk->connectivity->setOffline(true);
-        change();
+        m_desk->connectivity->setOffline(false);
+        m_desk->settle();
         QCOMPARE(fetches(), 4);
+        change();
+        QCOMPARE(fetches(), 5);
+        // What had to wait is not forgotten.
+        auto *const pause = m_desk->store->findChild<QTimer *>();
+        QVERIFY(pause && pause->isActive());
+        QCOMPARE(pause->intervalAsDuration(), 1min);
+        m_desk->clock->set(later(m_desk->clock->now(), minute));
+        pause->start(0);
+        QTRY_COMPARE(fetches(), 6);
+        m_desk->settle();
+        QVERIFY(!pause->isActive());
     }
 
     void shouldFetchWhateverTheNetworkClaims()

@@ -336,7 +336,8 @@ void StoreModel::setOffline(bool isOffline)
         && now.millisecondsSinceEpoch() < m_networkTry->millisecondsSinceEpoch() + 60'000;
     if (!m_isStarted || isOffline || !(isBack || (state.isOffline && !isPatient)))
         return;
-    m_networkTry = now;
+    if (!isBack)
+        m_networkTry = now;
     wantFetch();
 }
 
