@@ -40,6 +40,13 @@ bool isFresh(Instant freshUntil, Instant now)
     return now < freshUntil && freshUntil <= later(now, longestStay);
 }
 
+/// What is wrong with what a server sent, and will be the next time.
+bool isItsAnswer(TransportFailure::Kind kind)
+{
+    using Kind = TransportFailure::Kind;
+    return kind == Kind::TooLarge || kind == Kind::BadAnswer || kind == Kind::TooManyRedirects;
+}
+
 /// When nothing came, and how long it is not asked for again.
 struct Failure {
     Instant at;
@@ -249,7 +256,7 @@ QCoro::Task<void> LogoLoader::State::fetch(Self self, Wanted wanted)
     const std::stop_token stop = self->m_stop.get_token();
     auto sending = self->m_parts.http->send(requestFor(wanted));
     tl::expected<HttpResponse, TransportFailure> response = co_await sending;
-    const bool wasReached = response.has_value();
+    const bool wasReached = response || isItsAnswer(response.error().kind);
     bool isThere = false;
     if (!stop.stop_requested() && response && response->statusCode == ok) {
         auto taking = take(self, wanted.url, *std::move(response), stop);
