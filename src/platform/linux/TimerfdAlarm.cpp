@@ -1,5 +1,6 @@
 #include "platform/linux/TimerfdAlarm.h"
 
+#include <QPointer>
 #include <QSocketNotifier>
 
 #include <sys/inotify.h>
@@ -113,10 +114,12 @@ void TimerfdAlarm::readTimer()
     }
     if (!m_target)
         return;
-    compareZone();
     m_target.reset();
     arm();
-    Q_EMIT rang();
+    const QPointer guard(this);
+    compareZone();
+    if (guard)
+        Q_EMIT rang();
 }
 
 void TimerfdAlarm::compareZone()

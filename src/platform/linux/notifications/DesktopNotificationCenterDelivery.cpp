@@ -60,7 +60,7 @@ QCoro::Task<bool> DesktopNotificationCenter::State::deliverRound(Self self)
         // Another one shows nothing yet of what could have been replaced: it counts as done.
         self->queue().expire(self->now(), self->today());
         const auto batch = self->queue().nextBatch(self->now(), self->m_startOfRun.value_or(self->now()));
-        if (!batch || self->isClosed())
+        if (!batch || self->isClosed() || !self->m_store->isOpen())
             continue; // taken away meanwhile
         const bool isShown = co_await showAndRecord(self, *batch);
         if (!isShown)
