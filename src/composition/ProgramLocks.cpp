@@ -5,6 +5,8 @@
 #include "platform/linux/XdgDirectories.h"
 #include "state/SnapshotCache.h"
 
+#include <algorithm>
+
 namespace orbitledge {
 
 namespace {
@@ -50,7 +52,9 @@ QCoro::Task<ProgramLocks::Attempt> ProgramLocks::take(const char *name, QDeadlin
         Attempt attempt = take(name);
         if (!attempt || *attempt || deadline.hasExpired())
             co_return attempt;
-        co_await pauseFor(tries < quickTries ? pause : longPause);
+        const std::chrono::milliseconds wanted = tries < quickTries ? pause : longPause;
+        const std::chrono::milliseconds left(deadline.remainingTime());
+        co_await pauseFor(deadline.isForever() ? wanted : std::min(wanted, left));
     }
 }
 

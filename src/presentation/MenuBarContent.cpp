@@ -25,9 +25,9 @@ const TimelineEntry *nextRenewalOf(const TimelineSnapshot &snapshot)
 MenuBarContent menuBarOf(AuthState authState, const TimelineSnapshot &snapshot, const QString &currency,
     bool showsBadge, MoneyFormatter &money)
 {
+    MenuBarContent content;
     constexpr qint64 mostShown = 9;
     const qint64 count = showsBadge ? snapshot.badgeCount : 0;
-    MenuBarContent content;
     if (count >= 1) {
         content.badge = count > mostShown ? u"9+"_s : QString::number(count);
         content.badgeLabel = u"%1 renewals due soon"_s.arg(count);

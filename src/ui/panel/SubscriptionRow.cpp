@@ -314,7 +314,7 @@ void SubscriptionRow::hideEvent(QHideEvent *event)
 {
     ButtonBase::hideEvent(event);
     // With the window the question goes and comes back; without its row there is nothing to ask.
-    if (window()->isVisible())
+    if (!event->spontaneous() && window()->isVisible())
         withdrawQuestion();
 }
 

@@ -143,8 +143,10 @@ void PanelWindow::showAt(const PanelAnchor &anchor, const QString &activationTok
         show();
         Q_EMIT shown();
     }
-    if (isMinimized())
+    if (isMinimized()) {
         showNormal();
+        Q_EMIT shown();
+    }
     bringForward(*this, activationToken);
 }
 
@@ -214,8 +216,11 @@ void PanelWindow::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
     m_leaveGrace.stop();
-    if (!event->spontaneous())
-        Q_EMIT hidden();
+    if (event->spontaneous())
+        return;
+    m_hadFocus = false;
+    m_hadPointer = false;
+    Q_EMIT hidden();
 }
 
 void PanelWindow::resizeEvent(QResizeEvent *event)

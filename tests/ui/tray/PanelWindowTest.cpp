@@ -174,6 +174,9 @@ private Q_SLOTS:
     {
         // Some window managers keep the focus where it is.
         Panel panel;
+        panel.open();
+        panel.movePointerIn();
+        panel.toggle();
         Panel::focus(panel.elsewhere);
         panel.window->show();
         panel.movePointerIn();
