@@ -376,7 +376,7 @@ private Q_SLOTS:
     {
         startSignedIn();
         press(u"ctrl+q"_s);
-        QVERIFY(m_program->program()->waitForFinished(20'000));
+        QVERIFY(awaitEnd(*m_program->program()));
         QCOMPARE(m_program->program()->exitCode(), 0);
     }
 

@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(openedCount(), before + 1);
         awaitKeyboard();
         m_desk->desk().press(u"ctrl+q"_s);
-        QVERIFY(m_desk->program()->waitForFinished(20'000));
+        QVERIFY(awaitEnd(*m_desk->program()));
         QCOMPARE(m_desk->program()->exitCode(), 0);
         QVERIFY(!said().contains(".get_popup("));
     }

@@ -36,7 +36,7 @@ private Q_SLOTS:
         // And it goes when the session does.
         manager.closeWriteChannel();
         hear("closed\n");
-        QVERIFY(desk.program()->waitForFinished(20'000));
+        QVERIFY(awaitEnd(*desk.program()));
         QCOMPARE(desk.program()->exitStatus(), QProcess::NormalExit);
         QCOMPARE(desk.program()->exitCode(), 0);
         endAtOnce(manager);

@@ -243,7 +243,7 @@ private Q_SLOTS:
         m_typist->press(u"Return"_s);
         m_desk->desk().awaitActive(settingsTitle);
         m_typist->use(u"Quit Orbitledge"_s);
-        QVERIFY(m_desk->program()->waitForFinished(20'000));
+        QVERIFY(awaitEnd(*m_desk->program()));
         QCOMPARE(m_desk->program()->exitCode(), 0);
     }
 };

@@ -102,9 +102,8 @@ public:
     /// By its shortcut, in a window that has the keyboard.
     [[nodiscard]] bool quit()
     {
-        constexpr int patience = 20'000;
         m_desk.press(QStringLiteral("ctrl+q"));
-        return m_program->waitForFinished(patience) && m_program->exitStatus() == QProcess::NormalExit
+        return awaitEnd(*m_program) && m_program->exitStatus() == QProcess::NormalExit
             && m_program->exitCode() == 0;
     }
 

@@ -23,6 +23,14 @@ struct ProgramEnd {
     }
 };
 
+/// Waits until it has ended. What waits for its end alone takes one that was seen to end before for a
+/// failure.
+[[nodiscard]] inline bool awaitEnd(QProcess &program)
+{
+    constexpr int patience = 20'000;
+    return program.state() == QProcess::NotRunning || program.waitForFinished(patience);
+}
+
 /// Ends it at once: it has no say in it. Where its coverage is measured it may write down the counts before.
 inline void endAtOnce(QProcess &program)
 {
