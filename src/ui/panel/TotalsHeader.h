@@ -6,8 +6,7 @@
 
 namespace orbitledge::ui {
 
-/// What a month costs, and what of it is left. Where there is not room for a text, it
-/// gets smaller.
+/// What a month costs, and what of it is left. Where there is not room for a text, it gets smaller.
 class TotalsHeader : public Component {
     Q_OBJECT
 

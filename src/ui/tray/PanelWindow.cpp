@@ -134,6 +134,7 @@ void PanelWindow::takeManner()
 void PanelWindow::showAt(const PanelAnchor &anchor, const QString &activationToken)
 {
     m_leaveGrace.stop();
+    const bool isOpened = !isVisible() || isMinimized();
     if (!isVisible()) {
         m_hadFocus = false;
         m_hadPointer = false;
@@ -141,12 +142,11 @@ void PanelWindow::showAt(const PanelAnchor &anchor, const QString &activationTok
         if (m_manner == Manner::Popup)
             move(placePanel(anchor, screenAreas(spotOf(anchor).center()), panelSize));
         show();
-        Q_EMIT shown();
     }
-    if (isMinimized()) {
+    if (isMinimized())
         showNormal();
+    if (isOpened)
         Q_EMIT shown();
-    }
     bringForward(*this, activationToken);
 }
 
