@@ -25,12 +25,10 @@ class NameOwnerTest : public QObject {
     std::unique_ptr<DesktopLab> m_lab;
 
 private Q_SLOTS:
-    // A process has one session bus for its life.
     void initTestCase()
     {
         m_lab = std::make_unique<DesktopLab>();
-        qputenv(
-            "DBUS_SESSION_BUS_ADDRESS", m_lab->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s).toUtf8());
+        m_lab->adoptBus();
         QVERIFY(QCoro::waitFor(reachSessionBus()));
     }
     void cleanup() { m_lab->bus().unregisterService(name); }

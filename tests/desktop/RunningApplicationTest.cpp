@@ -84,12 +84,10 @@ class RunningApplicationTest : public QObject {
     std::unique_ptr<DesktopLab> m_lab;
 
 private Q_SLOTS:
-    // A process has one session bus for its life.
     void initTestCase()
     {
         m_lab = std::make_unique<DesktopLab>();
-        qputenv(
-            "DBUS_SESSION_BUS_ADDRESS", m_lab->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s).toUtf8());
+        m_lab->adoptBus();
         QVERIFY(QCoro::waitFor(reachSessionBus()));
     }
     void cleanupTestCase() { m_lab.reset(); }
@@ -124,10 +122,9 @@ private Q_SLOTS:
     /// The bus knows that the call is lost, though somebody has the name.
     void shouldNotWaitForWhoGaveTheNameToAnother()
     {
-        const QString address = m_lab->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s);
         const QString name = u"the one that goes"_s;
         std::unique_ptr<Stranger> first;
-        first = std::make_unique<Stranger>(QDBusConnection::connectToBus(address, name),
+        first = std::make_unique<Stranger>(QDBusConnection::connectToBus(m_lab->busAddress(), name),
             [&](Stranger & /*stranger*/, const QDBusMessage & /*message*/) {
                 QTimer::singleShot(0, this, [&] {
                     first.reset();

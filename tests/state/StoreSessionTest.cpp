@@ -15,9 +15,23 @@ class StoreSessionTest : public QObject {
 
 private:
     std::optional<CommandHarness> m_harness;
+    std::optional<StoreSession::Parts> m_parts;
     std::optional<StoreSession> m_session;
 
     SessionOutcome refresh() { return QCoro::waitFor(m_session->perform(RefreshRequest())); }
+
+    /// Of somebody who is signed in, up to where the reminders are forgotten.
+    QCoro::Task<void> beginSigningOut()
+    {
+        m_harness->client->hasSession = true;
+        if (!refresh().isDone)
+            qFatal("nothing is fetched");
+        m_harness->center->isSlowToForget = true;
+        auto signingOut = m_parts->store->signOut();
+        if (!QTest::qWaitFor([this] { return m_harness->center->isForgetting(); }))
+            qFatal("the reminders stay");
+        return signingOut;
+    }
 
 private Q_SLOTS:
     void init()
@@ -25,11 +39,13 @@ private Q_SLOTS:
         m_harness.emplace();
         m_harness->client->profile = sampleProfile();
         m_harness->client->subscriptions = sampleSnapshot(3).subscriptions;
-        m_session.emplace(m_harness->makeStore());
+        m_parts = m_harness->makeStore();
+        m_session.emplace(*m_parts);
     }
     void cleanup()
     {
         m_session.reset();
+        m_parts.reset();
         m_harness.reset();
     }
 
@@ -65,14 +81,8 @@ private Q_SLOTS:
 
     void shouldFetchNothingForWhoSignsOut()
     {
-        m_harness->client->hasSession = true;
-        auto parts = m_harness->makeStore();
-        StoreSession session(parts);
-        QVERIFY(QCoro::waitFor(session.perform(RefreshRequest())).isDone);
-        m_harness->center->isSlowToForget = true;
-        auto signingOut = parts.store->signOut();
-        QTRY_VERIFY(m_harness->center->isForgetting());
-        auto refreshing = session.perform(RefreshRequest());
+        auto signingOut = beginSigningOut();
+        auto refreshing = m_session->perform(RefreshRequest());
         m_harness->center->forgetNow();
         const SessionOutcome outcome = QCoro::waitFor(std::move(refreshing));
         QCoro::waitFor(std::move(signingOut));
@@ -82,16 +92,10 @@ private Q_SLOTS:
 
     void shouldFetchForWhoSignsInAfterAnother()
     {
-        m_harness->client->hasSession = true;
-        auto parts = m_harness->makeStore();
-        StoreSession session(parts);
-        QVERIFY(QCoro::waitFor(session.perform(RefreshRequest())).isDone);
-        m_harness->center->isSlowToForget = true;
-        auto signingOut = parts.store->signOut();
-        QTRY_VERIFY(m_harness->center->isForgetting());
-        auto signingIn = parts.store->signIn(u"a@b"_s, u"p"_s);
+        auto signingOut = beginSigningOut();
+        auto signingIn = m_parts->store->signIn(u"a@b"_s, u"p"_s);
         m_harness->client->subscriptions = sampleSnapshot(5).subscriptions;
-        auto refreshing = session.perform(RefreshRequest());
+        auto refreshing = m_session->perform(RefreshRequest());
         m_harness->client->hasSession = true; // as after signing in
         m_harness->center->isSlowToForget = false;
         m_harness->center->forgetNow();

@@ -108,6 +108,12 @@ public:
 
     /// The test's own connection to this bus.
     [[nodiscard]] QDBusConnection bus() const { return m_bus; }
+    [[nodiscard]] QString busAddress() const
+    {
+        return m_environment.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    }
+    /// Makes it this process's session bus, of which a process has one for its life.
+    void adoptBus() const { qputenv("DBUS_SESSION_BUS_ADDRESS", busAddress().toUtf8()); }
 
     void pauseBus();
     void resumeBus();
